@@ -1,0 +1,81 @@
+// The process-wide diagnostic log.
+//
+// A message has a group (the module that speaks) and a level. It is written when the group's bit is
+// set in Logger::mask and the level is enabled in the settings (BEConfig.h): first appended to the
+// file BEConfig::LOG_FILE, when Logger::enableFileLog is not 0, then printed on standard output.
+// A line reads "UTIL          | WARN: message"; it has no time stamp.
+//
+// Threads: print may be called from any thread; lines of different threads never mix. init and
+// setGroup belong to start-up, while no other thread is in the library.
+#ifndef VOBIUTILS_LOGGER_H
+#define VOBIUTILS_LOGGER_H
+
+#include <pthread.h>
+
+#pragma GCC visibility push(default)
+
+// Level of a message. Any other value is printed under "PRINT" and cannot be switched off by level.
+enum LOG_TYPE_T : unsigned int {
+    LOG_TYPE_INFO = 0,     // "INFO", enabled by BEConfig::LOG_INFO_ENABLE
+    LOG_TYPE_WARN = 1,     // "WARN", enabled by BEConfig::LOG_WARNING_ENABLE
+    LOG_TYPE_DEBUG = 2,    // "DEBUG", enabled by BEConfig::LOG_DEBUG_ENABLE
+    LOG_TYPE_ERROR = 3,    // "ERROR", enabled by BEConfig::LOG_ERROR_ENABLE
+    LOG_TYPE_DEFAULT = 4,  // "PRINT", always enabled
+};
+
+// Group of a message: bit number in Logger::mask and index into Logger::LogGroupNames. The library
+// itself logs under LOG_GROUP_UTIL; the others are for the programs built on it.
+enum LOG_GROUP_T : unsigned int {
+    LOG_GROUP_UTIL = 0,
+    LOG_GROUP_WSL = 1,
+    LOG_GROUP_API_AL = 2,
+    LOG_GROUP_APIV1_GATEWAY = 3,
+    LOG_GROUP_APIV1_WIFI = 4,
+    LOG_GROUP_APIV1_NETWORK = 5,
+    LOG_GROUP_APIV1_SECURITY = 6,
+    LOG_GROUP_APIV1_SERVICE = 7,
+    LOG_GROUP_APIV1_MEDIA = 8,
+    LOG_GROUP_APIV1_QOS = 9,
+    LOG_GROUP_FAL = 10,
+    LOG_GROUP_LDB_GATEWAY = 11,
+    LOG_GROUP_LDB_WIFI = 12,
+    LOG_GROUP_LDB_NETWORK = 13,
+    LOG_GROUP_LDB_SECURITY = 14,
+    LOG_GROUP_LDB_SERVICE = 15,
+    LOG_GROUP_LDB_MEDIA = 16,
+    LOG_GROUP_LDB_QOS = 17,
+    LOG_GROUP_UTEST = 18,
+};
+
+class Logger {
+  public:
+    // Starts the log: takes the mask from BEConfig::LOG_MASK, settles enableFileLog and installs
+    // be_sig_handler for SIGSEGV. Call once, after BEConfig::init; until then nothing is printed.
+    // A log file that exists keeps file logging as it is, even when BEConfig::LOG_TO_FILE is 0; one
+    // that does not is created, and file logging then follows LOG_TO_FILE (off when the file cannot
+    // be created). Always returns 0.
+    static int init();
+
+    // Enables or disables the group `group` (taken modulo 32) in mask.
+    static void setGroup(LOG_GROUP_T group, bool enable);
+
+    // Logs a printf-style message. `format` must end in "\n", print adds no line end; the message
+    // is cut after 1023 characters. A group of 19 or more prints an empty name. A log file that
+    // cannot be opened is reported on standard output, each time. Settings, mask and names are read
+    // anew at every call, and the file is open only during it, so it may be rotated or removed.
+    static void print(LOG_TYPE_T level, LOG_GROUP_T group, char const* format, ...)
+        __attribute__((format(printf, 3, 4)));
+
+    static int enableFileLog;              // 1: append to the log file as well; initially 1
+    static char const* LogGroupNames[19];  // names of the groups, static texts
+    static pthread_mutex_t lock;           // held while one line is written
+    static unsigned int mask;              // bit n enables group n; initially 0
+};
+
+// The library's SIGSEGV handler: does nothing and returns, so that the faulting instruction runs
+// again. Installed by Logger::init.
+void be_sig_handler(int signal);
+
+#pragma GCC visibility pop
+
+#endif

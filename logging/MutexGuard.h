@@ -1,0 +1,18 @@
+// Holds a POSIX mutex for the length of a scope.
+#ifndef VOBIUTILS_LOGGING_MUTEXGUARD_H
+#define VOBIUTILS_LOGGING_MUTEXGUARD_H
+
+#include <pthread.h>
+
+class MutexGuard {
+  public:
+    explicit MutexGuard(pthread_mutex_t& mutex) : mutex_(mutex) { pthread_mutex_lock(&mutex_); }
+    ~MutexGuard() { pthread_mutex_unlock(&mutex_); }
+    MutexGuard(MutexGuard const&) = delete;
+    MutexGuard& operator=(MutexGuard const&) = delete;
+
+  private:
+    pthread_mutex_t& mutex_;
+};
+
+#endif

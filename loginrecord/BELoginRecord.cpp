@@ -1,0 +1,163 @@
+// Login attempts per client address: the public operations over the record file and the lock-out.
+#include "BELoginRecord.h"
+
+#include <stdio.h>
+#include <time.h>
+
+#include <atomic>
+
+#include "Lockout.h"
+#include "Log.h"
+#include "MutexGuard.h"
+#include "RecordFile.h"
+
+bool BELoginRecord::isRunning = false;
+pthread_mutex_t BELoginRecord::lock = PTHREAD_MUTEX_INITIALIZER;
+
+namespace {
+
+LoginAttemptInfo const UNKNOWN_CLIENT = {1, 0};
+
+// isRunning is read without the lock.
+bool running() {
+    return std::atomic_ref<bool>(BELoginRecord::isRunning).load(std::memory_order_acquire);
+}
+
+void setRunning(bool value) {
+    std::atomic_ref<bool>(BELoginRecord::isRunning).store(value, std::memory_order_release);
+}
+
+// Only the first start makes the mutex: at a later one, after a bad record file, a thread that
+// still waits for the mutex must find it in one piece.
+bool makeLock() {
+    static bool made = false;
+    made = made || pthread_mutex_init(&BELoginRecord::lock, nullptr) == 0;
+    return made;
+}
+
+bool accepts(char const* ipAddress) {
+    if (ipAddress == nullptr) {
+        UTIL_ERROR("Null ipaddress\n");
+        return false;
+    }
+    return running();
+}
+
+bool stop() {
+    setRunning(false);
+    return false;
+}
+
+// A file that is unreadable or ill-formed stops the record.
+bool isUsable(RecordFile const& record) {
+    if (!record.isReadable()) {
+        UTIL_ERROR("Cannot access Database file\n");
+        return stop();
+    }
+    if (!record.isWellFormed()) {
+        UTIL_ERROR("File has wrong format\n");
+        return stop();
+    }
+    return true;
+}
+
+uint64_t currentTime() { return static_cast<uint64_t>(time(nullptr)); }
+
+// Unsigned, so that a forged record wraps instead of being undefined.
+int oneMore(int attempts) { return static_cast<int>(static_cast<unsigned int>(attempts) + 1U); }
+
+bool countAttempt(RecordFile& record, char const* ipAddress) {
+    json_object* const client = record.find(ipAddress);
+    if (client == nullptr) {
+        return record.append(ipAddress, currentTime());
+    }
+    return setAttempts(client, oneMore(attemptsOf(client))) &&
+           setLastAttempt(client, currentTime());
+}
+
+unsigned int lockMinutesOf(json_object* client, int attempts) {
+    unsigned int const length = lockoutMinutes(attempts);
+    if (length == 0) {
+        return 0;
+    }
+    if (!hasLastAttempt(client)) {
+        UTIL_ERROR("Something error occurred\n");
+        return length;
+    }
+    return minutesLeft(length, lastAttemptOf(client), currentTime());
+}
+
+}  // namespace
+
+void BELoginRecord::init() {
+    if (running()) {
+        UTIL_WARN("The process is running\n");
+        return;
+    }
+    json_object* const empty = json_object_new_array();
+    if (empty == nullptr) {
+        puts("Process cannot start due to memory error");
+        return;
+    }
+    if (!RecordFile::write(empty)) {
+        puts("Fail to create record file");
+        return;  // intended leak: the array
+    }
+    printf("%s: new record file is created\n", "init");
+    if (!makeLock()) {
+        puts("Login Record init fail ");
+        json_object_put(empty);
+        return;
+    }
+    {
+        MutexGuard const guard(lock);
+        setRunning(true);
+    }
+    json_object_put(empty);
+}
+
+void BELoginRecord::deinit() {
+    json_object* const empty = json_object_new_array();
+    if (empty == nullptr) {
+        return;
+    }
+    if (RecordFile::write(empty)) {
+        printf("%s: erased record file\n", "deinit");
+    } else {
+        puts("Fail to create record file");
+    }
+    json_object_put(empty);
+}
+
+bool BELoginRecord::setAttempt(char const* ipAddress) {
+    if (!accepts(ipAddress)) {
+        return false;
+    }
+    MutexGuard const guard(lock);
+    RecordFile record;
+    return isUsable(record) && countAttempt(record, ipAddress) && record.save();
+}
+
+LoginAttemptInfo BELoginRecord::getAttempt(char const* ipAddress) {
+    if (!accepts(ipAddress)) {
+        return UNKNOWN_CLIENT;
+    }
+    MutexGuard const guard(lock);
+    RecordFile const record;
+    json_object* const client = isUsable(record) ? record.find(ipAddress) : nullptr;
+    if (client == nullptr) {
+        return UNKNOWN_CLIENT;
+    }
+    int const attempts = attemptsOf(client);
+    return {attempts, lockMinutesOf(client, attempts)};
+}
+
+bool BELoginRecord::eraseAttempt(char const* ipAddress) {
+    if (!accepts(ipAddress)) {
+        return false;
+    }
+    MutexGuard const guard(lock);
+    RecordFile record;
+    json_object* const client = isUsable(record) ? record.find(ipAddress) : nullptr;
+    return client != nullptr && setAttempts(client, 0) && record.save();
+}
