@@ -1,0 +1,109 @@
+// JSON documents over json-c: reading and writing values by path, documents from and to text and
+// files, validation and comparison.
+//
+// A path names a value inside a document: "net.lan.list.[2].name". Its tokens stand between dots; a
+// token that begins with "[" is an index into an array, any other one a member name, matched
+// exactly. There is no escape: a member whose name holds a dot cannot be named. The empty path is
+// the root. A single trailing dot is ignored; other empty tokens name the member "".
+// The number of an index token is what stands between its first and its last character, read as
+// an input stream reads an unsigned number ("[ 1 ]" is 1, "[-1]" is 4294967295); text after the
+// number is reported on standard output and otherwise ignored.
+//
+// Ownership: json_object pointers returned or put into `parent` are borrowed from the document.
+//
+// Limits: recursion (by json-c, when it writes, copies or releases) is as deep as the document.
+// Text and files are read to a depth of 32, json-c's own limit.
+//
+// Threads: no state is kept between calls. A document belongs to one thread at a time, for reading
+// too: json-c keeps the text of a value inside it. Different documents never meet.
+#ifndef VOBIUTILS_JSONDATA_H
+#define VOBIUTILS_JSONDATA_H
+
+#include <json-c/json.h>
+
+#pragma GCC visibility push(default)
+
+class TreeMapObject;
+
+class JsonData {
+  public:
+    // Looks up the value at `path` inside `jobj`. Null when there is none, or when the value is
+    // JSON null. Nothing is ever created.
+    static json_object* getJObj(json_object* jobj, char const* path);
+
+    // The same, and reports where the walk ended: `parent` receives the container of the value, and
+    // `key` a copy of the last token, which the caller releases with delete[] (null when that token
+    // is empty). Both become null for the empty path and when a token before the last leads
+    // nowhere. When only the last token leads nowhere, `key` is still given and has to be released;
+    // `parent` is then the container one level above the one searched (or `jobj`), of use to
+    // nobody. A null `jobj` or `path` gives null and leaves both untouched: set them to null
+    // before.
+    static json_object* getJObj(json_object* jobj, char const* path, json_object*& parent,
+                                char const*& key);
+
+    // Stores `jval` (null for JSON null) at `path` inside `jobj`, replacing what is there and
+    // creating the objects and arrays that are missing on the way. An index at or past the end of
+    // an array appends, without gaps. A member name on a root array appends an object and stores
+    // inside it (the path is then cut after 255 characters, "[n]." included). 0 when stored; 2 for
+    // a null `jobj`, a null or empty path, an index of fewer than 3 characters, or a step into an
+    // existing value of the wrong type; what was created on the way then stays.
+    // The document takes a reference of its own on `jval` when it is stored; the caller's reference
+    // remains the caller's, on success and failure alike.
+    static int setJObj(json_object* jobj, char const* path, json_object* jval);
+
+    // The same; on success `parent` receives the container `jval` is stored in and `key` a copy of
+    // the last token, which the caller releases with free (not delete[], unlike getJObj; null when
+    // there is no memory for it). On failure both are left untouched.
+    static int setJObj(json_object* jobj, char const* path, json_object* jval, json_object*& parent,
+                       char const*& key);
+
+    // Parses `text`. A new handle that owns the document, deleted by the caller; null for a null
+    // text, text that is not JSON, and the text "null".
+    static TreeMapObject* createObject(char const* text);
+
+    // The text of a handle's value, pretty and spaced. It belongs to the value and holds until the
+    // value is written to text again, changed or released. Null for a null handle, one whose
+    // `error` is set, and one without a value.
+    static char const* getJson(TreeMapObject* obj);
+
+    // An independent copy of `jobj`, made by way of its text and its limits; the caller holds its
+    // one reference. Null for a null `jobj` and for what does not survive the way through text.
+    static json_object* cloneObject(json_object* jobj);
+
+    // Reads the file. A new handle that owns the document, deleted by the caller; its `jobj` is
+    // null when the file is there but cannot be read or parsed. Null when there is no such file, or
+    // for a null name.
+    static TreeMapObject* createObjectFromFile(char const* file);
+
+    // Writes the handle's value to the file, pretty. 0 when written; 2 when it could not be, for a
+    // null handle or name, and for a handle without a value.
+    static int saveObjectToFile(char const* file, TreeMapObject* obj);
+
+    // Prints the value at `path` (the whole value for a null or empty path) on standard error. The
+    // number of characters printed; 0 when the path leads nowhere.
+    static int dumpObject(TreeMapObject* obj, char const* path);
+
+    // Validates the handle's value against a JSON Schema given as text. 0 when it is valid, and
+    // also when the text is not JSON (with a warning); 2 when it is not valid, and for a null
+    // handle, one without a value or with `error` set.
+    static int validateObject(TreeMapObject* obj, char const* schemaText);
+
+    // Validates a file against a schema file. 0 when valid, and also when there is no schema file
+    // (with a warning); 2 when not valid, or when there is no data file.
+    static int validateFile(char const* dataFile, char const* schemaFile);
+
+    // Validates the handle's value against a schema file. 0 when valid, and also when there is no
+    // schema file (with a warning); 2 when not valid, for a schema file that cannot be parsed, and
+    // for a null handle. A handle without a value is validated as JSON null.
+    static int validateFile(TreeMapObject* obj, char const* schemaFile);
+
+    // Compares two values whose types the caller has read. True for equal doubles, integers,
+    // Booleans (integers as 32 bits) and texts (byte by byte, up to a NUL). Values of different
+    // types and nulls are never equal; two objects, or two arrays, always are, whatever they hold.
+    static bool compareObjVal(json_object* src, json_type srcType, json_object* dst,
+                              json_type dstType);
+};
+
+#pragma GCC visibility pop
+
+#endif

@@ -1,0 +1,297 @@
+// Writing by path: setJObj walks like a lookup, but makes what is missing on the way.
+//
+// Each step says what it does, does it, and says so when it fails; the walk knows only outcomes.
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "JsonData.h"
+#include "JsonMember.h"
+#include "JsonPath.h"
+#include "JsonRef.h"
+#include "Log.h"
+
+namespace {
+
+char const SET_JOBJ[] = "JsonData::setJObj";
+int const STORED = 0;
+int const FAILED = 2;
+
+char const* word(bool value) { return value ? "true" : "false"; }
+
+// One run along a path. A step either moves on to the next container or ends the run.
+class Assignment {
+  public:
+    // The document's reference on the value is taken before anything is released, so that a value
+    // may take its own place.
+    Assignment(json_object* root, json_object* value)
+        : reference_(json_object_get(value)), container_(root) {}
+
+    // True when the value is stored.
+    bool run(char const* path);
+
+    json_object* container() const { return container_; }  // where the value was stored
+    PathToken lastToken() const { return previous_; }      // under which name
+
+  private:
+    enum Outcome { CONTINUE, DONE, REFUSED };
+
+    char const* appendToRootArray(char const* path);
+    Outcome walk(char const* path);
+    Outcome take(PathCursor const& at);
+
+    Outcome setMember(PathToken key);
+    Outcome enterMember(PathToken key);
+    Outcome createMember(PathToken key);
+
+    Outcome takeIndex(PathCursor const& at);
+    bool becomeArray();
+    bool recreateAsArray();
+    bool replaceContainer(json_object* replacement);
+    Outcome replaceElement(unsigned int index, PathToken token);
+    Outcome enterElement(unsigned int index, PathToken token);
+    Outcome appendElement(unsigned int index, PathToken token, bool isLast);
+    Outcome appendFailed(unsigned int index);
+
+    void enter(json_object* child) {
+        parent_ = container_;
+        container_ = child;
+    }
+
+    JsonRef reference_;  // on the value; the document's, once it is stored
+    json_object* container_;
+    json_object* parent_ = nullptr;
+    bool isNew_ = false;  // this run has created the container
+    PathToken previous_;  // the token that led to the container
+    char rewritten_[256];
+};
+
+bool Assignment::run(char const* path) {
+    if (json_object_is_type(container_, json_type_array) && !PathCursor(path).token().isIndex()) {
+        path = appendToRootArray(path);
+    }
+    if (walk(path) != DONE) {
+        return false;
+    }
+    reference_.release();
+    UTIL_DEBUG("%s: FOUND parent=%p key=%.*s\n", "setJObj", static_cast<void*>(container_),
+               TOKEN(previous_));
+    return true;
+}
+
+// A member name on a root array means a new element with that member. The path behind it is cut to
+// what the buffer holds.
+char const* Assignment::appendToRootArray(char const* path) {
+    UTIL_WARN("%s: setting an TMO into an array, append it to the array by default\n", SET_JOBJ);
+    snprintf(rewritten_, sizeof rewritten_, "[%d].%s",
+             static_cast<int>(json_object_array_length(container_)), path);
+    return rewritten_;
+}
+
+Assignment::Outcome Assignment::walk(char const* path) {
+    for (PathCursor at(path);; at.advance()) {
+        Outcome const outcome = take(at);
+        previous_ = at.token();
+        if (outcome != CONTINUE) {
+            return outcome;
+        }
+        if (at.isLast()) {
+            UTIL_DEBUG("%s: why do I come here?\n", "setJObj");
+            return REFUSED;
+        }
+    }
+}
+
+Assignment::Outcome Assignment::take(PathCursor const& at) {
+    PathToken const token = at.token();
+    UTIL_DEBUG("%s: Parse: idx=%d key=%.*s isEnd=%s\n", "setJObj", at.index(), TOKEN(token),
+               word(at.isLast()));
+    if (token.isIndex()) {
+        return takeIndex(at);
+    }
+    return at.isLast() ? setMember(token) : enterMember(token);
+}
+
+Assignment::Outcome Assignment::setMember(PathToken key) {
+    UTIL_DEBUG("%s: set jval to current object jcrr=%p jval=%p %.*s.%.*s\n", SET_JOBJ,
+               static_cast<void*>(container_), static_cast<void*>(reference_.get()),
+               TOKEN(previous_), TOKEN(key));
+    if (!addMember(container_, key.text(), reference_.get())) {
+        UTIL_ERROR("%s: fail to add jval '%.*s' to jcrr=%p jprt=%p\n", SET_JOBJ, TOKEN(key),
+                   static_cast<void*>(container_), static_cast<void*>(parent_));
+        return REFUSED;
+    }
+    return DONE;
+}
+
+// intended: an existing member is entered whatever its type; the next step finds out.
+Assignment::Outcome Assignment::enterMember(PathToken key) {
+    json_object* child = nullptr;
+    isNew_ = !findMember(container_, key.text(), child);
+    UTIL_DEBUG("%s: get child object at '%.*s.%.*s' isNew=%s\n", SET_JOBJ, TOKEN(previous_),
+               TOKEN(key), word(isNew_));
+    if (isNew_) {
+        return createMember(key);
+    }
+    enter(child);
+    return CONTINUE;
+}
+
+Assignment::Outcome Assignment::createMember(PathToken key) {
+    UTIL_DEBUG("%s: create new empty jchl to current object %.*s.%.*s\n", SET_JOBJ,
+               TOKEN(previous_), TOKEN(key));
+    JsonRef child(json_object_new_object());
+    if (!child || !addMember(container_, key.text(), child.get())) {
+        UTIL_ERROR("%s: fail to add new object '%.*s'\n", SET_JOBJ, TOKEN(key));
+        return REFUSED;
+    }
+    enter(child.release());
+    return CONTINUE;
+}
+
+Assignment::Outcome Assignment::takeIndex(PathCursor const& at) {
+    PathToken const token = at.token();
+    if (!token.hasIndexNumber()) {
+        UTIL_ERROR("%s: wrong array format %.*s\n", SET_JOBJ, TOKEN(token));
+        return REFUSED;
+    }
+    unsigned int const index = BE_StrTo(token.indexNumberText());
+    if (!becomeArray()) {
+        return REFUSED;
+    }
+    if (index >= json_object_array_length(container_)) {
+        return appendElement(index, token, at.isLast());
+    }
+    return at.isLast() ? replaceElement(index, token) : enterElement(index, token);
+}
+
+// An index step needs an array. Only a container of this run's own making is turned into one.
+bool Assignment::becomeArray() {
+    if (json_object_is_type(container_, json_type_array)) {
+        return true;
+    }
+    if (!isNew_) {
+        UTIL_ERROR("%s: existing object is not array '%.*s'\n", SET_JOBJ, TOKEN(previous_));
+        return false;
+    }
+    if (parent_ == nullptr) {
+        UTIL_ERROR("%s: how can jcrr is created new '%.*s' when it is root object\n", SET_JOBJ,
+                   TOKEN(previous_));
+        return false;
+    }
+    if (!recreateAsArray()) {
+        UTIL_ERROR("%s: cannot add new array element!\n", SET_JOBJ);
+        return false;
+    }
+    return true;
+}
+
+// Puts an empty array in the place of the empty object that this run has just created: a member of
+// an object, or the last element of an array. json-c releases the object.
+bool Assignment::recreateAsArray() {
+    UTIL_DEBUG("%s: recreate array object '%.*s' delete %p=%d\n", "setJObj", TOKEN(previous_),
+               static_cast<void*>(container_), 1);
+    JsonRef array(json_object_new_array());
+    if (!array || !replaceContainer(array.get())) {
+        return false;
+    }
+    container_ = array.release();
+    return true;
+}
+
+bool Assignment::replaceContainer(json_object* replacement) {
+    if (json_object_is_type(parent_, json_type_array)) {
+        size_t const last = json_object_array_length(parent_) - 1;
+        return json_object_array_put_idx(parent_, last, replacement) == 0;
+    }
+    return addMember(parent_, previous_.text(), replacement);
+}
+
+Assignment::Outcome Assignment::replaceElement(unsigned int index, PathToken token) {
+    int const number = static_cast<int>(index);
+    UTIL_DEBUG("%s: replace array element at idx=%d '%.*s.%.*s'\n", SET_JOBJ, number,
+               TOKEN(previous_), TOKEN(token));
+    if (json_object_array_put_idx(container_, index, reference_.get()) != 0) {
+        UTIL_ERROR("%s: fail to replace array element %d %.*s.%.*s\n", SET_JOBJ, number,
+                   TOKEN(previous_), TOKEN(token));
+        return REFUSED;
+    }
+    return DONE;
+}
+
+Assignment::Outcome Assignment::enterElement(unsigned int index, PathToken token) {
+    int const number = static_cast<int>(index);
+    UTIL_DEBUG("%s: get array element at idx=%d, '%.*s.%.*s'\n", SET_JOBJ, number, TOKEN(previous_),
+               TOKEN(token));
+    json_object* const element = json_object_array_get_idx(container_, index);
+    if (element == nullptr) {
+        UTIL_ERROR("%s: cannot get array element at idx=%d '%.*s.%.*s'\n", SET_JOBJ, number,
+                   TOKEN(previous_), TOKEN(token));
+        return REFUSED;
+    }
+    enter(element);
+    return CONTINUE;
+}
+
+// intended: the element goes to the end, whatever the index; no gap is made. On the way to a
+// further token it is a new empty object.
+Assignment::Outcome Assignment::appendElement(unsigned int index, PathToken token, bool isLast) {
+    UTIL_DEBUG("%s: add new array element at %d '%.*s.%.*s'\n", SET_JOBJ, static_cast<int>(index),
+               TOKEN(previous_), TOKEN(token));
+    if (isLast) {
+        bool const added = json_object_array_add(container_, reference_.get()) == 0;
+        return added ? DONE : appendFailed(index);
+    }
+    JsonRef element(json_object_new_object());
+    if (!element || json_object_array_add(container_, element.get()) != 0) {
+        return appendFailed(index);
+    }
+    isNew_ = true;
+    enter(element.release());
+    return CONTINUE;
+}
+
+Assignment::Outcome Assignment::appendFailed(unsigned int index) {
+    UTIL_ERROR("%s: fail to add new array element idx=%d key=%.*s\n", SET_JOBJ,
+               static_cast<int>(index), TOKEN(previous_));
+    return REFUSED;
+}
+
+char* copyOf(PathToken token) {
+    size_t const length = token.text().size();
+    char* const copy = static_cast<char*>(malloc(length + 1));
+    if (copy != nullptr) {
+        memcpy(copy, token.start(), length);
+        copy[length] = '\0';
+    }
+    return copy;
+}
+
+bool isAcceptable(json_object* root, char const* path) {
+    if (root == nullptr || path == nullptr || *path == '\0') {
+        UTIL_ERROR("%s: wrong params jobj=%p path=%p\n", SET_JOBJ, static_cast<void*>(root),
+                   static_cast<void const*>(path));
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int JsonData::setJObj(json_object* jobj, char const* path, json_object* jval) {
+    return isAcceptable(jobj, path) && Assignment(jobj, jval).run(path) ? STORED : FAILED;
+}
+
+int JsonData::setJObj(json_object* jobj, char const* path, json_object* jval, json_object*& parent,
+                      char const*& key) {
+    if (!isAcceptable(jobj, path)) {
+        return FAILED;
+    }
+    Assignment assignment(jobj, jval);
+    if (!assignment.run(path)) {
+        return FAILED;
+    }
+    parent = assignment.container();
+    key = copyOf(assignment.lastToken());
+    return STORED;
+}

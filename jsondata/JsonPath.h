@@ -1,0 +1,79 @@
+// The path language as text: a path into its tokens, an index token into its number.
+// Nothing here knows a document.
+#ifndef VOBIUTILS_JSONDATA_JSONPATH_H
+#define VOBIUTILS_JSONDATA_JSONPATH_H
+
+#include <limits.h>
+#include <string.h>
+
+#include <string_view>
+
+// One step of a path: a piece of the caller's text, used in place and not terminated.
+class PathToken {
+  public:
+    PathToken() = default;
+    explicit PathToken(std::string_view text) : text_(text) {}
+
+    std::string_view text() const { return text_; }
+
+    bool isIndex() const { return !text_.empty() && text_.front() == '['; }
+
+    // An index token must have something between its first and its last character.
+    bool hasIndexNumber() const { return text_.size() >= 3; }
+
+    // The text between them; the last character need not be "]".
+    std::string_view indexNumberText() const { return text_.substr(1, text_.size() - 2); }
+
+    // The two arguments of "%.*s"; see TOKEN.
+    int width() const { return text_.size() < INT_MAX ? static_cast<int>(text_.size()) : INT_MAX; }
+    char const* start() const { return text_.empty() ? "" : text_.data(); }
+
+  private:
+    std::string_view text_;
+};
+
+// A token as the arguments of "%.*s" in a log line.
+#define TOKEN(token) (token).width(), (token).start()
+
+// Walks over the tokens of a path that is not empty:
+//
+//   for (PathCursor step(path);; step.advance()) {
+//       ... step.token() ...
+//       if (step.isLast()) ...
+//   }
+class PathCursor {
+  public:
+    explicit PathCursor(char const* path) : rest_(path) { cut(); }
+
+    PathToken token() const { return token_; }
+    int index() const { return index_; }
+
+    // A dot at the very end adds no token.
+    bool isLast() const { return *rest_ == '\0'; }
+
+    void advance() {
+        ++index_;
+        cut();
+    }
+
+  private:
+    void cut() {
+        size_t const length = strcspn(rest_, ".");
+        token_ = PathToken(std::string_view(rest_, length));
+        rest_ += length;
+        if (*rest_ == '.') {
+            ++rest_;
+        }
+    }
+
+    char const* rest_;
+    PathToken token_;
+    int index_ = 0;
+};
+
+// Reads an index number as stream extraction into an unsigned int does, white space around it
+// skipped: a sign is accepted and "-1" wraps, a number too large gives 4294967295, and no number at
+// all gives 0. Text left over is reported on standard output.
+unsigned int BE_StrTo(std::string_view text);
+
+#endif
