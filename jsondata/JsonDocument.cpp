@@ -1,0 +1,92 @@
+// Documents from and to text and files; copies and dumps.
+#include <stdio.h>
+#include <string.h>
+#include <sys/stat.h>
+
+#include "JsonData.h"
+#include "Log.h"
+#include "OwningHandle.h"
+#include "TreeMapObject.h"
+
+namespace {
+
+json_object* copyThroughText(json_object* source) {
+    char const* const text = json_object_to_json_string(source);
+    if (text == nullptr || *text == '\0') {
+        UTIL_ERROR("%s: fail to get json string\n", "cloneObject");
+        return nullptr;
+    }
+    UTIL_DEBUG("%s: parser json to create new object\n", "cloneObject");
+    return json_tokener_parse(text);
+}
+
+// -1 when the value is not saved.
+int writeFile(char const* file, json_object* value) {
+    return file != nullptr ? json_object_to_file_ext(file, value, JSON_C_TO_STRING_PRETTY) : -1;
+}
+
+// intended: a null path, and one that reads like a printed null, means the whole value.
+bool namesWholeValue(char const* path) {
+    return path == nullptr || *path == '\0' || strcmp(path, "(null)") == 0;
+}
+
+}  // namespace
+
+TreeMapObject* JsonData::createObject(char const* text) {
+    json_object* const document = text != nullptr ? json_tokener_parse(text) : nullptr;
+    return document != nullptr ? newOwningHandle(document) : nullptr;
+}
+
+char const* JsonData::getJson(TreeMapObject* obj) {
+    if (obj == nullptr || obj->error != 0 || obj->jobj == nullptr) {
+        return nullptr;
+    }
+    return json_object_to_json_string_ext(obj->jobj,
+                                          JSON_C_TO_STRING_SPACED | JSON_C_TO_STRING_PRETTY);
+}
+
+json_object* JsonData::cloneObject(json_object* jobj) {
+    if (jobj == nullptr) {
+        UTIL_ERROR("%s: bad pobj param jobj=%p\n", "cloneObject", static_cast<void*>(jobj));
+        return nullptr;
+    }
+    UTIL_DEBUG("%s: clone json object %p\n", "cloneObject", static_cast<void*>(jobj));
+    json_object* const copy = copyThroughText(jobj);
+    if (copy == nullptr) {
+        UTIL_ERROR("%s: fail to create new object\n", "cloneObject");
+    }
+    return copy;
+}
+
+TreeMapObject* JsonData::createObjectFromFile(char const* file) {
+    struct stat status;
+    if (file == nullptr || stat(file, &status) != 0) {
+        return nullptr;
+    }
+    return newOwningHandle(json_object_from_file(file));  // intended: also when that reads nothing
+}
+
+int JsonData::saveObjectToFile(char const* file, TreeMapObject* obj) {
+    UTIL_DEBUG("%s: save obj=%p\n", "saveObjectToFile", static_cast<void*>(obj));
+    int const ret = obj != nullptr ? writeFile(file, obj->jobj) : -1;
+    if (ret != 0) {
+        UTIL_DEBUG("%s: failed to save object to file (%s) ret=%d\n", "saveObjectToFile",
+                   logging::printable(file), ret);
+        return 2;
+    }
+    UTIL_DEBUG("%s: object is saved\n", "saveObjectToFile");
+    return 0;
+}
+
+int JsonData::dumpObject(TreeMapObject* obj, char const* path) {
+    if (obj == nullptr || obj->jobj == nullptr) {
+        return fprintf(stderr, "%s: wrong params obj=%p\n", "dumpObject", static_cast<void*>(obj));
+    }
+    json_object* const value = namesWholeValue(path) ? obj->jobj : getJObj(obj->jobj, path);
+    if (value == nullptr) {
+        return 0;
+    }
+    return fprintf(stderr, "%s: %s\ntype=%d\n%s\n", "dumpObject", logging::printable(path),
+                   static_cast<int>(json_object_get_type(value)),
+                   json_object_to_json_string_ext(value, JSON_C_TO_STRING_PRETTY));
+}

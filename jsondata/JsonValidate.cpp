@@ -1,0 +1,75 @@
+// Validating documents and files against JSON Schemas. What a schema means is the business of the
+// JSON Schema library; here are the passes and refusals around it.
+#include <jsonschema.h>
+#include <sys/stat.h>
+
+#include "JsonData.h"
+#include "JsonRef.h"
+#include "Log.h"
+#include "TreeMapObject.h"
+
+namespace {
+
+int const VALID = 0;
+int const INVALID = 2;
+
+bool exists(char const* file) {
+    struct stat status;
+    return file != nullptr && stat(file, &status) == 0;
+}
+
+}  // namespace
+
+int JsonData::validateObject(TreeMapObject* obj, char const* schemaText) {
+    if (obj == nullptr || obj->jobj == nullptr) {
+        UTIL_ERROR("%s: bad pobj param obj=%p\n", "validateObject", static_cast<void*>(obj));
+        return INVALID;
+    }
+    if (obj->error != 0) {
+        UTIL_ERROR("%s: bad pobj param error=%d jobj=%p\n", "validateObject", obj->error,
+                   static_cast<void*>(obj->jobj));
+        return INVALID;
+    }
+    JsonRef schema(schemaText != nullptr ? json_tokener_parse(schemaText) : nullptr);
+    if (!schema) {
+        UTIL_WARN("Invalid schema!\n");
+        return VALID;  // intended: an unusable schema lets the object pass
+    }
+    if (json_validate_instance(obj->jobj, schema.get()) == 0) {
+        UTIL_ERROR("%s: failed to validate jobj\n", "validateObject");
+        schema.release();  // intended leak: the schema an object has failed
+        return INVALID;
+    }
+    return VALID;
+}
+
+int JsonData::validateFile(char const* dataFile, char const* schemaFile) {
+    if (!exists(schemaFile)) {
+        UTIL_WARN("%s: file is not exist\n%s. No validation is required\n", "validateFile",
+                  logging::printable(schemaFile));
+        return VALID;
+    }
+    if (!exists(dataFile)) {
+        UTIL_ERROR("%s: file is not exist\n%s\n", "validateFile", logging::printable(dataFile));
+        return INVALID;
+    }
+    return json_validate_instance_from_file(dataFile, schemaFile) != 0 ? VALID : INVALID;
+}
+
+int JsonData::validateFile(TreeMapObject* obj, char const* schemaFile) {
+    UTIL_DEBUG("%s: validate file %s\n", "validateFile", logging::printable(schemaFile));
+    if (!exists(schemaFile)) {
+        UTIL_WARN("%s: file is not exist: %s. The validation is passed with notice\n",
+                  "validateFile", logging::printable(schemaFile));
+        return VALID;
+    }
+    JsonRef const schema(json_object_from_file(schemaFile));
+    if (!schema) {
+        UTIL_ERROR("%s: failed to parse schema file %s\n", "validateFile", schemaFile);
+        return INVALID;
+    }
+    if (obj == nullptr) {
+        return INVALID;
+    }
+    return json_validate_instance(obj->jobj, schema.get()) != 0 ? VALID : INVALID;
+}

@@ -1,0 +1,152 @@
+// A handle's node as an array.
+#include <stdio.h>
+
+#include "JsonData.h"
+#include "JsonMember.h"
+#include "JsonRef.h"
+#include "KeyName.h"
+#include "Log.h"
+#include "TreeMapObject.h"
+#include "ValueTraits.h"
+
+namespace {
+
+bool hasElement(TreeMapObject& array, unsigned int index) {
+    int const length = array.len();
+    return length >= 0 && index < static_cast<unsigned int>(length);
+}
+
+// Replaces element `index`, or appends when there is none; takes over the reference on `node`.
+bool store(json_object* array, unsigned int index, json_object* node) {
+    return index < json_object_array_length(array)
+               ? json_object_array_put_idx(array, index, node) == 0
+               : json_object_array_add(array, node) == 0;
+}
+
+template <typename T>
+int addValue(TreeMapObject& array, T value) {
+    int const length = array.len();
+    if (length < 0) {
+        return -1;
+    }
+    JsonRef const node(ValueTraits<T>::make(value));
+    if (isText<T> && !node) {
+        UTIL_ERROR("TreeMapObject::setting NULL for string, ignore\n");
+        return -1;
+    }
+    char path[16];
+    snprintf(path, sizeof path, "[%d]", length);
+    if (!node || JsonData::setJObj(array.jobj, path, node.get()) != 0) {
+        UTIL_ERROR(ValueTraits<T>::ADD_FAILED);
+        return -1;
+    }
+    return length;
+}
+
+// An array that is itself an array element has no member name to be replaced under.
+bool isReplaceable(TreeMapObject const& array) {
+    return array.jobj_parent == nullptr || json_object_is_type(array.jobj_parent, json_type_object);
+}
+
+// Appends every element of `from` but the one at `omitted`, with a reference of its own.
+bool copyElements(json_object* from, unsigned int omitted, json_object* to) {
+    size_t const length = json_object_array_length(from);
+    for (size_t i = 0; i < length; ++i) {
+        if (i == omitted) {
+            continue;
+        }
+        JsonRef element = JsonRef::share(json_object_array_get_idx(from, i));
+        if (json_object_array_add(to, element.get()) != 0) {
+            return false;
+        }
+        element.release();
+    }
+    return true;
+}
+
+// Puts another array in the place of the handle's: in its parent, or as what the handle owns.
+bool replaceArray(TreeMapObject& handle, JsonRef& replacement) {
+    if (handle.jobj_parent == nullptr) {
+        json_object_put(handle.jobj);
+    } else if (!addMember(handle.jobj_parent, keyName(handle), replacement.get())) {
+        return false;
+    }
+    handle.jobj = replacement.release();
+    return true;
+}
+
+}  // namespace
+
+TreeMapObject* TreeMapObject::at(unsigned int index) {
+    if (!hasElement(*this, index)) {
+        return nullptr;
+    }
+    TreeMapObject* const element = new TreeMapObject(json_object_array_get_idx(jobj, index));
+    element->jobj_parent = jobj;
+    setElementName(*element, index);
+    return element;
+}
+
+// intended: an index past the end appends, without a gap.
+int TreeMapObject::setArrayItem(unsigned int index, TreeMapObject* item) {
+    int const length = len();
+    if (item == nullptr || item->jobj == nullptr || length < 0) {
+        return -1;
+    }
+    JsonRef node = JsonRef::share(item->jobj);
+    if (!store(jobj, index, node.get())) {
+        return -1;
+    }
+    node.release();
+    unsigned int const end = static_cast<unsigned int>(length);
+    int const position = static_cast<int>(index < end ? index : end);
+    setElementName(*item, static_cast<size_t>(position));
+    return position;
+}
+
+int TreeMapObject::addArrayItem(TreeMapObject* item) { return setArrayItem(~0U, item); }
+
+template <>
+int TreeMapObject::addArrayItem<int>(int value) {
+    return addValue(*this, value);
+}
+template <>
+int TreeMapObject::addArrayItem<bool>(bool value) {
+    return addValue(*this, value);
+}
+template <>
+int TreeMapObject::addArrayItem<double>(double value) {
+    return addValue(*this, value);
+}
+template <>
+int TreeMapObject::addArrayItem<char const*>(char const* value) {
+    return addValue(*this, value);
+}
+
+// Rebuilds the array instead of removing in place.
+int TreeMapObject::delArrayItem(unsigned int index) {
+    if (!hasElement(*this, index) || !isReplaceable(*this)) {
+        return -1;
+    }
+    JsonRef rest(json_object_new_array());
+    if (!rest) {
+        UTIL_ERROR("Cannot create a backup array due to memory error");
+        return -1;
+    }
+    if (!copyElements(jobj, index, rest.get()) || !replaceArray(*this, rest)) {
+        return -1;
+    }
+    return len();
+}
+
+int TreeMapObject::clearArrayItems() {
+    if (len() < 0 || !isReplaceable(*this)) {
+        return -1;
+    }
+    JsonRef empty(json_object_new_array());
+    if (!empty) {
+        UTIL_ERROR("%s: failed to create new array object!\n", "clearArrayItems");
+        return -1;
+    }
+    return replaceArray(*this, empty) ? 0 : -1;
+}

@@ -1,0 +1,198 @@
+// Search by value: the walk over a document, and what find makes of its hits.
+#include <string.h>
+
+#include <memory>
+#include <new>
+
+#include "JsonData.h"
+#include "JsonRef.h"
+#include "Log.h"
+#include "OwningHandle.h"
+#include "TreeMapObject.h"
+#include "ValueTraits.h"
+
+namespace {
+
+typedef std::list<TreeMapObject*> Hits;
+
+// Goes through a document depth-first, in document order.
+class Search {
+  public:
+    Search(Hits& hits, char const* key, json_object* value)
+        : hits_(hits), key_(key), value_(value), type_(json_object_get_type(value)) {}
+
+    // The number of hits in an object or array and everything below; 0 for any other value.
+    int in(json_object* container);
+
+    bool isComplete() const { return complete_; }  // false when memory ran out
+
+  private:
+    int inObject(json_object* object);
+    int inArray(json_object* array);
+    bool matches(char const* name, json_object* member);
+    bool add(json_object* object);
+
+    Hits& hits_;
+    char const* const key_;
+    json_object* const value_;
+    json_type const type_;
+    bool complete_ = true;
+};
+
+bool isContainer(json_object* value) {
+    json_type const type = json_object_get_type(value);
+    return type == json_type_object || type == json_type_array;
+}
+
+int Search::in(json_object* container) {
+    switch (json_object_get_type(container)) {
+        case json_type_object: return inObject(container);
+        case json_type_array: return inArray(container);
+        default: return 0;
+    }
+}
+
+// An object is a hit once at most; members that are containers are searched, never compared.
+int Search::inObject(json_object* object) {
+    int count = 0;
+    bool matched = false;
+    lh_entry* entry = nullptr;
+    lh_foreach(json_object_get_object(object), entry) {
+        json_object* const member = static_cast<json_object*>(lh_entry_v(entry));
+        if (isContainer(member)) {
+            count += in(member);
+        } else if (!matched && matches(static_cast<char const*>(lh_entry_k(entry)), member)) {
+            matched = true;
+            count += add(object) ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+int Search::inArray(json_object* array) {
+    int count = 0;
+    size_t const length = json_object_array_length(array);
+    for (size_t i = 0; i < length; ++i) {
+        json_object* const element = json_object_array_get_idx(array, i);
+        if (element == nullptr) {
+            UTIL_WARN("Found null object in the array\n");
+        } else if (isContainer(element)) {
+            count += in(element);
+        } else {
+            UTIL_WARN("%s: array items have primary type", "findInArray");  // no line end
+        }
+    }
+    return count;
+}
+
+bool Search::matches(char const* name, json_object* member) {
+    return strcmp(name, key_) == 0 &&
+           JsonData::compareObjVal(value_, type_, member, json_object_get_type(member));
+}
+
+bool Search::add(json_object* object) {
+    try {
+        std::unique_ptr<TreeMapObject> hit(newOwningHandle(json_object_get(object)));
+        hits_.push_back(hit.get());
+        hit.release();
+        return true;
+    } catch (std::bad_alloc const&) {
+        complete_ = false;
+        return false;
+    }
+}
+
+void deleteAll(Hits& hits) {
+    for (TreeMapObject* handle : hits) {
+        delete handle;
+    }
+    hits.clear();
+}
+
+// The hits in a whole document. A document that is a primitive value counts as `primitiveCount`.
+int searchDocument(Search& search, json_object* document, int primitiveCount) {
+    if (!isContainer(document)) {
+        UTIL_ERROR("parent object is not object neither array\n");
+        return primitiveCount;
+    }
+    return search.in(document);
+}
+
+// intended: a text search fails when it finds nothing; a search for any other value fails when it
+// finds something, and never hands back a hit.
+template <typename T>
+Hits findValue(json_object* document, char const* key, T value) {
+    Hits hits;
+    if (key == nullptr || *key == '\0') {
+        UTIL_ERROR("Key is null or empty\n");
+        return hits;
+    }
+    JsonRef const wanted(document != nullptr ? ValueTraits<T>::make(value) : nullptr);
+    int count = 0;
+    if (wanted) {
+        Search search(hits, key, wanted.get());
+        count = searchDocument(search, document, isText<T> ? 0 : 1);
+        if (!search.isComplete()) {
+            deleteAll(hits);
+            count = isText<T> ? 0 : 1;
+        }
+    }
+    if (isText<T> ? count == 0 : count > 0) {
+        UTIL_ERROR("Some error happened, cannot return result\n");
+        hits.clear();  // intended leak: the handles
+    }
+    return hits;
+}
+
+bool areGiven(char const* function, char const* key, json_object* value, json_object* container) {
+    if (key == nullptr || value == nullptr || container == nullptr) {
+        UTIL_ERROR("%s: NULL arguments is not accepted\n", function);
+        return false;
+    }
+    return true;
+}
+
+int findIn(Hits& hits, char const* key, json_object* value, json_object* container,
+           json_type type) {
+    if (!json_object_is_type(container, type)) {
+        return 0;
+    }
+    return Search(hits, key, value).in(container);
+}
+
+}  // namespace
+
+template <>
+std::list<TreeMapObject*> TreeMapObject::find<int>(char const* key, int value) {
+    return findValue(jobj, key, value);
+}
+template <>
+std::list<TreeMapObject*> TreeMapObject::find<unsigned int>(char const* key, unsigned int value) {
+    return findValue(jobj, key, value);
+}
+template <>
+std::list<TreeMapObject*> TreeMapObject::find<double>(char const* key, double value) {
+    return findValue(jobj, key, value);
+}
+template <>
+std::list<TreeMapObject*> TreeMapObject::find<bool>(char const* key, bool value) {
+    return findValue(jobj, key, value);
+}
+template <>
+std::list<TreeMapObject*> TreeMapObject::find<char const*>(char const* key, char const* value) {
+    return findValue(jobj, key, value);
+}
+
+int TreeMapObject::findInObject(std::list<TreeMapObject*>& result, char const* key,
+                                json_object* value, json_object* object) {
+    return areGiven("findInObject", key, value, object)
+               ? findIn(result, key, value, object, json_type_object)
+               : 0;
+}
+
+int TreeMapObject::findInArray(std::list<TreeMapObject*>& result, char const* key,
+                               json_object* value, json_object* array) {
+    return areGiven("findInArray", key, value, array)
+               ? findIn(result, key, value, array, json_type_array)
+               : 0;
+}

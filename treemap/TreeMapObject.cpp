@@ -1,0 +1,101 @@
+// The handle itself: its life, what it owns, and the handles on nodes inside its document.
+#include "TreeMapObject.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+#include "JsonData.h"
+#include "JsonLookup.h"
+#include "JsonMember.h"
+#include "KeyName.h"
+#include "Log.h"
+#include "OwningHandle.h"
+
+TreeMapObject::TreeMapObject() : TreeMapObject(static_cast<json_object*>(nullptr)) {}
+
+TreeMapObject::TreeMapObject(bool array)
+    : TreeMapObject(array ? json_object_new_array() : json_object_new_object()) {}
+
+TreeMapObject::TreeMapObject(char const* text)
+    : TreeMapObject(text != nullptr ? json_tokener_parse(text) : nullptr) {}
+
+TreeMapObject::TreeMapObject(json_object* node)
+    : jobj(node), key_obj(), jobj_parent(nullptr), error(0) {}
+
+TreeMapObject::~TreeMapObject() {
+    UTIL_DEBUG("%s: this=%p\n", "~TreeMapObject", static_cast<void*>(this));
+    if (jobj != nullptr && jobj_parent == nullptr) {
+        UTIL_DEBUG("     release jobj=%p\n", static_cast<void*>(jobj));
+        json_object_put(jobj);
+    } else {
+        key_obj[sizeof key_obj - 1] = '\0';
+        UTIL_DEBUG("     ignore jobj=%p jobj_parent=%p key_obj=%s\n", static_cast<void*>(jobj),
+                   static_cast<void*>(jobj_parent), key_obj);
+    }
+}
+
+void TreeMapObject::del(char const* path) {
+    Lookup const found = lookUp(jobj, path);
+    if (found.value != nullptr && found.outcome == Lookup::ENDED) {
+        deleteMember(found.parent, found.last.text());
+    }
+}
+
+void TreeMapObject::set(char const* path, TreeMapObject* obj) {
+    UTIL_DEBUG("TreeMapObject::set: %s %p\n", logging::printable(path), static_cast<void*>(obj));
+    if (obj == nullptr) {
+        UTIL_ERROR("TreeMapObject::set: obj=null\n");
+        return;
+    }
+    json_object* parent = nullptr;
+    char const* key = nullptr;
+    if (JsonData::setJObj(jobj, path, obj->jobj, parent, key) != 0) {
+        UTIL_ERROR("TreeMapObject::set: fail to set object value to %s\n",
+                   logging::printable(path));
+    }
+    if (parent != nullptr && key != nullptr) {
+        setKeyName(*this, key);  // intended: this handle is named, not the stored one
+        free(const_cast<char*>(key));
+    }
+}
+
+TreeMapObject* TreeMapObject::get(char const* path) {
+    Lookup const found = lookUp(jobj, path);
+    if (found.value == nullptr) {
+        return nullptr;
+    }
+    TreeMapObject* const node = new TreeMapObject(found.value);
+    if (found.outcome == Lookup::ROOT) {
+        json_object_get(found.value);  // a second owner, so that either may go first
+        return node;
+    }
+    node->jobj_parent = found.parent;
+    setKeyName(*node, found.last.text());
+    return node;
+}
+
+int TreeMapObject::dump(char const* path) {
+    UTIL_INFO("Dump object content:\n");
+    return JsonData::dumpObject(this, path);
+}
+
+int TreeMapObject::len() {
+    if (!json_object_is_type(jobj, json_type_array)) {
+        return -1;
+    }
+    return static_cast<int>(json_object_array_length(jobj));
+}
+
+TreeMapObject* TreeMapObject::clone(char const* path) {
+    json_object* const source = path == nullptr ? jobj : JsonData::getJObj(jobj, path);
+    if (source == nullptr) {
+        UTIL_ERROR("%s: fail to get object by path\n", "clone");
+        return nullptr;
+    }
+    json_object* const copy = JsonData::cloneObject(source);
+    if (copy == nullptr) {
+        UTIL_ERROR("%s: fail to clone object\n", "clone");
+        return nullptr;
+    }
+    return newOwningHandle(copy);
+}
