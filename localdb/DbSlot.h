@@ -1,0 +1,34 @@
+// One API type of one controller, as the database's own code works on it.
+#ifndef VOBIUTILS_LOCALDB_DBSLOT_H
+#define VOBIUTILS_LOCALDB_DBSLOT_H
+
+#include <atomic>
+
+#include "LocalDbCtrl.h"
+
+// The state word is read and written by threads that do not hold the mutex, so always atomically.
+class DbSlot {
+  public:
+    DbSlot(LOCALDB_HANDLER& controller, unsigned int type)
+        : apiType(type),
+          object(controller.dbObject[type]),
+          mutex(controller.lock[type]),
+          state_(controller.state[type]) {}
+
+    unsigned int const apiType;
+    TreeMapObject*& object;
+    pthread_mutex_t& mutex;
+
+    int state() const { return state_.load(std::memory_order_acquire); }
+    void setState(int state) { state_.store(state, std::memory_order_release); }
+
+    // Reads the type's data file into `object`, null when there is none; the state becomes 1 when
+    // there is one. Logs under the name of the public function that wants it; `number` is what its
+    // line calls the type.
+    void load(char const* function, int number);
+
+  private:
+    std::atomic_ref<int> state_;
+};
+
+#endif

@@ -1,0 +1,32 @@
+#include "FileName.h"
+
+#include <stdio.h>
+
+#include "BEConfig.h"
+#include "LabelTable.h"
+#include "LocalDbCtrl.h"
+
+FileName::FileName(char const* folder, char const* base, char const* suffix) {
+    text_[0] = '\0';
+    if (folder == nullptr || base == nullptr) {
+        return;
+    }
+    int const length = snprintf(text_, sizeof text_, "%s/%s/%s%s", BEConfig::DATA_LOCATION.c_str(),
+                                folder, base, suffix);
+    if (length < 0 || static_cast<size_t>(length) >= sizeof text_) {
+        text_[0] = '\0';
+    }
+}
+
+FileName FileName::ofData(unsigned int apiType) {
+    char const* const folder = LocalDbCtrl::getApiDir(apiType);
+    return FileName(folder, folder, ".ldb");
+}
+
+FileName FileName::ofMessage(unsigned int apiType, unsigned int commType) {
+    return FileName(LocalDbCtrl::getApiDir(apiType), labelAt(apiType, commType), ".ldb");
+}
+
+FileName FileName::ofSchema(unsigned int apiType, unsigned int commType) {
+    return FileName(LocalDbCtrl::getApiDir(apiType), labelAt(apiType, commType), "_SCHEMA.ldb");
+}

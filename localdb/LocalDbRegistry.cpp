@@ -1,0 +1,127 @@
+// The registry of controllers by session key.
+//
+// The guard is held for a step on the map only: never while a line is logged, a file is read or a
+// controller is made or destroyed.
+#include <memory>
+
+#include "DbSlot.h"
+#include "LocalDbCtrl.h"
+#include "Log.h"
+#include "MutexGuard.h"
+
+std::map<std::string, LOCALDB_HANDLER*> LocalDbCtrl::controllers;
+
+namespace {
+
+typedef std::map<std::string, LOCALDB_HANDLER*> Registry;
+
+char const DEFAULT_KEY[] = "default";
+
+pthread_mutex_t registryLock = PTHREAD_MUTEX_INITIALIZER;
+
+bool isRegistered(std::string const& key) {
+    MutexGuard const guard(registryLock);
+    return LocalDbCtrl::controllers.count(key) != 0;
+}
+
+// False when the key is registered already.
+bool add(std::string const& key, LOCALDB_HANDLER* controller) {
+    MutexGuard const guard(registryLock);
+    return LocalDbCtrl::controllers.emplace(key, controller).second;
+}
+
+// Takes the entry out. False when there is none; `controller` may be null when there is.
+bool takeOut(std::string const& key, LOCALDB_HANDLER*& controller) {
+    MutexGuard const guard(registryLock);
+    Registry::iterator const entry = LocalDbCtrl::controllers.find(key);
+    if (entry == LocalDbCtrl::controllers.end()) {
+        return false;
+    }
+    controller = entry->second;
+    LocalDbCtrl::controllers.erase(entry);
+    return true;
+}
+
+bool find(std::string const& key, LOCALDB_HANDLER*& controller) {
+    MutexGuard const guard(registryLock);
+    Registry::const_iterator const entry = LocalDbCtrl::controllers.find(key);
+    if (entry == LocalDbCtrl::controllers.end()) {
+        return false;
+    }
+    controller = entry->second;
+    return true;
+}
+
+// intended: registers "default" with a null controller when it is absent.
+LOCALDB_HANDLER* defaultController() {
+    MutexGuard const guard(registryLock);
+    return LocalDbCtrl::controllers[DEFAULT_KEY];
+}
+
+int refuseRegistered(char const* key) {
+    UTIL_DEBUG("%s: session DB is already for key %s, something weird\n", "cloneNewDB", key);
+    return 0;
+}
+
+}  // namespace
+
+void LocalDbCtrl::init() {
+    {
+        MutexGuard const guard(registryLock);
+        controllers.clear();  // intended leak: the controllers of the entries
+    }
+    std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
+    MutexGuard const guard(registryLock);
+    controllers[DEFAULT_KEY] = controller.get();
+    controller.release();
+}
+
+int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
+    if (sessionKey == nullptr) {
+        UTIL_WARN("%s: sessionKey is NULL, nothing to be created\n", "cloneNewDB");
+        return 0;
+    }
+    std::string const key(sessionKey);
+    if (isRegistered(key)) {
+        return refuseRegistered(sessionKey);
+    }
+    std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
+    for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
+        DbSlot(*controller, type).load("cloneNewDB", static_cast<int>(type));
+    }
+    UTIL_DEBUG("%s: new handler created for session %s\n", "cloneNewDB", sessionKey);
+    if (!add(key, controller.get())) {  // another thread was faster
+        controller.reset();
+        return refuseRegistered(sessionKey);
+    }
+    controller.release();
+    return 1;
+}
+
+LOCALDB_HANDLER* LocalDbCtrl::getDBByKey(char const* sessionKey) {
+    if (sessionKey == nullptr) {
+        UTIL_ERROR("%s: sessionKey is NULL, return the default controller\n", "getDBByKey");
+        return defaultController();
+    }
+    LOCALDB_HANDLER* controller = nullptr;
+    if (!find(sessionKey, controller)) {
+        UTIL_ERROR("%s: Cannot found key %s, return the default controller\n", "getDBByKey",
+                   sessionKey);
+        return defaultController();
+    }
+    return controller;
+}
+
+int LocalDbCtrl::removeDB(char const* sessionKey) {
+    if (sessionKey == nullptr) {
+        UTIL_WARN("%s: sessionKey is NULL, nothing to be removed\n", "removeDB");
+        return 1;
+    }
+    LOCALDB_HANDLER* controller = nullptr;
+    if (!takeOut(sessionKey, controller)) {
+        UTIL_ERROR("%s: Cannot found key %s\n", "removeDB", sessionKey);
+        return 1;
+    }
+    delete controller;
+    return 1;
+}

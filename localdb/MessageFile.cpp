@@ -1,0 +1,18 @@
+// The handle on a message file. It stands here so that treemap/ does not depend on localdb/.
+#include "FileName.h"
+#include "Log.h"
+#include "TreeMapObject.h"
+
+TreeMapObject::TreeMapObject(unsigned int apiType, unsigned int commType) : TreeMapObject() {
+    FileName const name = FileName::ofMessage(apiType, commType);
+    UTIL_INFO("TreeMapObject::TreeMapObject filename=%s\n", logging::printable(name.get()));
+    if (name.get() == nullptr) {
+        error = 1;
+        UTIL_DEBUG("failed load object from %s\n", logging::printable(nullptr));
+        return;
+    }
+    jobj = json_object_from_file(name.get());
+    if (jobj == nullptr) {
+        jobj = json_object_new_object();
+    }
+}
