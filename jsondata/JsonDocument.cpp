@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "JsonData.h"
+#include "JsonFile.h"
 #include "Log.h"
 #include "OwningHandle.h"
 #include "TreeMapObject.h"
@@ -18,11 +19,6 @@ json_object* copyThroughText(json_object* source) {
     }
     UTIL_DEBUG("%s: parser json to create new object\n", "cloneObject");
     return json_tokener_parse(text);
-}
-
-// -1 when the value is not saved.
-int writeFile(char const* file, json_object* value) {
-    return file != nullptr ? json_object_to_file_ext(file, value, JSON_C_TO_STRING_PRETTY) : -1;
 }
 
 // intended: a null path, and one that reads like a printed null, means the whole value.
@@ -63,12 +59,12 @@ TreeMapObject* JsonData::createObjectFromFile(char const* file) {
     if (file == nullptr || stat(file, &status) != 0) {
         return nullptr;
     }
-    return newOwningHandle(json_object_from_file(file));  // intended: also when that reads nothing
+    return newOwningHandle(readJsonFile(file));  // intended: also when that reads nothing
 }
 
 int JsonData::saveObjectToFile(char const* file, TreeMapObject* obj) {
     UTIL_DEBUG("%s: save obj=%p\n", "saveObjectToFile", static_cast<void*>(obj));
-    int const ret = obj != nullptr ? writeFile(file, obj->jobj) : -1;
+    int const ret = obj != nullptr ? writeJsonFile(file, obj->jobj) : -1;
     if (ret != 0) {
         UTIL_DEBUG("%s: failed to save object to file (%s) ret=%d\n", "saveObjectToFile",
                    logging::printable(file), ret);

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "JsonData.h"
+#include "JsonFile.h"
 #include "JsonRef.h"
 #include "Log.h"
 #include "TreeMapObject.h"
@@ -63,7 +64,7 @@ int JsonData::validateFile(TreeMapObject* obj, char const* schemaFile) {
                   "validateFile", logging::printable(schemaFile));
         return VALID;
     }
-    JsonRef const schema(json_object_from_file(schemaFile));
+    JsonRef const schema(readJsonFile(schemaFile));
     if (!schema) {
         UTIL_ERROR("%s: failed to parse schema file %s\n", "validateFile", schemaFile);
         return INVALID;

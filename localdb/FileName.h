@@ -13,7 +13,7 @@ class FileName {
     static FileName ofMessage(unsigned int apiType, unsigned int commType);
     static FileName ofSchema(unsigned int apiType, unsigned int commType);
 
-    // Null when there is no such file or its name is too long.
+    // Null when the types name no file, or one whose name is too long.
     char const* get() const { return text_[0] != '\0' ? text_ : nullptr; }
 
   private:

@@ -1,5 +1,6 @@
 // The handle on a message file. It stands here so that treemap/ does not depend on localdb/.
 #include "FileName.h"
+#include "JsonFile.h"
 #include "Log.h"
 #include "TreeMapObject.h"
 
@@ -11,7 +12,7 @@ TreeMapObject::TreeMapObject(unsigned int apiType, unsigned int commType) : Tree
         UTIL_DEBUG("failed load object from %s\n", logging::printable(nullptr));
         return;
     }
-    jobj = json_object_from_file(name.get());
+    jobj = readJsonFile(name.get());
     if (jobj == nullptr) {
         jobj = json_object_new_object();
     }

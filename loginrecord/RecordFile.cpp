@@ -5,6 +5,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "JsonFile.h"
+
 namespace {
 
 char const RECORD_FILE[] = ".loginrecord.cfg";
@@ -32,11 +34,9 @@ bool fillClient(json_object* client, char const* ipAddress, uint64_t now) {
 
 }  // namespace
 
-bool RecordFile::write(json_object* array) {
-    return json_object_to_file_ext(RECORD_FILE, array, JSON_C_TO_STRING_PRETTY) != -1;
-}
+bool RecordFile::write(json_object* array) { return writeJsonFile(RECORD_FILE, array) == 0; }
 
-RecordFile::RecordFile() : clients_(json_object_from_file(RECORD_FILE)) {}
+RecordFile::RecordFile() : clients_(readJsonFile(RECORD_FILE)) {}
 
 RecordFile::~RecordFile() {
     if (isWellFormed()) {  // intended leak: the value of an ill-formed file

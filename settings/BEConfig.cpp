@@ -7,6 +7,7 @@
 
 #include "BELoginRecord.h"
 #include "ConfigTable.h"
+#include "JsonFile.h"
 #include "Log.h"
 
 std::string BEConfig::WEBSERVER_PORTS = "8081,8082";
@@ -132,7 +133,7 @@ void BEConfig::init(char const* file) {
         return;
     }
     isInit = true;  // before anything can fail: a failed first call counts too
-    json_object* const document = file != nullptr ? json_object_from_file(file) : nullptr;
+    json_object* const document = readJsonFile(file);
     if (document == nullptr) {
         return;
     }
