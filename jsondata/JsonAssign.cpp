@@ -25,7 +25,7 @@ class Assignment {
     // The document's reference on the value is taken before anything is released, so that a value
     // may take its own place.
     Assignment(json_object* root, json_object* value)
-        : reference_(json_object_get(value)), container_(root) {}
+        : reference_(json_object_get(value)), replaced_(nullptr), container_(root) {}
 
     // True when the value is stored.
     bool run(char const* path);
@@ -59,6 +59,7 @@ class Assignment {
     }
 
     JsonRef reference_;  // on the value; the document's, once it is stored
+    JsonRef replaced_;   // kept to the end: the caller's path may be a text inside it
     json_object* container_;
     json_object* parent_ = nullptr;
     bool isNew_ = false;  // this run has created the container
@@ -75,7 +76,7 @@ bool Assignment::run(char const* path) {
     }
     reference_.release();
     UTIL_DEBUG("%s: FOUND parent=%p key=%.*s\n", "setJObj", static_cast<void*>(container_),
-               TOKEN(previous_));
+               TOKEN_ARGS(previous_));
     return true;
 }
 
@@ -104,7 +105,7 @@ Assignment::Outcome Assignment::walk(char const* path) {
 
 Assignment::Outcome Assignment::take(PathCursor const& at) {
     PathToken const token = at.token();
-    UTIL_DEBUG("%s: Parse: idx=%d key=%.*s isEnd=%s\n", "setJObj", at.index(), TOKEN(token),
+    UTIL_DEBUG("%s: Parse: idx=%d key=%.*s isEnd=%s\n", "setJObj", at.index(), TOKEN_ARGS(token),
                word(at.isLast()));
     if (token.isIndex()) {
         return takeIndex(at);
@@ -115,9 +116,13 @@ Assignment::Outcome Assignment::take(PathCursor const& at) {
 Assignment::Outcome Assignment::setMember(PathToken key) {
     UTIL_DEBUG("%s: set jval to current object jcrr=%p jval=%p %.*s.%.*s\n", SET_JOBJ,
                static_cast<void*>(container_), static_cast<void*>(reference_.get()),
-               TOKEN(previous_), TOKEN(key));
+               TOKEN_ARGS(previous_), TOKEN_ARGS(key));
+    json_object* before = nullptr;
+    if (findMember(container_, key.text(), before)) {
+        replaced_.keep(before);
+    }
     if (!addMember(container_, key.text(), reference_.get())) {
-        UTIL_ERROR("%s: fail to add jval '%.*s' to jcrr=%p jprt=%p\n", SET_JOBJ, TOKEN(key),
+        UTIL_ERROR("%s: fail to add jval '%.*s' to jcrr=%p jprt=%p\n", SET_JOBJ, TOKEN_ARGS(key),
                    static_cast<void*>(container_), static_cast<void*>(parent_));
         return REFUSED;
     }
@@ -128,8 +133,8 @@ Assignment::Outcome Assignment::setMember(PathToken key) {
 Assignment::Outcome Assignment::enterMember(PathToken key) {
     json_object* child = nullptr;
     isNew_ = !findMember(container_, key.text(), child);
-    UTIL_DEBUG("%s: get child object at '%.*s.%.*s' isNew=%s\n", SET_JOBJ, TOKEN(previous_),
-               TOKEN(key), word(isNew_));
+    UTIL_DEBUG("%s: get child object at '%.*s.%.*s' isNew=%s\n", SET_JOBJ, TOKEN_ARGS(previous_),
+               TOKEN_ARGS(key), word(isNew_));
     if (isNew_) {
         return createMember(key);
     }
@@ -139,10 +144,10 @@ Assignment::Outcome Assignment::enterMember(PathToken key) {
 
 Assignment::Outcome Assignment::createMember(PathToken key) {
     UTIL_DEBUG("%s: create new empty jchl to current object %.*s.%.*s\n", SET_JOBJ,
-               TOKEN(previous_), TOKEN(key));
+               TOKEN_ARGS(previous_), TOKEN_ARGS(key));
     JsonRef child(json_object_new_object());
     if (!child || !addMember(container_, key.text(), child.get())) {
-        UTIL_ERROR("%s: fail to add new object '%.*s'\n", SET_JOBJ, TOKEN(key));
+        UTIL_ERROR("%s: fail to add new object '%.*s'\n", SET_JOBJ, TOKEN_ARGS(key));
         return REFUSED;
     }
     enter(child.release());
@@ -152,7 +157,7 @@ Assignment::Outcome Assignment::createMember(PathToken key) {
 Assignment::Outcome Assignment::takeIndex(PathCursor const& at) {
     PathToken const token = at.token();
     if (!token.hasIndexNumber()) {
-        UTIL_ERROR("%s: wrong array format %.*s\n", SET_JOBJ, TOKEN(token));
+        UTIL_ERROR("%s: wrong array format %.*s\n", SET_JOBJ, TOKEN_ARGS(token));
         return REFUSED;
     }
     unsigned int const index = BE_StrTo(token.indexNumberText());
@@ -171,12 +176,12 @@ bool Assignment::becomeArray() {
         return true;
     }
     if (!isNew_) {
-        UTIL_ERROR("%s: existing object is not array '%.*s'\n", SET_JOBJ, TOKEN(previous_));
+        UTIL_ERROR("%s: existing object is not array '%.*s'\n", SET_JOBJ, TOKEN_ARGS(previous_));
         return false;
     }
     if (parent_ == nullptr) {
         UTIL_ERROR("%s: how can jcrr is created new '%.*s' when it is root object\n", SET_JOBJ,
-                   TOKEN(previous_));
+                   TOKEN_ARGS(previous_));
         return false;
     }
     if (!recreateAsArray()) {
@@ -189,7 +194,7 @@ bool Assignment::becomeArray() {
 // Puts an empty array in the place of the empty object that this run has just created: a member of
 // an object, or the last element of an array. json-c releases the object.
 bool Assignment::recreateAsArray() {
-    UTIL_DEBUG("%s: recreate array object '%.*s' delete %p=%d\n", "setJObj", TOKEN(previous_),
+    UTIL_DEBUG("%s: recreate array object '%.*s' delete %p=%d\n", "setJObj", TOKEN_ARGS(previous_),
                static_cast<void*>(container_), 1);
     JsonRef array(json_object_new_array());
     if (!array || !replaceContainer(array.get())) {
@@ -210,10 +215,11 @@ bool Assignment::replaceContainer(json_object* replacement) {
 Assignment::Outcome Assignment::replaceElement(unsigned int index, PathToken token) {
     int const number = static_cast<int>(index);
     UTIL_DEBUG("%s: replace array element at idx=%d '%.*s.%.*s'\n", SET_JOBJ, number,
-               TOKEN(previous_), TOKEN(token));
+               TOKEN_ARGS(previous_), TOKEN_ARGS(token));
+    replaced_.keep(json_object_array_get_idx(container_, index));
     if (json_object_array_put_idx(container_, index, reference_.get()) != 0) {
         UTIL_ERROR("%s: fail to replace array element %d %.*s.%.*s\n", SET_JOBJ, number,
-                   TOKEN(previous_), TOKEN(token));
+                   TOKEN_ARGS(previous_), TOKEN_ARGS(token));
         return REFUSED;
     }
     return DONE;
@@ -221,12 +227,12 @@ Assignment::Outcome Assignment::replaceElement(unsigned int index, PathToken tok
 
 Assignment::Outcome Assignment::enterElement(unsigned int index, PathToken token) {
     int const number = static_cast<int>(index);
-    UTIL_DEBUG("%s: get array element at idx=%d, '%.*s.%.*s'\n", SET_JOBJ, number, TOKEN(previous_),
-               TOKEN(token));
+    UTIL_DEBUG("%s: get array element at idx=%d, '%.*s.%.*s'\n", SET_JOBJ, number,
+               TOKEN_ARGS(previous_), TOKEN_ARGS(token));
     json_object* const element = json_object_array_get_idx(container_, index);
     if (element == nullptr) {
         UTIL_ERROR("%s: cannot get array element at idx=%d '%.*s.%.*s'\n", SET_JOBJ, number,
-                   TOKEN(previous_), TOKEN(token));
+                   TOKEN_ARGS(previous_), TOKEN_ARGS(token));
         return REFUSED;
     }
     enter(element);
@@ -237,7 +243,7 @@ Assignment::Outcome Assignment::enterElement(unsigned int index, PathToken token
 // further token it is a new empty object.
 Assignment::Outcome Assignment::appendElement(unsigned int index, PathToken token, bool isLast) {
     UTIL_DEBUG("%s: add new array element at %d '%.*s.%.*s'\n", SET_JOBJ, static_cast<int>(index),
-               TOKEN(previous_), TOKEN(token));
+               TOKEN_ARGS(previous_), TOKEN_ARGS(token));
     if (isLast) {
         bool const added = json_object_array_add(container_, reference_.get()) == 0;
         return added ? DONE : appendFailed(index);
@@ -253,7 +259,7 @@ Assignment::Outcome Assignment::appendElement(unsigned int index, PathToken toke
 
 Assignment::Outcome Assignment::appendFailed(unsigned int index) {
     UTIL_ERROR("%s: fail to add new array element idx=%d key=%.*s\n", SET_JOBJ,
-               static_cast<int>(index), TOKEN(previous_));
+               static_cast<int>(index), TOKEN_ARGS(previous_));
     return REFUSED;
 }
 

@@ -3,6 +3,8 @@
 
 #include <string.h>
 
+#include <new>
+
 #include "JsonData.h"
 #include "JsonMember.h"
 #include "Log.h"
@@ -19,7 +21,7 @@ Step toMember(json_object* container, PathCursor const& at) {
     Step step;
     step.found = findMember(container, at.token().text(), step.value);
     if (step.found && at.isLast()) {
-        UTIL_DEBUG("%s: found the object %.*s\n", "getJObj", TOKEN(at.token()));
+        UTIL_DEBUG("%s: found the object %.*s\n", "getJObj", TOKEN_ARGS(at.token()));
     } else if (step.found) {
         UTIL_DEBUG("%s: continue search next key\n", "getJObj");
     }
@@ -28,7 +30,7 @@ Step toMember(json_object* container, PathCursor const& at) {
 
 Step toElement(json_object* container, PathToken token) {
     if (!token.hasIndexNumber()) {
-        UTIL_ERROR("Wrong array index %.*s - size:%d\n", TOKEN(token), token.width());
+        UTIL_ERROR("Wrong array index %.*s - size:%d\n", TOKEN_ARGS(token), token.width());
         return {};
     }
     unsigned int const index = BE_StrTo(token.indexNumberText());
@@ -52,8 +54,8 @@ Step toElement(json_object* container, PathToken token) {
 }
 
 Step take(json_object* container, PathCursor const& at) {
-    UTIL_DEBUG("%s: Parse: idx=%d key=%.*s isEnd=%s\n", "getJObj", at.index(), TOKEN(at.token()),
-               at.isLast() ? "true" : "false");
+    UTIL_DEBUG("%s: Parse: idx=%d key=%.*s isEnd=%s\n", "getJObj", at.index(),
+               TOKEN_ARGS(at.token()), at.isLast() ? "true" : "false");
     return at.token().isIndex() ? toElement(container, at.token()) : toMember(container, at);
 }
 
@@ -76,15 +78,17 @@ Lookup walk(json_object* root, char const* path) {
     }
 }
 
-// Null for an empty token.
+// Null for an empty token, and without memory.
 char const* copyOf(PathToken token) {
     size_t const length = token.text().size();
     if (length == 0) {
         return nullptr;
     }
-    char* const copy = new char[length + 1];
-    memcpy(copy, token.start(), length);
-    copy[length] = '\0';
+    char* const copy = new (std::nothrow) char[length + 1];
+    if (copy != nullptr) {
+        memcpy(copy, token.start(), length);
+        copy[length] = '\0';
+    }
     return copy;
 }
 
@@ -108,7 +112,7 @@ Lookup lookUp(json_object* root, char const* path) {
     }
     // said for every walk, whatever it found
     UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(result.parent),
-              TOKEN(result.last));
+              TOKEN_ARGS(result.last));
     return result;
 }
 

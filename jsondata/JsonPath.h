@@ -24,7 +24,7 @@ class PathToken {
     // The text between them; the last character need not be "]".
     std::string_view indexNumberText() const { return text_.substr(1, text_.size() - 2); }
 
-    // The two arguments of "%.*s"; see TOKEN.
+    // The two arguments of "%.*s"; see TOKEN_ARGS.
     int width() const { return text_.size() < INT_MAX ? static_cast<int>(text_.size()) : INT_MAX; }
     char const* start() const { return text_.empty() ? "" : text_.data(); }
 
@@ -33,7 +33,7 @@ class PathToken {
 };
 
 // A token as the arguments of "%.*s" in a log line.
-#define TOKEN(token) (token).width(), (token).start()
+#define TOKEN_ARGS(token) (token).width(), (token).start()
 
 // Walks over the tokens of a path that is not empty:
 //

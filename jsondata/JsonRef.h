@@ -18,6 +18,13 @@ class JsonRef {
     json_object* get() const noexcept { return object_; }
     explicit operator bool() const noexcept { return object_ != nullptr; }
 
+    // Takes a further reference, in place of the one held.
+    void keep(json_object* object) noexcept {
+        json_object_get(object);
+        json_object_put(object_);
+        object_ = object;
+    }
+
     // Gives the reference away.
     json_object* release() noexcept {
         json_object* const object = object_;
