@@ -1,14 +1,15 @@
 // Lock, save and unlock of one API type in one controller.
 //
-//   call    state  condition                 state after  mutex     result
-//   lock    2      -                         2            untouched null
-//   lock    0, 1   document and node there   2            held      handle
-//   lock    0      file missing              0            held      null
-//   lock    0, 1   no such node              1            held      null
-//   lock    1      no document               1            held      null
-//   save    2      document there            0            released  of the write; document
-//   destroyed unlock  2      document there            1            released  0 either  2      no
-//   document               0            released  2 either  0, 1   - unchanged    released  2
+//   call    state  condition                state after  mutex      result
+//   lock    2      -                        2            untouched  null
+//   lock    0, 1   document and node there  2            held       handle
+//   lock    0      file missing             0            held       null
+//   lock    0, 1   no such node             1            held       null
+//   lock    1      no document              1            held       null
+//   save    2      document there           0            released   of the write; document dropped
+//   unlock  2      document there           1            released   0
+//   either  2      no document              0            released   2
+//   either  0, 1   -                        unchanged    released   2
 //
 // The mutex serialises writers and is held from one call to another: no scope guard fits. The state
 // turns away at once whoever comes while a writer holds the type.
@@ -17,6 +18,7 @@
 // destroyed. In between the state still reads 2, and the releasing thread alone owns the document:
 // a writer that gets the mutex in that time gives it back and waits for the state to change.
 #include <new>
+#include <optional>
 
 #include "DbSlot.h"
 #include "FileName.h"
@@ -31,20 +33,39 @@ namespace {
 int const SUCCESS = 0;
 int const FAILURE = 2;
 
-// The end of writing is announced to the writers that wait for it; one condition serves all types.
-pthread_mutex_t endLock = PTHREAD_MUTEX_INITIALIZER;
-pthread_cond_t ended = PTHREAD_COND_INITIALIZER;
+// Guards the moments in which a type changes hands; one lock and one condition serve all types.
+pthread_mutex_t handOver = PTHREAD_MUTEX_INITIALIZER;
+pthread_cond_t writingEnded = PTHREAD_COND_INITIALIZER;
+
+// Nothing for a bad type and for a key without a controller.
+std::optional<DbSlot> find(unsigned int apiType, char const* sessionKey) {
+    LOCALDB_HANDLER* controller = nullptr;
+    try {
+        controller = apiType < API_TYPE_COUNT ? LocalDbCtrl::getDBByKey(sessionKey) : nullptr;
+    } catch (std::bad_alloc const&) {  // there was no default controller, and no room for its entry
+    }
+    return controller != nullptr ? std::optional<DbSlot>(std::in_place, *controller, apiType)
+                                 : std::nullopt;
+}
+
+// A mutex that nobody holds must not be unlocked: it is taken first, if it is free. Two releases
+// never come between each other's two steps.
+void releaseMutex(DbSlot& slot) {
+    MutexGuard const guard(handOver);
+    pthread_mutex_trylock(&slot.mutex);
+    pthread_mutex_unlock(&slot.mutex);
+}
 
 void endWriting(DbSlot& slot, int state) {
-    MutexGuard const guard(endLock);
+    MutexGuard const guard(handOver);
     slot.setState(state);
-    pthread_cond_broadcast(&ended);
+    pthread_cond_broadcast(&writingEnded);
 }
 
 void waitWhileWriting(DbSlot const& slot) {
-    MutexGuard const guard(endLock);
+    MutexGuard const guard(handOver);
     while (slot.state() == DB_STATE_WRITING) {
-        pthread_cond_wait(&ended, &endLock);
+        pthread_cond_wait(&writingEnded, &handOver);
     }
 }
 
@@ -52,7 +73,7 @@ void waitWhileWriting(DbSlot const& slot) {
 void acquire(DbSlot& slot) {
     pthread_mutex_lock(&slot.mutex);
     while (slot.state() == DB_STATE_WRITING) {
-        pthread_mutex_unlock(&slot.mutex);
+        releaseMutex(slot);
         waitWhileWriting(slot);
         pthread_mutex_lock(&slot.mutex);
     }
@@ -86,12 +107,6 @@ TreeMapObject* refuseLock(unsigned int apiType, char const* path) {
     return nullptr;
 }
 
-// A mutex that nobody holds must not be unlocked: take it first, if it is free.
-void releaseMutex(DbSlot& slot) {
-    pthread_mutex_trylock(&slot.mutex);
-    pthread_mutex_unlock(&slot.mutex);
-}
-
 int save(DbSlot& slot) {
     FileName const file = FileName::ofData(slot.apiType);
     UTIL_DEBUG("%s: type=%d save object %p to file %s\n", "saveDbObject",
@@ -108,79 +123,76 @@ int refuseRelease(char const* function, unsigned int apiType) {
     return FAILURE;
 }
 
+// The state in which the mutex was freed. A release decides by it: another writer may change it
+// right after.
+int release(DbSlot& slot, char const* function) {
+    int const state = slot.state();
+    UTIL_DEBUG("%s: apiT=%d state=%d\n", function, static_cast<int>(slot.apiType), state);
+    releaseMutex(slot);
+    return state;
+}
+
 }  // namespace
 
 TreeMapObject* LocalDbCtrl::lockDbObject(unsigned int apiType, char const* path,
                                          char const* sessionKey) {
-    if (apiType >= API_TYPE_COUNT || path == nullptr) {
+    if (path == nullptr) {
         return refuseLock(apiType, path);
     }
-    LOCALDB_HANDLER* const controller = getDBByKey(sessionKey);
-    if (controller == nullptr) {
+    std::optional<DbSlot> slot = find(apiType, sessionKey);
+    if (!slot) {
         return refuseLock(apiType, path);
     }
-    DbSlot slot(*controller, apiType);
-    int const state = slot.state();
+    int const state = slot->state();
     UTIL_DEBUG("%s: start state=%d\n", "lockDbObject", state);
     if (state == DB_STATE_WRITING) {
         UTIL_WARN("%s: failed to access local database (%d) in writing state\n", "lockDbObject",
                   static_cast<int>(apiType));
         return nullptr;
     }
-    acquire(slot);
-    TreeMapObject* const object = tryOpen(slot, path);
+    acquire(*slot);
+    TreeMapObject* const object = tryOpen(*slot, path);
     if (object != nullptr) {
-        slot.setState(DB_STATE_WRITING);
+        slot->setState(DB_STATE_WRITING);
     }
     return object;
 }
 
-// Both releases decide by the state read before the mutex is free: another writer may change it
-// right after.
-
 int LocalDbCtrl::saveDbObject(API_TYPE_T apiType, char const* sessionKey) {
-    LOCALDB_HANDLER* const controller = apiType < API_TYPE_COUNT ? getDBByKey(sessionKey) : nullptr;
-    if (controller == nullptr) {
+    std::optional<DbSlot> slot = find(apiType, sessionKey);
+    if (!slot) {
         return refuseRelease("saveDbObject", apiType);
     }
-    DbSlot slot(*controller, apiType);
-    int const state = slot.state();
-    UTIL_DEBUG("%s: apiT=%d state=%d\n", "saveDbObject", static_cast<int>(apiType), state);
-    releaseMutex(slot);
-    if (state != DB_STATE_WRITING) {
+    if (release(*slot, "saveDbObject") != DB_STATE_WRITING) {
         UTIL_DEBUG("%s: I am not in locked state\n", "saveDbObject");
         return FAILURE;
     }
     int result = FAILURE;
-    if (slot.object == nullptr) {
+    if (slot->object != nullptr) {
+        result = save(*slot);
+    } else {
         UTIL_DEBUG("%s: there is something wrong, I am is not initialized already!\n",
                    "saveDbObject");
-    } else {
-        result = save(slot);
     }
-    endWriting(slot, DB_STATE_UNINITIALIZED);
+    endWriting(*slot, DB_STATE_UNINITIALIZED);
     return result;
 }
 
 int LocalDbCtrl::unlockDbObject(unsigned int apiType, char const* sessionKey) {
-    LOCALDB_HANDLER* const controller = apiType < API_TYPE_COUNT ? getDBByKey(sessionKey) : nullptr;
-    if (controller == nullptr) {
+    std::optional<DbSlot> slot = find(apiType, sessionKey);
+    if (!slot) {
         return refuseRelease("unlockDbObject", apiType);
     }
-    DbSlot slot(*controller, apiType);
-    int const state = slot.state();
-    UTIL_DEBUG("%s: apiT=%d state=%d\n", "unlockDbObject", static_cast<int>(apiType), state);
-    releaseMutex(slot);
-    if (state != DB_STATE_WRITING) {
+    if (release(*slot, "unlockDbObject") != DB_STATE_WRITING) {
         UTIL_WARN("%s: I am not in locked state\n", "unlockDbObject");
         return FAILURE;
     }
-    if (slot.object == nullptr) {
+    if (slot->object == nullptr) {
         UTIL_ERROR("%s: there is something wrong, I am is not initialized already!\n",
                    "unlockDbObject");
-        endWriting(slot, DB_STATE_UNINITIALIZED);
+        endWriting(*slot, DB_STATE_UNINITIALIZED);
         return FAILURE;
     }
-    endWriting(slot, DB_STATE_ACCESSIBLE);
+    endWriting(*slot, DB_STATE_ACCESSIBLE);
     return SUCCESS;
 }

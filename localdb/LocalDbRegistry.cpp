@@ -42,14 +42,16 @@ bool takeOut(std::string const& key, LOCALDB_HANDLER*& controller) {
     return true;
 }
 
-bool find(std::string const& key, LOCALDB_HANDLER*& controller) {
+// Makes no std::string of the key: a writer must be able to end its lock when memory is short.
+bool find(char const* key, LOCALDB_HANDLER*& controller) {
     MutexGuard const guard(registryLock);
-    Registry::const_iterator const entry = LocalDbCtrl::controllers.find(key);
-    if (entry == LocalDbCtrl::controllers.end()) {
-        return false;
+    for (Registry::value_type const& entry : LocalDbCtrl::controllers) {
+        if (entry.first == key) {
+            controller = entry.second;
+            return true;
+        }
     }
-    controller = entry->second;
-    return true;
+    return false;
 }
 
 // intended: registers "default" with a null controller when it is absent.
