@@ -4,8 +4,9 @@
 // start empties it. From the tenth attempt on an address is locked out: 1 minute after 10 attempts
 // and 2 minutes more for each further one, counted from its last attempt.
 //
-// A record file that cannot be read, or holds no array, stops the record: isRunning becomes false
-// and every operation returns its failure result, silently, until init is called again.
+// A record file that cannot be read, or holds no array, is logged and stops the record: isRunning
+// becomes false, and from then on every operation returns its failure result, silently, until init
+// is called again.
 //
 // Threads: setAttempt, getAttempt and eraseAttempt may be called from any thread at once. init and
 // deinit take part in no lock while they write the file: call them while no other thread is in

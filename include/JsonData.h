@@ -4,15 +4,18 @@
 // A path names a value inside a document: "net.lan.list.[2].name". Its tokens stand between dots; a
 // token that begins with "[" is an index into an array, any other one a member name, matched
 // exactly. There is no escape: a member whose name holds a dot cannot be named. The empty path is
-// the root. A single trailing dot is ignored; other empty tokens name the member "".
+// the root. A dot at the end adds no token; other empty tokens ("a..b", ".") name the member "".
 // The number of an index token is what stands between its first and its last character, read as
-// an input stream reads an unsigned number ("[ 1 ]" is 1, "[-1]" is 4294967295); text after the
-// number is reported on standard output and otherwise ignored.
+// an input stream reads an unsigned number ("[ 1 ]" is 1, "[-1]" is 4294967295). Text that is no
+// number, or follows one, is reported on standard output and ignored: "[x]" is index 0. An index
+// token of fewer than 3 characters names nothing.
 //
-// Ownership: json_object pointers returned or put into `parent` are borrowed from the document.
+// Ownership: json_object pointers returned or put into `parent` are borrowed from the document. A
+// value must not be stored below itself.
 //
 // Limits: recursion (by json-c, when it writes, copies or releases) is as deep as the document.
-// Text and files are read to a depth of 32, json-c's own limit.
+// Text and files are read to json-c's own depth, 31 containers above a value. What follows the
+// first value of a text is ignored.
 //
 // Threads: no state is kept between calls. A document belongs to one thread at a time, for reading
 // too: json-c keeps the text of a value inside it. Different documents never meet.
@@ -33,7 +36,7 @@ class JsonData {
 
     // The same, and reports where the walk ended: `parent` receives the container of the value, and
     // `key` a copy of the last token, which the caller releases with delete[] (null when that token
-    // is empty). Both become null for the empty path and when a token before the last leads
+    // is empty, and without memory). Both become null for the empty path and when a token before the last leads
     // nowhere. When only the last token leads nowhere, `key` is still given and has to be released;
     // `parent` is then the container one level above the one searched (or `jobj`), of use to
     // nobody. A null `jobj` or `path` gives null and leaves both untouched: set them to null
@@ -79,7 +82,8 @@ class JsonData {
     // null handle or name, and for a handle without a value.
     static int saveObjectToFile(char const* file, TreeMapObject* obj);
 
-    // Prints the value at `path` (the whole value for a null or empty path) on standard error. The
+    // Prints the value at `path` on standard error; the whole value for a null or empty path, and
+    // for the path "(null)". A null handle, or one without a value, prints a line that says so. The
     // number of characters printed; 0 when the path leads nowhere.
     static int dumpObject(TreeMapObject* obj, char const* path);
 
@@ -98,8 +102,9 @@ class JsonData {
     static int validateFile(TreeMapObject* obj, char const* schemaFile);
 
     // Compares two values whose types the caller has read. True for equal doubles, integers,
-    // Booleans (integers as 32 bits) and texts (byte by byte, up to a NUL). Values of different
-    // types and nulls are never equal; two objects, or two arrays, always are, whatever they hold.
+    // Booleans and texts (byte by byte, up to a NUL). Integers beyond 32 bits count as the nearest
+    // one within. Values of different types, null pointers and JSON nulls are never equal; two
+    // objects, or two arrays, always are, whatever they hold.
     static bool compareObjVal(json_object* src, json_type srcType, json_object* dst,
                               json_type dstType);
 };

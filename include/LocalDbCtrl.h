@@ -8,8 +8,9 @@
 //   <LABEL>_SCHEMA.ldb    the JSON Schemas of messages.
 //
 // A controller holds the nine documents of one view on the data. The "default" one is shared;
-// a session can have one of its own, loaded from the files (cloneNewDB). A session key that is null
-// or not registered stands for the default controller, and an error is logged.
+// a session can have one of its own, loaded from the files (cloneNewDB). To find, lock, save and
+// unlock, a session key that is null or not registered stands for the default controller, and an
+// error is logged.
 //
 // A writer locks a type, changes the document it is given, and ends with exactly one save or
 // unlock:
@@ -23,8 +24,8 @@
 //
 // Threads: lockDbObject, saveDbObject and unlockDbObject may be called from any thread, and so may
 // cloneNewDB, getDBByKey and removeDB; types and controllers never wait for each other. The thread
-// that locked a type is the one that saves or unlocks it. removeDB needs a controller that nobody
-// is using. init belongs to start-up. A program that walks `controllers` itself does so while no
+// that locked a type is the one that saves or unlocks it. A controller is removed when nobody uses
+// it: the save of a writer who lost his controller would reach the default one. init belongs to start-up. A program that walks `controllers` itself does so while no
 // other thread is in the library.
 #ifndef VOBIUTILS_LOCALDBCTRL_H
 #define VOBIUTILS_LOCALDBCTRL_H
@@ -63,8 +64,9 @@ enum DB_STATE_T : int {
 };
 
 // A controller: the documents of the nine API types with their states and locks, indexed by API
-// type. Made by LocalDbCtrl and owned by its registry. Deleting one waits for the writers that hold
-// a type and releases the documents that nobody is writing.
+// type. Made by LocalDbCtrl and owned by its registry, from which it is deleted (removeDB) when
+// nobody uses it. Its destructor waits for each lock in turn, and releases every document but one
+// whose state is "writing".
 struct LOCALDB_HANDLER {
     TreeMapObject* dbObject[API_TYPE_COUNT];  // owned; of meaning only while the state is not 0
     int state[API_TYPE_COUNT];                // a DB_STATE_T; accessed atomically by the library
@@ -114,10 +116,11 @@ class LocalDbCtrl {
     static int cloneNewDB(char const* sessionKey);
 
     // The controller registered under the key, owned by the registry, else the default one. Null
-    // when there is no default controller (before init).
+    // when there is no default controller (before init); "default" is then registered without one.
     static LOCALDB_HANDLER* getDBByKey(char const* sessionKey);
 
-    // Deletes the controller registered under the key, "default" included. Always 1.
+    // Deletes the controller registered under the key, "default" included; nothing for a null or
+    // unknown key. Always 1.
     static int removeDB(char const* sessionKey);
 
     // The registry. Changed only by the functions above, under a guard of the library's.
@@ -127,8 +130,11 @@ class LocalDbCtrl {
     //
     // Returns null at once, having locked nothing, when a writer holds the type or is saving it,
     // and for an API type of 9 or more, a null path, or a controller that does not exist. Every
-    // other null result (no data file, no such node) leaves the type locked, to be ended with
-    // unlockDbObject. A caller that comes just before another writer takes the type waits for it.
+    // other null result (no data file, no such node, no memory) leaves the type locked, to be ended
+    // with unlockDbObject; until then every other caller waits, this thread for ever. The result
+    // does not tell the two apart, and unlocking after the first kind ends another writer's lock:
+    // lock the whole document ("") of a type whose file exists, and null means busy. A caller
+    // that comes just before another writer takes the type waits for it.
     //
     // The document belongs to the controller: the caller does not delete it, and it dies with the
     // save. The handle on a node belongs to the caller, who deletes it and does not use it after

@@ -9,6 +9,8 @@
 // Nulls: a null path never names anything (operations report it as their failure), except where
 // null is said to mean the whole value. A handle without a value (`jobj` null) has no members.
 //
+// A value must not be stored below itself.
+//
 // Limits: recursion is as deep as the document (find, and json-c's writing, copying and releasing).
 // Memory: allocating a returned handle may throw std::bad_alloc; nothing else throws.
 //
@@ -34,7 +36,7 @@ class TreeMapObject {
     TreeMapObject();
     // A new empty array (true) or object (false).
     explicit TreeMapObject(bool array);
-    // The value parsed from `text`; none when it is null or not JSON.
+    // The value parsed from `text`; none when it is null or does not begin with JSON.
     explicit TreeMapObject(char const* text);
     // Takes over one reference that the caller holds on `node`.
     explicit TreeMapObject(json_object* node);
@@ -75,8 +77,10 @@ class TreeMapObject {
     void del(char const* path);
 
     // Stores the node of `obj` at `path`; the document takes a reference of its own, `obj` keeps
-    // its. The last token of the path is written into this handle's own key_obj, deliberately.
-    // A null `obj` changes nothing; one without a value stores JSON null.
+    // its. A null `obj` changes nothing; one without a value stores JSON null.
+    // The last token of the path is written into this handle's own key_obj, deliberately: a handle
+    // that borrows an array no longer has the name there under which its parent holds the array,
+    // which delArrayItem and clearArrayItems go by.
     void set(char const* path, TreeMapObject* obj);
 
     // A new handle that borrows the node at `path`; null when there is none. For the empty path the
@@ -95,7 +99,7 @@ class TreeMapObject {
 
     // Arrays. All of these fail, with -1 or null, when the node is no array.
 
-    // A new handle that borrows element `index`; null past the end.
+    // A new handle that borrows element `index`, without a value for JSON null; null past the end.
     TreeMapObject* at(unsigned int index);
 
     // Replaces element `index` by the node of `item`, or appends it when `index` is past the end.
@@ -111,9 +115,10 @@ class TreeMapObject {
     template <typename T>
     int addArrayItem(T value);
 
-    // Removes element `index`; the new length, or -1. The array is replaced by a new one, in its
-    // parent too: handles on its elements, or on itself made elsewhere, are stale afterwards.
-    // Refused, with -1, for an array that is itself an element of an array.
+    // Removes element `index`; the new length, or -1. The array is replaced by a new one, which a
+    // handle that borrows stores in its parent under key_obj: only a member name of at most 32
+    // characters finds its place again. An array that is itself an element of an array is refused,
+    // with -1. Handles on the elements, and other handles on the array, are stale afterwards.
     int delArrayItem(unsigned int index);
 
     // Removes every element: 0, or -1. Replaces the array as delArrayItem does.
@@ -124,7 +129,7 @@ class TreeMapObject {
     // Looks through the whole document for objects with a primitive member `key` equal to `value`.
     // For char const* the result holds a new handle on each such object, in document order, each
     // with a reference of its own; the caller deletes them. For the other types the result is
-    // always empty, deliberately: a search that finds something logs an error and drops it.
+    // always empty, deliberately: a search that finds something logs an error and leaks the handles.
     // A null or empty key gives an empty list. T: int, unsigned int, double, bool, char const*.
     template <typename T>
     std::list<TreeMapObject*> find(char const* key, T value);

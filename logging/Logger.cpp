@@ -96,10 +96,11 @@ class Line {
         memcpy(rest, parts_, sizeof rest);
         for (int first = 0; first < PARTS;) {
             ssize_t const written = writev(fd, rest + first, PARTS - first);
-            if (written < 0 && errno != EINTR) {
+            if (written > 0) {
+                first = skip(rest, first, static_cast<size_t>(written));
+            } else if (written == 0 || errno != EINTR) {
                 return;
             }
-            first = skip(rest, first, written < 0 ? 0 : static_cast<size_t>(written));
         }
     }
 
@@ -120,7 +121,7 @@ class Line {
 };
 
 bool createLogFile() {
-    FILE* const file = fopen(BEConfig::LOG_FILE.c_str(), "w");
+    FILE* const file = fopen(BEConfig::LOG_FILE.c_str(), "a");  // truncates nothing, should it exist
     if (file == nullptr) {
         return false;
     }
@@ -153,7 +154,7 @@ void Logger::print(LOG_TYPE_T level, LOG_GROUP_T group, char const* format, ...)
     char message[MESSAGE_SIZE];
     va_list arguments;
     va_start(arguments, format);
-    if (vsnprintf(message, sizeof message, format, arguments) < 0) {
+    if (format == nullptr || vsnprintf(message, sizeof message, format, arguments) < 0) {
         message[0] = '\0';
     }
     va_end(arguments);
