@@ -1,0 +1,140 @@
+#include "JsonPath.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "Support.h"
+
+namespace {
+
+std::vector<std::string> tokensOf(char const* path) {
+    std::vector<std::string> tokens;
+    for (PathCursor at(path);; at.advance()) {
+        EXPECT_EQ(at.index(), static_cast<int>(tokens.size()));
+        tokens.emplace_back(at.token().text());
+        if (at.isLast()) {
+            return tokens;
+        }
+    }
+}
+
+TEST(JsonPath, SplitsAtEveryDotButATrailingOne) {
+    struct {
+        char const* path;
+        std::vector<std::string> tokens;
+    } const rows[] = {
+        {"a", {"a"}},
+        {"a.b.c", {"a", "b", "c"}},
+        {"a..b", {"a", "", "b"}},
+        {".a", {"", "a"}},
+        {"a.", {"a"}},
+        {"a..", {"a", ""}},
+        {".", {""}},
+        {"..", {"", ""}},
+        {"list.[0].x", {"list", "[0]", "x"}},
+        {"list[0]", {"list[0]"}},
+    };
+    for (auto const& row : rows) {
+        EXPECT_EQ(tokensOf(row.path), row.tokens) << row.path;
+    }
+}
+
+TEST(JsonPath, TellsIndexTokens) {
+    struct {
+        char const* token;
+        bool isIndex;
+        char const* number;  // null: too short to hold one
+    } const rows[] = {
+        {"[12]", true, "12"}, {"[12", true, "1"}, {"[1]x", true, "1]"}, {"[]", true, nullptr},
+        {"[", true, nullptr}, {"", false, ""},    {"a[1]", false, ""},
+    };
+    for (auto const& row : rows) {
+        PathToken const token{row.token};
+        EXPECT_EQ(token.isIndex(), row.isIndex) << row.token;
+        if (row.isIndex) {
+            EXPECT_EQ(token.hasIndexNumber(), row.number != nullptr) << row.token;
+        }
+        if (row.isIndex && row.number != nullptr) {
+            EXPECT_EQ(token.indexNumberText(), row.number) << row.token;
+        }
+    }
+}
+
+struct Number {
+    unsigned int value;
+    bool complaint;
+    bool operator==(Number const& other) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, Number const& number) {
+    return out << number.value << (number.complaint ? " with the message" : "");
+}
+
+Number extracted(std::string const& text) {
+    std::istringstream stream(text);
+    unsigned int value = 0;
+    stream >> value >> std::ws;
+    return {value, !stream.eof()};
+}
+
+std::vector<Number> converted(std::vector<std::string> const& texts) {
+    std::vector<Number> numbers;
+    for (std::string const& text : texts) {
+        Number number = {0, false};
+        std::string const said = printed([&] { number.value = BE_StrTo(text); });
+        EXPECT_TRUE(said.empty() || said == "EXCEPTION: BE_StrTo: something unexpected happened");
+        number.complaint = !said.empty();
+        numbers.push_back(number);
+    }
+    return numbers;
+}
+
+std::vector<std::string> allTexts(std::string const& alphabet, size_t maxLength) {
+    std::vector<std::string> texts = {""};
+    for (size_t i = 0; i < texts.size(); ++i) {
+        if (texts[i].size() < maxLength) {
+            for (char c : alphabet) {
+                texts.push_back(texts[i] + c);
+            }
+        }
+    }
+    return texts;
+}
+
+TEST(JsonPath, IndexNumbersAgreeWithStreamExtraction) {
+    std::vector<std::string> texts = {
+        "4294967295",
+        "4294967296",
+        "4294967296 ",
+        "99999999999",
+        "99999999999 ",
+        "99999999999x",
+        "-4294967295",
+        "-4294967296",
+        "-99999999999",
+        "00000000000000000007",
+        "0x10",
+        "\t\n\v\f\r 5",
+        "5\t\n\v\f\r ",
+        "1 2",
+        "12345678901234567890123",
+        std::string(100000, '0') + "7",
+        std::string(100000, '9'),
+        "5\xA0",
+        "\xA0"
+        "5",
+    };
+    std::vector<std::string> const shortOnes = allTexts(" +-09x", 4);
+    texts.insert(texts.end(), shortOnes.begin(), shortOnes.end());
+    std::vector<Number> const numbers = converted(texts);
+    for (size_t i = 0; i < texts.size(); ++i) {
+        bool const blank = texts[i].find_first_not_of(' ') == std::string::npos;
+        Number const expected = blank ? Number{0, true} : extracted(texts[i]);
+        EXPECT_EQ(numbers[i], expected) << "'" << texts[i].substr(0, 40) << "'";
+    }
+}
+
+}  // namespace

@@ -1,0 +1,208 @@
+#include "Support.h"
+
+#include <ctype.h>
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "BEConfig.h"
+#include "BELoginRecord.h"
+#include "LocalDbCtrl.h"
+#include "Logger.h"
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
+namespace fs = std::filesystem;
+
+TempDir::TempDir() : before_(fs::current_path()) {
+    char name[] = "/tmp/vobiutils-test-XXXXXX";
+    path_ = mkdtemp(name);
+    fs::current_path(path_);
+}
+
+TempDir::~TempDir() {
+    fs::current_path(before_);
+    fs::remove_all(path_);
+}
+
+void TempDir::write(std::string const& name, std::string const& text) const {
+    fs::path const file = fs::path(path_) / name;
+    fs::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << text;
+}
+
+std::string TempDir::read(std::string const& name) {
+    std::ifstream file(name, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+bool TempDir::exists(std::string const& name) { return fs::exists(name); }
+
+namespace {
+
+// Sends what `stream` writes to a file until the scope ends.
+class Redirection {
+  public:
+    explicit Redirection(FILE* stream) : stream_(stream), file_(tmpfile()) {
+        fflush(stream_);
+        saved_ = dup(fileno(stream_));
+        dup2(fileno(file_), fileno(stream_));
+    }
+    ~Redirection() {
+        restore();
+        fclose(file_);
+    }
+
+    std::string text() {
+        restore();
+        std::string result;
+        rewind(file_);
+        for (int c = fgetc(file_); c != EOF; c = fgetc(file_)) {
+            result += static_cast<char>(c);
+        }
+        return result;
+    }
+
+  private:
+    void restore() {
+        if (saved_ >= 0) {
+            fflush(stream_);
+            dup2(saved_, fileno(stream_));
+            close(saved_);
+            saved_ = -1;
+        }
+    }
+
+    FILE* stream_;
+    FILE* file_;
+    int saved_;
+};
+
+std::string printedOn(FILE* stream, std::function<void()> const& action) {
+    Redirection redirection(stream);
+    action();
+    return redirection.text();
+}
+
+void replaceAll(std::string& text, std::string const& from, std::string const& to) {
+    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at)) {
+        text.replace(at, from.size(), to);
+        at += to.size();
+    }
+}
+
+void replacePointers(std::string& text) {
+    replaceAll(text, "(nil)", "NIL");
+    for (size_t at = text.find("0x"); at != std::string::npos; at = text.find("0x", at + 1)) {
+        size_t end = at + 2;
+        while (end < text.size() && isxdigit(static_cast<unsigned char>(text[end]))) {
+            ++end;
+        }
+        if (end - at > 5) {
+            text.replace(at, end - at, "PTR");
+        }
+    }
+}
+
+}  // namespace
+
+std::string printed(std::function<void()> const& action) { return printedOn(stdout, action); }
+
+std::string printedOnError(std::function<void()> const& action) {
+    return printedOn(stderr, action);
+}
+
+std::string transcript(std::function<void()> const& action) {
+    std::string text = printed(action);
+    replaceAll(text, "UTIL          |", "");
+    replaceAll(text, " INFO:", "INFO:");
+    replaceAll(text, " WARN:", "WARN:");
+    replacePointers(text);
+    return text;
+}
+
+std::string linesOf(std::string const& transcript, std::string const& levels) {
+    std::istringstream all(transcript);
+    std::string result;
+    for (std::string line; std::getline(all, line);) {
+        if (levels.find(line.substr(0, line.find(':'))) != std::string::npos) {
+            result += line + "\n";
+        }
+    }
+    return result;
+}
+
+ChildResult inChild(std::function<void()> const& action) {
+    ChildResult result = {-1, ""};
+    result.output = printed([&] {
+        pid_t const child = fork();
+        if (child == 0) {
+            action();
+            fflush(stdout);
+            _exit(0);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    });
+    return result;
+}
+
+json_object* json(char const* text) { return json_tokener_parse(text); }
+
+std::string text(json_object* value) {
+    std::string result = json_object_to_json_string_ext(value, JSON_C_TO_STRING_PLAIN);
+    std::replace(result.begin(), result.end(), '"', '\'');
+    return result;
+}
+
+#ifdef __SANITIZE_ADDRESS__
+IntendedLeaks::IntendedLeaks() { __lsan_disable(); }
+IntendedLeaks::~IntendedLeaks() { __lsan_enable(); }
+#else
+IntendedLeaks::IntendedLeaks() {}
+IntendedLeaks::~IntendedLeaks() {}
+#endif
+
+struct LibraryTest::Settings {
+    std::string logFile = BEConfig::LOG_FILE;
+    std::string dataLocation = BEConfig::DATA_LOCATION;
+    int levels[4] = {BEConfig::LOG_INFO_ENABLE, BEConfig::LOG_WARNING_ENABLE,
+                     BEConfig::LOG_DEBUG_ENABLE, BEConfig::LOG_ERROR_ENABLE};
+    int logToFile = BEConfig::LOG_TO_FILE;
+    int logMask = BEConfig::LOG_MASK;
+    int enableFileLog = Logger::enableFileLog;
+    unsigned int mask = Logger::mask;
+};
+
+LibraryTest::LibraryTest() : before_(new Settings) {
+    Logger::mask = ~0U;
+    Logger::enableFileLog = 0;
+    BELoginRecord::isRunning = false;
+}
+
+LibraryTest::~LibraryTest() {
+    BEConfig::LOG_FILE = before_->logFile;
+    BEConfig::DATA_LOCATION = before_->dataLocation;
+    BEConfig::LOG_INFO_ENABLE = before_->levels[0];
+    BEConfig::LOG_WARNING_ENABLE = before_->levels[1];
+    BEConfig::LOG_DEBUG_ENABLE = before_->levels[2];
+    BEConfig::LOG_ERROR_ENABLE = before_->levels[3];
+    BEConfig::LOG_TO_FILE = before_->logToFile;
+    BEConfig::LOG_MASK = before_->logMask;
+    Logger::enableFileLog = before_->enableFileLog;
+    Logger::mask = before_->mask;
+    delete before_;
+    IntendedLeaks const dropped;
+    LocalDbCtrl::controllers.clear();
+}

@@ -1,0 +1,73 @@
+// Test support: a scratch folder, what the library prints, JSON in single quotes, and the settings
+// put back after each test.
+#ifndef VOBIUTILS_TESTS_SUPPORT_H
+#define VOBIUTILS_TESTS_SUPPORT_H
+
+#include <gtest/gtest.h>
+#include <json-c/json.h>
+
+#include <functional>
+#include <string>
+
+// A folder of its own that is the working directory until the scope ends, and is then removed.
+class TempDir {
+  public:
+    TempDir();
+    ~TempDir();
+    TempDir(TempDir const&) = delete;
+    TempDir& operator=(TempDir const&) = delete;
+
+    // Names are relative to the folder; write makes the folders on the way.
+    void write(std::string const& name, std::string const& text) const;
+    static std::string read(std::string const& name);
+    static bool exists(std::string const& name);
+
+  private:
+    std::string path_;
+    std::string before_;
+};
+
+// What `action` prints on standard output, or on standard error.
+std::string printed(std::function<void()> const& action);
+std::string printedOnError(std::function<void()> const& action);
+
+// The log lines that `action` writes, without the group column: "DEBUG: ...". Every pointer reads
+// PTR, a null one NIL.
+std::string transcript(std::function<void()> const& action);
+
+// The lines of a transcript that begin with one of the levels, such as "ERROR WARN".
+std::string linesOf(std::string const& transcript, std::string const& levels);
+
+// Runs `action` in a process of its own: what it prints, and its exit status.
+struct ChildResult {
+    int status;
+    std::string output;
+};
+ChildResult inChild(std::function<void()> const& action);
+
+// JSON written with single quotes; the caller holds the reference.
+json_object* json(char const* text);
+// The text of a value, without blanks and with single quotes.
+std::string text(json_object* value);
+
+// For as long as it lives, what is allocated is meant to leak.
+class IntendedLeaks {
+  public:
+    IntendedLeaks();
+    ~IntendedLeaks();
+};
+
+// A test in a scratch folder with every log line on, printed on standard output only.
+class LibraryTest : public testing::Test {
+  protected:
+    LibraryTest();
+    ~LibraryTest() override;
+
+    TempDir dir;
+
+  private:
+    struct Settings;
+    Settings* const before_;
+};
+
+#endif
