@@ -139,6 +139,7 @@ TEST_F(BEConfigTest, AFileThatCannotBeReadLeavesTheDefaultsAndIsTheOneCall) {
         EXPECT_EQ(load(dir, content), DEFAULTS) << content;
     }
     EXPECT_FALSE(TempDir::exists(".loginrecord.cfg"));
+    // With a blank, without which a number or a word might still go on.
     for (char const* content : {"[{}]", "7 ", "'{}'", "false "}) {
         EXPECT_EQ(load(dir, content), "Configuration file be.cfg has wrong format, exit...\n");
     }
