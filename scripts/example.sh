@@ -2,7 +2,7 @@
 # Builds the library and runs the example on a copy of the sample gateway.
 set -eu
 cd "$(dirname "$0")/.."
-scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev diffutils
+scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev diffutils
 
 build=build/example
 cmake -S . -B "$build" -DVOBIUTILS_BUILD_TESTS=OFF >/dev/null

@@ -1,0 +1,184 @@
+#include "Equality.h"
+
+#include <stdint.h>
+#include <string.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "Number.h"
+
+namespace {
+
+bool isNumber(json_type type) { return type == json_type_int || type == json_type_double; }
+
+size_t lengthOf(json_object* text) { return static_cast<size_t>(json_object_get_string_len(text)); }
+
+bool equalTexts(json_object* a, json_object* b, Budget& budget) {
+    size_t const length = lengthOf(a);
+    return length == lengthOf(b) && budget.spend(length / 16) &&
+           memcmp(json_object_get_string(a), json_object_get_string(b), length) == 0;
+}
+
+bool equalArrays(json_object* a, json_object* b, Budget& budget) {
+    size_t const length = json_object_array_length(a);
+    if (length != json_object_array_length(b)) {
+        return false;
+    }
+    for (size_t i = 0; i < length; ++i) {
+        if (!areEqual(json_object_array_get_idx(a, i), json_object_array_get_idx(b, i), budget)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool equalObjects(json_object* a, json_object* b, Budget& budget) {
+    if (json_object_object_length(a) != json_object_object_length(b)) {
+        return false;
+    }
+    lh_entry* entry = nullptr;
+    lh_foreach(json_object_get_object(a), entry) {
+        char const* const name = static_cast<char const*>(lh_entry_k(entry));
+        json_object* other = nullptr;
+        if (!budget.spend(strlen(name) / 16) || !json_object_object_get_ex(b, name, &other) ||
+            !areEqual(static_cast<json_object*>(lh_entry_v(entry)), other, budget)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+uint64_t mix(uint64_t hash, uint64_t value) {
+    hash = (hash ^ value) * 0x9E3779B97F4A7C15U;
+    return hash ^ (hash >> 29);
+}
+
+uint64_t hashOfBytes(char const* bytes, size_t length) {
+    uint64_t hash = length;
+    for (size_t i = 0; i < length; ++i) {
+        hash = mix(hash, static_cast<unsigned char>(bytes[i]));
+    }
+    return hash;
+}
+
+uint64_t hashOfNumber(json_object* number) {
+    double real = Number(number).approximate();  // the same for 1 and 1.0
+    if (real == 0.0) {
+        real = 0.0;  // and for -0.0
+    }
+    uint64_t bits = 0;
+    static_assert(sizeof bits == sizeof real);
+    memcpy(&bits, &real, sizeof bits);
+    return mix(1, bits);
+}
+
+uint64_t hashOf(json_object* value, Budget& budget);
+
+uint64_t hashOfMembers(json_object* object, Budget& budget) {
+    uint64_t hash = 2;
+    lh_entry* entry = nullptr;
+    lh_foreach(json_object_get_object(object), entry) {
+        char const* const name = static_cast<char const*>(lh_entry_k(entry));
+        budget.spend(strlen(name) / 16);
+        hash += mix(hashOfBytes(name, strlen(name)),
+                    hashOf(static_cast<json_object*>(lh_entry_v(entry)), budget));
+    }
+    return hash;
+}
+
+uint64_t hashOfElements(json_object* array, Budget& budget) {
+    uint64_t hash = 3;
+    size_t const length = json_object_array_length(array);
+    for (size_t i = 0; i < length; ++i) {
+        hash = mix(hash, hashOf(json_object_array_get_idx(array, i), budget));
+    }
+    return hash;
+}
+
+uint64_t hashOf(json_object* value, Budget& budget) {
+    Budget::Level const level(budget);
+    if (!budget.spend(1)) {
+        return 0;
+    }
+    switch (json_object_get_type(value)) {
+        case json_type_null: return 4;
+        case json_type_boolean: return json_object_get_boolean(value) ? 5 : 6;
+        case json_type_int:
+        case json_type_double: return hashOfNumber(value);
+        case json_type_string:
+            budget.spend(lengthOf(value) / 16);
+            return hashOfBytes(json_object_get_string(value), lengthOf(value));
+        case json_type_array: return hashOfElements(value, budget);
+        case json_type_object: return hashOfMembers(value, budget);
+    }
+    return 0;
+}
+
+struct Hashed {
+    uint64_t hash;
+    json_object* value;
+};
+
+// Elements [first, last) have one hash; in honest data they are equal.
+bool differ(Hashed const* first, Hashed const* last, Budget& budget) {
+    for (Hashed const* a = first; a != last; ++a) {
+        for (Hashed const* b = a + 1; b != last; ++b) {
+            if (areEqual(a->value, b->value, budget) || budget.isUndecided()) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+bool areEqual(json_object* a, json_object* b, Budget& budget) {
+    Budget::Level const level(budget);
+    if (!budget.spend(1)) {
+        return false;
+    }
+    json_type const type = json_object_get_type(a);
+    json_type const otherType = json_object_get_type(b);
+    if (isNumber(type) && isNumber(otherType)) {
+        return Number(a).compare(Number(b)) == Number::EQUAL;
+    }
+    if (type != otherType) {
+        return false;
+    }
+    switch (type) {
+        case json_type_boolean: return json_object_get_boolean(a) == json_object_get_boolean(b);
+        case json_type_string: return equalTexts(a, b, budget);
+        case json_type_array: return equalArrays(a, b, budget);
+        case json_type_object: return equalObjects(a, b, budget);
+        default: return true;  // null
+    }
+}
+
+bool areUnique(json_object* array, Budget& budget) {
+    size_t const length = json_object_array_length(array);
+    if (!budget.spend(4 * length)) {
+        return false;
+    }
+    std::vector<Hashed> elements;
+    elements.reserve(length);
+    for (size_t i = 0; i < length; ++i) {
+        json_object* const element = json_object_array_get_idx(array, i);
+        elements.push_back({hashOf(element, budget), element});
+    }
+    std::sort(elements.begin(), elements.end(),
+              [](Hashed const& a, Hashed const& b) { return a.hash < b.hash; });
+    Hashed const* const end = elements.data() + length;
+    for (Hashed const* first = elements.data(); first != end && !budget.isUndecided();) {
+        Hashed const* last = first;
+        while (last != end && last->hash == first->hash) {
+            ++last;
+        }
+        if (!differ(first, last, budget)) {
+            return false;
+        }
+        first = last;
+    }
+    return true;
+}

@@ -1,0 +1,12 @@
+// The formats of texts.
+#ifndef JSONSCHEMA_FORMATS_H
+#define JSONSCHEMA_FORMATS_H
+
+#include <string_view>
+
+#include "Budget.h"
+
+// Whether the text has the format; every text has an unknown one.
+bool hasFormat(std::string_view text, std::string_view format, Budget& budget);
+
+#endif

@@ -1,0 +1,45 @@
+// JSON numbers, compared and divided exactly: integers of 64 bits as integers, doubles as the shortest
+// decimal that reads back as the same double (0.1 is one tenth).
+#ifndef JSONSCHEMA_NUMBER_H
+#define JSONSCHEMA_NUMBER_H
+
+#include <json-c/json.h>
+#include <stdint.h>
+
+#include "Budget.h"
+
+class Number {
+  public:
+    explicit Number(json_object* value);  // of type int or double
+
+    enum Order { LESS, EQUAL, GREATER, UNORDERED };
+    Order compare(Number const& other) const;
+
+    bool isFinite() const;
+    bool isWhole() const;  // has no fraction
+    bool isPositive() const;
+    bool isMultipleOf(Number const& divisor, Budget& budget) const;  // a positive, finite one
+
+    double approximate() const;
+
+    // Counts are whole and not negative. One that does not fit a size is the largest one.
+    bool isCount() const;
+    size_t toSize() const;
+
+  private:
+    // mantissa * 10 ^ exponent
+    struct Decimal {
+        uint64_t mantissa;
+        int exponent;
+    };
+    Decimal absolute() const;
+    Order compareIntegers(bool negative, uint64_t magnitude) const;
+    Order compareWithReal(double real) const;
+
+    bool isInteger_;
+    bool negative_ = false;
+    uint64_t magnitude_ = 0;
+    double real_ = 0.0;
+};
+
+#endif

@@ -1,0 +1,103 @@
+#include "Uri.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+#include <algorithm>
+
+namespace {
+
+// Where the host begins, in "http://host/path"; 0 in a URI without one.
+size_t afterHostMark(std::string_view uri) {
+    size_t const mark = uri.find("://");
+    return mark != uri.npos ? mark + 3 : 0;
+}
+
+int hexDigit(char c) {
+    char const digits[] = "0123456789abcdef";
+    char const* const at = c != '\0' ? strchr(digits, c | 0x20) : nullptr;
+    return at != nullptr ? static_cast<int>(at - digits) : -1;
+}
+
+std::string withoutPercents(std::string_view text) {
+    std::string plain;
+    for (size_t i = 0; i < text.size(); ++i) {
+        bool const isEscape = text[i] == '%' && i + 2 < text.size() && hexDigit(text[i + 1]) >= 0 &&
+                              hexDigit(text[i + 2]) >= 0;
+        plain += isEscape ? static_cast<char>(hexDigit(text[i + 1]) * 16 + hexDigit(text[i + 2]))
+                          : text[i];
+        i += isEscape ? 2 : 0;
+    }
+    return plain;
+}
+
+// "~1" is a slash and "~0" a tilde, in a text from which the percents are gone.
+std::string decodedToken(std::string_view token) {
+    std::string const escaped = withoutPercents(token);
+    std::string plain;
+    for (size_t i = 0; i < escaped.size(); ++i) {
+        char const next = i + 1 < escaped.size() ? escaped[i + 1] : '\0';
+        bool const isEscape = escaped[i] == '~' && (next == '0' || next == '1');
+        plain += !isEscape ? escaped[i] : next == '0' ? '~' : '/';
+        i += isEscape ? 1 : 0;
+    }
+    return plain;
+}
+
+json_object* elementAt(json_object* array, std::string const& token) {
+    bool const isIndex = !token.empty() && token.size() < 10 &&
+                         token.find_first_not_of("0123456789") == token.npos &&
+                         (token == "0" || token[0] != '0');
+    // past the end json-c gives null
+    return isIndex ? json_object_array_get_idx(array, strtoul(token.c_str(), nullptr, 10))
+                   : nullptr;
+}
+
+json_object* childAt(json_object* container, std::string const& token) {
+    json_object* child = nullptr;
+    switch (json_object_get_type(container)) {
+        case json_type_array: return elementAt(container, token);
+        case json_type_object:
+            if (token.find('\0') == token.npos) {  // no member is named so
+                json_object_object_get_ex(container, token.c_str(), &child);
+            }
+            return child;
+        default: return nullptr;
+    }
+}
+
+}  // namespace
+
+std::string resolveUri(std::string_view base, std::string_view reference) {
+    std::string_view kept = UriParts(base).document;
+    size_t const scheme = reference.find(':');
+    if (scheme != reference.npos && scheme < reference.find_first_of("/?#")) {
+        kept = {};
+    } else if (!reference.empty() && reference[0] == '/') {
+        kept = kept.substr(0, kept.find('/', afterHostMark(kept)));
+    } else if (!reference.empty() && reference[0] != '#') {
+        kept = kept.substr(0, std::max(kept.rfind('/') + 1, afterHostMark(kept)));
+    }
+    std::string uri(kept);
+    return uri += reference;
+}
+
+UriParts::UriParts(std::string_view uri) : document(uri.substr(0, uri.find('#'))) {
+    if (document.size() < uri.size()) {
+        fragment = uri.substr(document.size() + 1);
+    }
+}
+
+json_object* followPointer(json_object* document, std::string_view fragment) {
+    json_object* value = document;
+    while (!fragment.empty() && value != nullptr) {
+        if (fragment[0] != '/') {
+            return nullptr;
+        }
+        size_t const end = fragment.find('/', 1);
+        std::string_view const token = fragment.substr(1, end == fragment.npos ? end : end - 1);
+        value = childAt(value, decodedToken(token));
+        fragment.remove_prefix(token.size() + 1);
+    }
+    return value;
+}
