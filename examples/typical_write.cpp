@@ -115,10 +115,16 @@ void workInSession() {
     LocalDbCtrl::removeDB(key);
 }
 
-void readMessage() {
-    heading("A message file");
-    TreeMapObject request(API_GATEWAY, 0);
+void validateMessage() {
+    heading("A message and its schema");
+    unsigned int const login = 0;
+    TreeMapObject request(API_GATEWAY, login);
     std::printf("%s\n", JsonData::getJson(&request));
+    std::printf("%s: result %d\n", COMM_LABEL(API_GATEWAY, login),
+                LocalDbCtrl::validateObject(&request, API_GATEWAY, login));
+    request.set("password", 5);
+    std::printf("with a number for a password: result %d\n",
+                LocalDbCtrl::validateObject(&request, API_GATEWAY, login));
 }
 
 void lockOut() {
@@ -143,7 +149,7 @@ int main() {
     readValues();
     changeForwarding();
     workInSession();
-    readMessage();
+    validateMessage();
     lockOut();
     return 0;
 }

@@ -3,7 +3,8 @@
 # builds of CMakePresets.json.
 set -eu
 cd "$(dirname "$0")/.."
-scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libgtest-dev binutils
+scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \
+    binutils json-schema-test-suite
 
 run() {
     echo "== $1"

@@ -1,0 +1,20 @@
+#!/bin/sh
+# Fuzzes one target for a while: scripts/fuzz.sh TARGET SECONDS. The targets are the folders of
+# tests/fuzz/corpus. What is found is left in the build folder, and makes the command fail.
+set -eu
+target=$1
+seconds=$2
+cd "$(dirname "$0")/.."
+scripts/install-packages.sh clang libclang-rt-14-dev make cmake pkg-config libjson-c-dev \
+    libpcre2-dev libgtest-dev
+
+build=build/fuzz
+cmake -S . -B "$build" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DVOBIUTILS_FUZZ=ON -DVOBIUTILS_BUILD_EXAMPLES=OFF >/dev/null
+cmake --build "$build" --parallel "$(nproc)" --target "fuzz_$target" >/dev/null
+
+mkdir -p "$build/corpus/$target"
+cd "$build"
+ASAN_OPTIONS=allow_user_segv_handler=0 "tests/fuzz/fuzz_$target" -max_total_time="$seconds" \
+    -timeout=5 -max_len=4096 -print_final_stats=1 -artifact_prefix="found-$target-" \
+    "corpus/$target" "../../tests/fuzz/corpus/$target"

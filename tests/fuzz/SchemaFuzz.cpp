@@ -1,0 +1,49 @@
+// Fuzz target: a schema on the first line, an instance behind it. Validation must end within its limits,
+// leave both as they were, and answer the same twice; a schema and its negation never both hold.
+#include <jsonschema.h>
+#include <stddef.h>
+#include <stdint.h>
+#include <stdlib.h>
+
+#include <string>
+
+#include "JsonRef.h"
+
+namespace {
+
+void require(bool condition) {
+    if (!condition) {
+        abort();
+    }
+}
+
+std::string text(json_object* value) { return json_object_to_json_string(value); }
+
+json_object* negation(json_object* schema) {
+    json_object* const outer = json_object_new_object();
+    json_object_object_add(outer, "not", json_object_get(schema));
+    return outer;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size);
+
+int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
+    std::string const input(reinterpret_cast<char const*>(data), size);
+    size_t const line = input.find('\n');
+    if (line == input.npos) {
+        return 0;
+    }
+    JsonRef const schema(json_tokener_parse(input.substr(0, line).c_str()));
+    JsonRef const instance(json_tokener_parse(input.substr(line + 1).c_str()));
+    std::string const before = text(schema.get()) + text(instance.get());
+    int const valid = json_validate_instance(instance.get(), schema.get());
+    require(json_validate_instance(instance.get(), schema.get()) == valid);
+    require(text(schema.get()) + text(instance.get()) == before);
+    if (before.find('$') == before.npos) {  // no "$ref", no "$schema"
+        JsonRef const negated(negation(schema.get()));
+        require(valid == 0 || json_validate_instance(instance.get(), negated.get()) == 0);
+    }
+    return 0;
+}
