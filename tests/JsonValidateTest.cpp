@@ -6,101 +6,14 @@
 
 namespace {
 
-class JsonValidateTest : public LibraryTest {
-  protected:
-    JsonValidateTest() {
-        dir.write("schema", "{\"type\": \"object\", \"required\": [\"a\"]}");
-        dir.write("not-json", "{");
-        dir.write("good", "{\"a\": 1}");
-        dir.write("bad", "{\"b\": 1}");
-        failed.error = 1;
-    }
+class JsonValidateTest : public LibraryTest {};
 
-    TreeMapObject good{"{'a': 1}"};
-    TreeMapObject bad{"{'b': 1}"};
-    TreeMapObject none;
-    TreeMapObject failed{"{'a': 1}"};
-};
-
-TEST_F(JsonValidateTest, ValidatesHandlesAgainstText) {
-    IntendedLeaks const schemaOfAFailure;
-    char const* const schema = "{'required': ['a']}";
-    struct {
-        TreeMapObject* object;
-        char const* schema;
-        int result;
-        char const* lines;
-    } const rows[] = {
-        {&good, schema, 0, ""},
-        {&bad, schema, 2, "ERROR: validateObject: failed to validate jobj\n"},
-        {&bad, "{", 0, "WARN: Invalid schema!\n"},
-        {&bad, "", 0, "WARN: Invalid schema!\n"},
-        {&bad, "null", 0, "WARN: Invalid schema!\n"},
-        {&bad, nullptr, 0, "WARN: Invalid schema!\n"},
-        {&good, "5", 2, "ERROR: validateObject: failed to validate jobj\n"},
-        {nullptr, "{", 2, "ERROR: validateObject: bad pobj param obj=NIL\n"},
-        {&none, "{", 2, "ERROR: validateObject: bad pobj param obj=PTR\n"},
-        {&failed, schema, 2, "ERROR: validateObject: bad pobj param error=1 jobj=PTR\n"},
-    };
-    for (auto const& row : rows) {
-        EXPECT_EQ(transcript([&] {
-                      EXPECT_EQ(JsonData::validateObject(row.object, row.schema), row.result);
-                  }),
-                  row.lines);
-    }
-}
-
-TEST_F(JsonValidateTest, ValidatesFiles) {
-    struct {
-        char const* data;
-        char const* schema;
-        int result;
-        char const* lines;
-    } const rows[] = {
-        {"good", "schema", 0, ""},
-        {"bad", "schema", 2, ""},
-        {"not-json", "schema", 2, ""},
-        {"good", "not-json", 2, ""},
-        {"none", "schema", 2, "ERROR: validateFile: file is not exist\nnone\n"},
-        {nullptr, "schema", 2, "ERROR: validateFile: file is not exist\n(null)\n"},
-        {"none", "no-schema", 0,
-         "WARN: validateFile: file is not exist\nno-schema. No validation is required\n"},
-        {"good", nullptr, 0,
-         "WARN: validateFile: file is not exist\n(null). No validation is required\n"},
-    };
-    for (auto const& row : rows) {
-        EXPECT_EQ(transcript(
-                      [&] { EXPECT_EQ(JsonData::validateFile(row.data, row.schema), row.result); }),
-                  row.lines);
-    }
-}
-
-TEST_F(JsonValidateTest, ValidatesHandlesAgainstFiles) {
-    dir.write("null-schema", "{\"type\": \"null\"}");
-    struct {
-        TreeMapObject* object;
-        char const* schema;
-        int result;
-        std::string lines;
-    } const rows[] = {
-        {&good, "schema", 0, ""},
-        {&bad, "schema", 2, ""},
-        {&failed, "schema", 0, ""},
-        {&none, "schema", 2, ""},
-        {&none, "null-schema", 0, ""},
-        {nullptr, "schema", 2, ""},
-        {&good, "not-json", 2, "ERROR: validateFile: failed to parse schema file not-json\n"},
-        {nullptr, "no-schema", 0,
-         "WARN: validateFile: file is not exist: no-schema. The validation is passed with "
-         "notice\n"},
-    };
-    for (auto const& row : rows) {
-        std::string const first = "DEBUG: validateFile: validate file " + std::string(row.schema);
-        EXPECT_EQ(transcript([&] {
-                      EXPECT_EQ(JsonData::validateFile(row.object, row.schema), row.result);
-                  }),
-                  first + "\n" + row.lines);
-    }
+TEST_F(JsonValidateTest, RefusesHandlesWithAnError) {
+    TreeMapObject failed("{'a': 1}");
+    failed.error = 1;
+    EXPECT_EQ(transcript([&] { EXPECT_EQ(JsonData::validateObject(&failed, "{}"), 2); }),
+              "ERROR: validateObject: bad pobj param error=1 jobj=PTR\n");
+    printed([&] { EXPECT_EQ(JsonData::getJson(&failed), nullptr); });
 }
 
 // The messages of the sample gateway against its schema files.

@@ -31,32 +31,6 @@ class LocalDbRegistryTest : public LibraryTest {
     }
 };
 
-TEST_F(LocalDbRegistryTest, FallsBackToTheDefaultController) {
-    LOCALDB_HANDLER* const controller = LocalDbCtrl::controllers.at("default");
-    struct {
-        char const* key;
-        char const* lines;
-    } const rows[] = {
-        {"default", ""},
-        {nullptr, "ERROR: getDBByKey: sessionKey is NULL, return the default controller\n"},
-        {"x", "ERROR: getDBByKey: Cannot found key x, return the default controller\n"},
-    };
-    for (auto const& row : rows) {
-        EXPECT_EQ(transcript([&] { EXPECT_EQ(LocalDbCtrl::getDBByKey(row.key), controller); }),
-                  row.lines);
-    }
-    for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
-        EXPECT_EQ(controller->state[type], DB_STATE_UNINITIALIZED);
-        EXPECT_EQ(controller->dbObject[type], nullptr);
-    }
-    EXPECT_EQ(transcript([] { LocalDbCtrl::removeDB("default"); }),
-              "DEBUG: Local DB handler destructor\n");
-    EXPECT_TRUE(LocalDbCtrl::controllers.empty());
-    printed([] { EXPECT_EQ(LocalDbCtrl::getDBByKey("x"), nullptr); });
-    EXPECT_EQ(LocalDbCtrl::controllers.at("default"), nullptr);
-    EXPECT_EQ(transcript([] { EXPECT_EQ(LocalDbCtrl::removeDB("default"), 1); }), "");
-}
-
 TEST_F(LocalDbRegistryTest, StartsAnewWithASecondInit) {
     LOCALDB_HANDLER* const before = LocalDbCtrl::controllers.at("default");
     printed([] { LocalDbCtrl::lockDbObject(0, "", "default"); });
@@ -68,40 +42,6 @@ TEST_F(LocalDbRegistryTest, StartsAnewWithASecondInit) {
     pthread_mutex_unlock(&before->lock[0]);
     before->state[0] = DB_STATE_ACCESSIBLE;
     printed([&] { delete before; });
-}
-
-TEST_F(LocalDbRegistryTest, ClonesFromTheFiles) {
-    std::string expected = "DEBUG: Local DB handler constructor\n";
-    for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
-        expected += type == API_SECURITY
-                        ? "WARN: cloneNewDB: Cannot load database from "
-                          "./data/security/security.ldb\n"
-                        : "DEBUG: cloneNewDB: Initialized local database for api type " +
-                              std::to_string(type) + "\n";
-    }
-    expected += "DEBUG: cloneNewDB: new handler created for session s1\n";
-    EXPECT_EQ(transcript([] { EXPECT_EQ(LocalDbCtrl::cloneNewDB("s1"), 1); }), expected);
-    LOCALDB_HANDLER* const session = LocalDbCtrl::getDBByKey("s1");
-    for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
-        bool const loaded = type != API_SECURITY;
-        EXPECT_EQ(session->state[type], loaded ? DB_STATE_ACCESSIBLE : DB_STATE_UNINITIALIZED);
-        EXPECT_EQ(session->dbObject[type] != nullptr, loaded);
-    }
-    EXPECT_EQ(text(session->dbObject[8]->jobj), "{'type':8}");
-    EXPECT_EQ(session->dbObject[API_QOS]->jobj, nullptr);  // a bad file counts as loaded
-
-    struct {
-        char const* key;
-        char const* lines;
-    } const refused[] = {
-        {"s1", "DEBUG: cloneNewDB: session DB is already for key s1, something weird\n"},
-        {"default", "DEBUG: cloneNewDB: session DB is already for key default, something weird\n"},
-        {nullptr, "WARN: cloneNewDB: sessionKey is NULL, nothing to be created\n"},
-    };
-    for (auto const& row : refused) {
-        EXPECT_EQ(transcript([&] { EXPECT_EQ(LocalDbCtrl::cloneNewDB(row.key), 0); }), row.lines);
-    }
-    EXPECT_EQ(LocalDbCtrl::getDBByKey("s1"), session);
 }
 
 TEST_F(LocalDbRegistryTest, RemovesControllersEvenWhileOneTypeIsWritten) {
