@@ -62,17 +62,6 @@ uint64_t hashOfBytes(char const* bytes, size_t length) {
     return hash;
 }
 
-uint64_t hashOfNumber(json_object* number) {
-    double real = Number(number).approximate();  // the same for 1 and 1.0
-    if (real == 0.0) {
-        real = 0.0;  // and for -0.0
-    }
-    uint64_t bits = 0;
-    static_assert(sizeof bits == sizeof real);
-    memcpy(&bits, &real, sizeof bits);
-    return mix(1, bits);
-}
-
 uint64_t hashOf(json_object* value, Budget& budget);
 
 uint64_t hashOfMembers(json_object* object, Budget& budget) {
@@ -105,7 +94,7 @@ uint64_t hashOf(json_object* value, Budget& budget) {
         case json_type_null: return 4;
         case json_type_boolean: return json_object_get_boolean(value) ? 5 : 6;
         case json_type_int:
-        case json_type_double: return hashOfNumber(value);
+        case json_type_double: return mix(1, Number(value).hash());
         case json_type_string:
             budget.spend(lengthOf(value) / 16);
             return hashOfBytes(json_object_get_string(value), lengthOf(value));

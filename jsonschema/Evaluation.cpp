@@ -20,11 +20,10 @@ bool Evaluation::satisfiesKeywords(json_object* instance, json_object* schema) {
     lh_foreach(json_object_get_object(schema), entry) {
         Keyword const* const keyword =
             findKeyword(static_cast<char const*>(lh_entry_k(entry)), draft());
-        if (keyword == nullptr || keyword->holds == nullptr) {
-            continue;
-        }
         json_object* const operand = static_cast<json_object*>(lh_entry_v(entry));
-        if (!budget_.spend(1) || !keyword->holds({*this, operand, schema, instance})) {
+        bool const isSilent = keyword == nullptr || keyword->holds == nullptr;
+        if (!budget_.spend(1) ||
+            (!isSilent && !keyword->holds({*this, operand, schema, instance}))) {
             return false;
         }
     }

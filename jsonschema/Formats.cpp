@@ -72,32 +72,49 @@ bool takeDate(Fields& fields) {
            day <= daysIn(year, month);
 }
 
-bool takeOffset(Fields& fields) {
+// In minutes.
+bool takeOffset(Fields& fields, int& offset) {
     int hours = 0;
     int minutes = 0;
-    return fields.oneOf("zZ") ||
-           (fields.oneOf("+-") && fields.number(2, hours) && fields.oneOf(":") &&
-            fields.number(2, minutes) && hours <= 23 && minutes <= 59);
+    offset = 0;
+    if (fields.oneOf("zZ")) {
+        return true;
+    }
+    bool const ahead = fields.oneOf("+");
+    if ((!ahead && !fields.oneOf("-")) || !fields.number(2, hours) || !fields.oneOf(":") ||
+        !fields.number(2, minutes) || hours > 23 || minutes > 59) {
+        return false;
+    }
+    offset = (ahead ? 1 : -1) * (hours * 60 + minutes);
+    return true;
+}
+
+bool takeFraction(Fields& fields) {
+    int digit = 0;
+    if (!fields.oneOf(".")) {
+        return true;
+    }
+    if (!fields.number(1, digit)) {
+        return false;
+    }
+    while (fields.number(1, digit)) {
+    }
+    return true;
 }
 
 bool takeTime(Fields& fields) {
     int hour = 0;
     int minute = 0;
     int second = 0;
-    int digit = 0;
+    int offset = 0;
     if (!fields.number(2, hour) || !fields.oneOf(":") || !fields.number(2, minute) ||
-        !fields.oneOf(":") || !fields.number(2, second) || hour > 23 || minute > 59 ||
-        second > 60) {
+        !fields.oneOf(":") || !fields.number(2, second) || !takeFraction(fields) ||
+        !takeOffset(fields, offset) || hour > 23 || minute > 59) {
         return false;
     }
-    if (fields.oneOf(".")) {
-        if (!fields.number(1, digit)) {
-            return false;
-        }
-        while (fields.number(1, digit)) {
-        }
-    }
-    return takeOffset(fields);
+    int const day = 24 * 60;
+    bool const beforeMidnight = (hour * 60 + minute - offset + day) % day == day - 1;
+    return second < 60 || (second == 60 && beforeMidnight);  // a leap second
 }
 
 bool isDate(std::string_view text) {
@@ -162,12 +179,16 @@ bool isEmail(std::string_view text) {
            isHostname(text.substr(at + 1));
 }
 
+bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+
 bool isUriReference(std::string_view text) {
     for (size_t i = 0; i < text.size(); ++i) {
         char const c = text[i];
         bool const plain = isLetter(c) || isDigit(c) ||
-                           (c != '\0' && strchr("-._~:/?#[]@!$&'()*+,;=%", c) != nullptr);
-        if (!plain) {
+                           (c != '\0' && strchr("-._~:/?#[]@!$&'()*+,;=", c) != nullptr);
+        bool const escape =
+            c == '%' && i + 2 < text.size() && isHexDigit(text[i + 1]) && isHexDigit(text[i + 2]);
+        if (!plain && !escape) {
             return false;
         }
     }
@@ -175,9 +196,14 @@ bool isUriReference(std::string_view text) {
 }
 
 bool isUri(std::string_view text) {
-    size_t const colon = text.find(':');
-    return colon != text.npos && colon > 0 && isLetter(text[0]) &&
-           text.find_first_of("/?#[]@") > colon && isUriReference(text);
+    std::string_view const scheme = text.substr(0, text.find(':'));
+    for (char c : scheme) {
+        if (!isLetter(c) && !isDigit(c) && c != '+' && c != '-' && c != '.') {
+            return false;
+        }
+    }
+    return !scheme.empty() && scheme.size() < text.size() && isLetter(scheme[0]) &&
+           isUriReference(text);
 }
 
 bool isJsonPointer(std::string_view text) {

@@ -31,6 +31,9 @@ char const* nameOf(lh_entry* entry) { return static_cast<char const*>(lh_entry_k
 
 json_object* valueOf(lh_entry* entry) { return static_cast<json_object*>(lh_entry_v(entry)); }
 
+// False when there is no point in going on.
+bool isOpen(App app) { return !app.evaluation.budget().isUndecided(); }
+
 // Any value.
 
 bool isOfType(App app, std::string_view name) {
@@ -52,7 +55,7 @@ bool type(App app) {
     if (!is(app.operand, json_type_array)) {
         return isOfType(app, textOf(app.operand));
     }
-    for (size_t i = 0; i < elements(app.operand); ++i) {
+    for (size_t i = 0; i < elements(app.operand) && isOpen(app); ++i) {
         if (app.evaluation.budget().spend(1) && isOfType(app, textOf(element(app.operand, i)))) {
             return true;
         }
@@ -63,7 +66,7 @@ bool type(App app) {
 bool isConst(App app) { return areEqual(app.instance, app.operand, app.evaluation.budget()); }
 
 bool isEnum(App app) {
-    for (size_t i = 0; i < elements(app.operand); ++i) {
+    for (size_t i = 0; i < elements(app.operand) && isOpen(app); ++i) {
         if (areEqual(app.instance, element(app.operand, i), app.evaluation.budget())) {
             return true;
         }
@@ -71,10 +74,10 @@ bool isEnum(App app) {
     return false;
 }
 
-// How many schemas of an array hold, up to two.
+// How many schemas of an array hold, up to as many as are enough to know.
 int holdingSchemas(App app, int enough) {
     int count = 0;
-    for (size_t i = 0; i < elements(app.operand) && count < enough; ++i) {
+    for (size_t i = 0; i < elements(app.operand) && count < enough && isOpen(app); ++i) {
         count += app.evaluation.satisfies(app.instance, element(app.operand, i)) ? 1 : 0;
     }
     return count;
@@ -228,7 +231,7 @@ bool contains(App app) {
     if (!is(app.instance, json_type_array)) {
         return true;
     }
-    for (size_t i = 0; i < elements(app.instance); ++i) {
+    for (size_t i = 0; i < elements(app.instance) && isOpen(app); ++i) {
         if (app.evaluation.satisfies(element(app.instance, i), app.operand)) {
             return true;
         }
@@ -394,7 +397,7 @@ constexpr Keyword KEYWORDS[] = {
 
 constexpr unsigned int SLOTS = 128;
 
-// By the first characters, which tell nearly all keywords apart.
+// By the first characters, with weights under which few keywords meet: in four places two share a slot.
 constexpr unsigned int slotOf(char const* name) {
     unsigned int const weights[] = {10, 44, 57, 53};
     unsigned int slot = 0;

@@ -16,6 +16,7 @@ size_t const STEPS = 1000000;
 
 size_t const PATTERN_LENGTH = 4096;    // bytes
 size_t const PATTERN_NESTING = 32;     // groups inside groups
+size_t const PATTERN_LOOKBEHIND = 32;  // characters
 size_t const PATTERN_MEMORY = 4096;    // KiB that one match may take
 size_t const REFERENCE_LENGTH = 2048;  // bytes of a "$ref" or "$id"
 

@@ -2,6 +2,7 @@
 
 #include <math.h>
 #include <stdlib.h>
+#include <string.h>
 
 #include <charconv>
 
@@ -85,9 +86,16 @@ bool Number::isWhole() const { return isInteger_ || (isfinite(real_) && trunc(re
 
 bool Number::isPositive() const { return isInteger_ ? !negative_ && magnitude_ != 0 : real_ > 0.0; }
 
-double Number::approximate() const {
-    double const magnitude = static_cast<double>(magnitude_);
-    return !isInteger_ ? real_ : negative_ ? -magnitude : magnitude;
+uint64_t Number::hash() const {
+    bool const fitsInteger = isInteger_ || (isWhole() && fabs(real_) < TWO_TO_64);
+    if (!fitsInteger) {
+        uint64_t bits = 0;
+        static_assert(sizeof bits == sizeof real_);
+        memcpy(&bits, &real_, sizeof bits);
+        return bits;
+    }
+    uint64_t const magnitude = isInteger_ ? magnitude_ : static_cast<uint64_t>(fabs(real_));
+    return negative_ || real_ < 0.0 ? ~magnitude : magnitude;
 }
 
 bool Number::isCount() const { return isInteger_ ? !negative_ : isWhole() && real_ >= 0.0; }

@@ -20,7 +20,8 @@ class Number {
     bool isPositive() const;
     bool isMultipleOf(Number const& divisor, Budget& budget) const;  // a positive, finite one
 
-    double approximate() const;
+    // The same for equal numbers, and hardly ever for others.
+    uint64_t hash() const;
 
     // Counts are whole and not negative. One that does not fit a size is the largest one.
     bool isCount() const;

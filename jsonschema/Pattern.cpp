@@ -10,56 +10,143 @@
 
 namespace {
 
-// As close to ECMA 262 as PCRE2 gets.
 uint32_t const OPTIONS = PCRE2_UTF | PCRE2_DOLLAR_ENDONLY | PCRE2_ALT_BSUX |
                          PCRE2_ALLOW_EMPTY_CLASS | PCRE2_MATCH_UNSET_BACKREF |
                          PCRE2_NEVER_BACKSLASH_C |
-                         // every part of a pattern reports each time it is tried
-                         PCRE2_AUTO_CALLOUT;
+                         PCRE2_NO_AUTO_POSSESS |  // which recurses over long patterns
+                         PCRE2_AUTO_CALLOUT;      // every part reports each time it is tried
+
+// Whether a pattern keeps to the syntax of ECMA 262. What PCRE2 has beyond it (recursion, conditions,
+// verbs, flags, possessive repetition, further escapes) means something else there, and some of it
+// cannot be metered.
+class EcmaSyntax {
+  public:
+    explicit EcmaSyntax(std::string_view pattern) : rest_(pattern) {}
+
+    bool holds() {
+        while (!rest_.empty()) {
+            if (!takeOne()) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+  private:
+    bool takeOne() {
+        char const c = rest_[0];
+        bool const afterRepetition = afterRepetition_;
+        afterRepetition_ = false;
+        if (c == '\\') {
+            return takeEscape();
+        }
+        if (inClass_) {
+            inClass_ = c != ']';
+            return !begins("[:") && !begins("[.") && !begins("[=") && take(1);
+        }
+        if (c == '(') {
+            return takeGroup();
+        }
+        inClass_ = c == '[';
+        afterRepetition_ = c == '*' || c == '+' || c == '}' || (c == '?' && !afterRepetition);
+        return !(c == '+' && afterRepetition) && take(1);
+    }
+
+    bool takeEscape() {
+        char const c = rest_.size() > 1 ? rest_[1] : '\0';
+        bool const isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        return rest_.size() > 1 && (!isLetter || strchr("bBcdDfknpPrsStuvwWx", c) != nullptr) &&
+               take(2);
+    }
+
+    bool takeGroup() {
+        if (!begins("(?")) {
+            return !begins("(*") && take(1);
+        }
+        bool const isName = begins("(?<") && rest_.size() > 3 && rest_[3] != '\'';
+        return (begins("(?:") || begins("(?=") || begins("(?!") || isName) && take(3);
+    }
+
+    bool begins(std::string_view text) const { return rest_.substr(0, text.size()) == text; }
+
+    bool take(size_t count) {
+        rest_.remove_prefix(count);
+        return true;
+    }
+
+    std::string_view rest_;
+    bool inClass_ = false;
+    bool afterRepetition_ = false;
+};
 
 PCRE2_SPTR bytes(std::string_view text) {
     return reinterpret_cast<PCRE2_SPTR>(text.empty() ? "" : text.data());
 }
 
-// Charges a match for what it does: a step for each part of the pattern it tries, and more for what
-// that part reads of the text.
+// Charges a match for what it does: for each part of the pattern it tries, for what that part reads of
+// the text, and for the captures that are carried along.
 class Meter {
   public:
-    Meter(std::string_view pattern, Budget& budget) : pattern_(pattern), budget_(budget) {}
+    Meter(std::string_view pattern, size_t frameSize, Budget& budget)
+        : pattern_(pattern), frameSize_(frameSize), budget_(budget) {}
 
     static int onPart(pcre2_callout_block* at, void* meter) {
         return static_cast<Meter*>(meter)->charge(*at) ? 0 : PCRE2_ERROR_CALLOUT;
     }
 
   private:
+    static size_t const LONG_CLASS = 64;  // bytes
+
     bool charge(pcre2_callout_block const& at) {
+        std::string_view const part = pattern_.substr(at.pattern_position, at.next_item_length);
         size_t const position = at.current_position;
-        size_t const taken = position > last_ ? position - last_ : 0;
-        size_t const ahead = std::min(at.subject_length - position, readInVain(partAt(at)));
-        last_ = position;
-        return budget_.spend(1 + (taken + ahead) / 8);
+        size_t const taken = position > lastPosition_ ? position - lastPosition_ : 0;
+        size_t const ahead = std::min(at.subject_length - position, readInVain(part));
+        size_t const weight = 1 + part.size() / 16;  // of a long class, for each character
+        size_t const read = taken * lastWeight_ + ahead * weight;
+        lastPosition_ = position;
+        lastWeight_ = weight;
+        return budget_.spend(weight + frameSize_ / 512 + read / 8);
     }
 
-    std::string_view partAt(pcre2_callout_block const& at) const {
-        return pattern_.substr(at.pattern_position, at.next_item_length);
-    }
-
-    // What a part has taken shows in the position after it. Only a counted repetition and a reference
-    // back can read much and then fail, which shows nowhere: the most that they can read so.
+    // What a part has taken shows in the position after it. A counted repetition and a reference back
+    // can read much and then fail, which shows nowhere; and with a long class it shows too late. The
+    // most that they can read so.
     static size_t readInVain(std::string_view part) {
-        size_t const count = part.rfind('{');
-        if (count != part.npos) {
-            return strtoul(part.data() + count + 1, nullptr, 10);
+        if (part.size() > 1 && part[0] == '\\' && strchr("123456789k", part[1]) != nullptr) {
+            return SIZE_MAX;
         }
-        bool const isReference =
-            part.size() > 1 && part[0] == '\\' && strchr("123456789gk", part[1]) != nullptr;
-        return isReference ? SIZE_MAX : 0;
+        if (part.size() > LONG_CLASS && part[0] == '[') {
+            return SIZE_MAX;
+        }
+        size_t const count = part.rfind('{');
+        return count != part.npos ? strtoul(part.data() + count + 1, nullptr, 10) : 0;
     }
 
     std::string_view pattern_;
+    size_t frameSize_;
     Budget& budget_;
-    size_t last_ = 0;
+    size_t lastPosition_ = 0;
+    size_t lastWeight_ = 1;
 };
+
+// Refusals that say nothing about the pattern but that it is too much.
+bool isLimit(int error) {
+    switch (error) {
+        case PCRE2_ERROR_PARENTHESES_NEST_TOO_DEEP:
+        case PCRE2_ERROR_PATTERN_TOO_LARGE:
+        case PCRE2_ERROR_HEAP_FAILED:
+        case PCRE2_ERROR_LOOKBEHIND_TOO_COMPLICATED: return true;
+        default: return false;
+    }
+}
+
+template <typename T>
+T infoOf(pcre2_code const* code, uint32_t what) {
+    T value = 0;
+    pcre2_pattern_info(code, what, &value);
+    return value;
+}
 
 template <typename T, void (*release)(T*)>
 struct Release {
@@ -82,13 +169,22 @@ Pattern::Pattern(std::string_view text, Budget& budget) : pattern_(text), code_(
         budget.giveUp();
         return;
     }
+    if (!EcmaSyntax(text).holds()) {
+        return;
+    }
     pcre2_set_parens_nest_limit(context.get(), limits::PATTERN_NESTING);
+    pcre2_set_newline(context.get(), PCRE2_NEWLINE_ANYCRLF);
+    pcre2_set_compile_extra_options(context.get(), PCRE2_EXTRA_ALT_BSUX);
     int error = 0;
     PCRE2_SIZE position = 0;
     code_ = pcre2_compile(bytes(text), text.size(), OPTIONS, &error, &position, context.get());
-    size_t size = 0;
-    if (code_ != nullptr && pcre2_pattern_info(code_, PCRE2_INFO_SIZE, &size) == 0) {
-        budget.spend(size / 8);  // a short pattern can compile to a long one
+    bool const isTooMuch = code_ == nullptr ? isLimit(error)
+                                            : infoOf<uint32_t>(code_, PCRE2_INFO_MAXLOOKBEHIND) >
+                                                  limits::PATTERN_LOOKBEHIND;
+    // a short pattern can compile to a long one
+    if (isTooMuch ||
+        (code_ != nullptr && !budget.spend(infoOf<size_t>(code_, PCRE2_INFO_SIZE) / 8))) {
+        budget.giveUp();
     }
 }
 
@@ -102,7 +198,7 @@ bool Pattern::matches(std::string_view text, Budget& budget) const {
         return false;
     }
     pcre2_set_heap_limit(context.get(), limits::PATTERN_MEMORY);
-    Meter meter(pattern_, budget);
+    Meter meter(pattern_, infoOf<size_t>(code_, PCRE2_INFO_FRAMESIZE), budget);
     pcre2_set_callout(context.get(), Meter::onPart, &meter);
     int const result =
         pcre2_match(code_, bytes(text), text.size(), 0, 0, data.get(), context.get());

@@ -35,13 +35,13 @@ bool isText(json_object* value) { return json_object_is_type(value, json_type_st
 bool isArray(json_object* value) { return json_object_is_type(value, json_type_array); }
 bool isObject(json_object* value) { return json_object_is_type(value, json_type_object); }
 
-bool isArrayOf(json_object* value, bool (*test)(json_object*)) {
+bool isArrayOf(json_object* value, bool (*test)(json_object*), Budget& budget) {
     if (!isArray(value)) {
         return false;
     }
     size_t const length = json_object_array_length(value);
     for (size_t i = 0; i < length; ++i) {
-        if (!test(json_object_array_get_idx(value, i))) {
+        if (!budget.spend(1) || !test(json_object_array_get_idx(value, i))) {
             return false;
         }
     }
@@ -131,8 +131,8 @@ bool Schema::readKeyword(Keyword const& keyword, json_object* operand, std::stri
         case Form::NUMBER_OR_BOOLEAN: return isNumber(operand) || isBoolean(operand);
         case Form::POSITIVE_NUMBER: return isNumber(operand) && Number(operand).isPositive();
         case Form::COUNT: return isCount(operand);
-        case Form::TYPES: return isTypeName(operand) || isArrayOf(operand, isTypeName);
-        case Form::TEXTS: return isArrayOf(operand, isText);
+        case Form::TYPES: return isTypeName(operand) || isArrayOf(operand, isTypeName, budget_);
+        case Form::TEXTS: return isArrayOf(operand, isText, budget_);
         case Form::VALUES: return isArray(operand);
         case Form::REFERENCE: return isText(operand) && readReference(operand, base);
         case Form::SCHEMA: return readSchema(operand, base);
@@ -173,7 +173,7 @@ bool Schema::readMap(json_object* map, Form form, std::string const& base) {
         json_object* const value = static_cast<json_object*>(lh_entry_v(entry));
         bool const isList = form == Form::DEPENDENCIES && isArray(value);
         if ((form == Form::PATTERN_MAP && !readPattern(name, name)) ||
-            !(isList ? isArrayOf(value, isText) : readSchema(value, base))) {
+            !(isList ? isArrayOf(value, isText, budget_) : readSchema(value, base))) {
             return false;
         }
     }
@@ -228,14 +228,17 @@ bool Schema::resolveReferences() {
     for (size_t i = 0; i < references_.size(); ++i) {
         json_object* const text = references_[i].text;
         std::string const uri = references_[i].uri;
-        if (targets_.count(text) != 0) {
-            continue;
-        }
         json_object* const target = find(uri);
-        targets_[text] = target;
         if (target == nullptr ||
             !budget_.spend(identified_.size() + read_.size() / 8 + uri.size())) {
             return false;
+        }
+        auto const known = targets_.try_emplace(text, target);
+        if (!known.second && known.first->second != target) {
+            return false;  // one text object at two places that read it differently
+        }
+        if (!known.second) {
+            continue;
         }
         if (!wasRead(target) && !readSchema(target, std::string(UriParts(uri).document))) {
             return false;
@@ -248,7 +251,6 @@ json_object* Schema::find(std::string const& uri) const {
     UriParts const parts(uri);
     bool const isName = !parts.fragment.empty() && parts.fragment[0] != '/';
     std::string_view const wanted = isName ? std::string_view(uri) : parts.document;
-    // the last one: a root that names itself is found by that name as well
     for (Identified const& identified : identified_) {
         if (identified.uri == wanted) {
             return isName ? identified.schema : followPointer(identified.schema, parts.fragment);

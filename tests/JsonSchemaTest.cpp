@@ -77,6 +77,13 @@ TEST(JsonSchema, BearsHostileInput) {
     }
     auto const number = [](int i) { return std::to_string(i); };
     std::string const numbers = "[" + list(50000, number) + "]";
+    auto const unknown = [](int i) { return "'u" + std::to_string(i) + "':1"; };
+    std::string optional;
+    std::string greek;
+    for (int i = 0; i < 1000; ++i) {
+        optional += "(b)?";
+        greek += "\xCE" + std::string(1, static_cast<char>(0x90 + i % 48));
+    }
     struct {
         char const* name;
         std::string schema;
@@ -102,6 +109,12 @@ TEST(JsonSchema, BearsHostileInput) {
         {"recursion in a pattern", "{'pattern':'^(.|(?R))*$'}", "'" + letters + "'", false},
         {"groups in groups",
          "{'pattern':'" + std::string(1000, '(') + std::string(1000, ')') + "'}", "'a'", false},
+        {"many optional parts", "{'pattern':'a+" + optional + "$'}", "'aab'", true},
+        {"far look behind", "{'pattern':'(?<=ba{60000})'}", "'" + letters + "'", false},
+        {"long class", "{'pattern':'^[^" + greek + "]*$'}", "'" + letters + letters + "'", false},
+        {"unknown keywords", "{'items':{" + list(5000, unknown) + "}}", numbers, false},
+        {"no limit turned around", "{'not':{'format':'regex'}}",
+         "'" + std::string(33, '(') + std::string(33, ')') + "'", false},
         {"large repetition", "{'pattern':'((a{100}){100}){100}'}", "'a'", false},
         {"long pattern", "{'pattern':'" + letters + "'}", "'a'", false},
         {"long text", "{'pattern':'^[a-z]*$'}", "'" + std::string(1000000, 'a') + "'", true},
