@@ -43,11 +43,6 @@ int addValue(TreeMapObject& array, T value) {
     return length;
 }
 
-// An array that is itself an array element has no member name to be replaced under.
-bool isReplaceable(TreeMapObject const& array) {
-    return array.jobj_parent == nullptr || json_object_is_type(array.jobj_parent, json_type_object);
-}
-
 // Appends every element of `from` but the one at `omitted`, with a reference of its own.
 bool copyElements(json_object* from, unsigned int omitted, json_object* to) {
     size_t const length = json_object_array_length(from);
@@ -64,7 +59,8 @@ bool copyElements(json_object* from, unsigned int omitted, json_object* to) {
     return true;
 }
 
-// Puts another array in the place of the handle's: in its parent, or as what the handle owns.
+// Puts another array in the place of the handle's: in its parent, or as what the handle owns. False when
+// the parent is no object: an element of an array has no member name to be replaced under.
 bool replaceArray(TreeMapObject& handle, JsonRef& replacement) {
     if (handle.jobj_parent == nullptr) {
         json_object_put(handle.jobj);
@@ -125,7 +121,7 @@ int TreeMapObject::addArrayItem<char const*>(char const* value) {
 
 // Rebuilds the array instead of removing in place.
 int TreeMapObject::delArrayItem(unsigned int index) {
-    if (!hasElement(*this, index) || !isReplaceable(*this)) {
+    if (!hasElement(*this, index)) {
         return -1;
     }
     JsonRef rest(json_object_new_array());
@@ -140,7 +136,7 @@ int TreeMapObject::delArrayItem(unsigned int index) {
 }
 
 int TreeMapObject::clearArrayItems() {
-    if (len() < 0 || !isReplaceable(*this)) {
+    if (len() < 0) {
         return -1;
     }
     JsonRef empty(json_object_new_array());
