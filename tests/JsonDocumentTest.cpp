@@ -12,25 +12,16 @@ typedef std::unique_ptr<TreeMapObject> Handle;
 
 class JsonDocumentTest : public LibraryTest {};
 
-TEST_F(JsonDocumentTest, ClonesThroughText) {
-    JsonRef const source(json("{'a': [1.5, {'b': null}]}"));
-    json_object* copy = nullptr;
-    EXPECT_EQ(transcript([&] { copy = JsonData::cloneObject(source.get()); }),
-              "DEBUG: cloneObject: clone json object PTR\n"
-              "DEBUG: cloneObject: parser json to create new object\n");
-    EXPECT_EQ(text(copy), "{'a':[1.5,{'b':null}]}");
-    EXPECT_EQ(json_object_put(copy), 1);
-    EXPECT_EQ(transcript([] { EXPECT_EQ(JsonData::cloneObject(nullptr), nullptr); }),
-              "ERROR: cloneObject: bad pobj param jobj=NIL\n");
-
+TEST_F(JsonDocumentTest, ClonesNoDeeperThanTextIsRead) {
     JsonRef const tooDeep(json_object_new_array());
     json_object* inner = tooDeep.get();
     for (int i = 0; i < 40; ++i) {
         json_object_array_add(inner, json_object_new_array());
         inner = json_object_array_get_idx(inner, 0);
     }
-    EXPECT_EQ(linesOf(transcript([&] { EXPECT_EQ(JsonData::cloneObject(tooDeep.get()), nullptr); }),
-                      "ERROR"),
+    EXPECT_EQ(transcript([&] { EXPECT_EQ(JsonData::cloneObject(tooDeep.get()), nullptr); }),
+              "DEBUG: cloneObject: clone json object PTR\n"
+              "DEBUG: cloneObject: parser json to create new object\n"
               "ERROR: cloneObject: fail to create new object\n");
 }
 

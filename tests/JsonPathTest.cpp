@@ -42,27 +42,6 @@ TEST(JsonPath, SplitsAtEveryDotButATrailingOne) {
     }
 }
 
-TEST(JsonPath, TellsIndexTokens) {
-    struct {
-        char const* token;
-        bool isIndex;
-        char const* number;  // null: too short to hold one
-    } const rows[] = {
-        {"[12]", true, "12"}, {"[12", true, "1"}, {"[1]x", true, "1]"}, {"[]", true, nullptr},
-        {"[", true, nullptr}, {"", false, ""},    {"a[1]", false, ""},
-    };
-    for (auto const& row : rows) {
-        PathToken const token{row.token};
-        EXPECT_EQ(token.isIndex(), row.isIndex) << row.token;
-        if (row.isIndex) {
-            EXPECT_EQ(token.hasIndexNumber(), row.number != nullptr) << row.token;
-        }
-        if (row.isIndex && row.number != nullptr) {
-            EXPECT_EQ(token.indexNumberText(), row.number) << row.token;
-        }
-    }
-}
-
 struct Number {
     unsigned int value;
     bool complaint;

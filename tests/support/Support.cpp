@@ -131,17 +131,6 @@ std::string transcript(std::function<void()> const& action) {
     return text;
 }
 
-std::string linesOf(std::string const& transcript, std::string const& levels) {
-    std::istringstream all(transcript);
-    std::string result;
-    for (std::string line; std::getline(all, line);) {
-        if (levels.find(line.substr(0, line.find(':'))) != std::string::npos) {
-            result += line + "\n";
-        }
-    }
-    return result;
-}
-
 ChildResult inChild(std::function<void()> const& action) {
     ChildResult result = {-1, ""};
     result.output = printed([&] {

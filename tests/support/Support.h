@@ -35,9 +35,6 @@ std::string printedOnError(std::function<void()> const& action);
 // PTR, a null one NIL.
 std::string transcript(std::function<void()> const& action);
 
-// The lines of a transcript that begin with one of the levels, such as "ERROR WARN".
-std::string linesOf(std::string const& transcript, std::string const& levels);
-
 // Runs `action` in a process of its own: what it prints, and its exit status.
 struct ChildResult {
     int status;
