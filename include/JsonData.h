@@ -36,11 +36,11 @@ class JsonData {
 
     // The same, and reports where the walk ended: `parent` receives the container of the value, and
     // `key` a copy of the last token, which the caller releases with delete[] (null when that token
-    // is empty, and without memory). Both become null for the empty path and when a token before the last leads
-    // nowhere. When only the last token leads nowhere, `key` is still given and has to be released;
-    // `parent` is then the container one level above the one searched (or `jobj`), of use to
-    // nobody. A null `jobj` or `path` gives null and leaves both untouched: set them to null
-    // before.
+    // is empty, and without memory). Both become null for the empty path and when a token before
+    // the last leads nowhere. When only the last token leads nowhere, `key` is still given and has
+    // to be released; `parent` is then the container one level above the one searched (or `jobj`),
+    // of use to nobody. A null `jobj` or `path` gives null and leaves both untouched: set them to
+    // null before.
     static json_object* getJObj(json_object* jobj, char const* path, json_object*& parent,
                                 char const*& key);
 

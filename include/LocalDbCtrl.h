@@ -25,8 +25,9 @@
 // Threads: lockDbObject, saveDbObject and unlockDbObject may be called from any thread, and so may
 // cloneNewDB, getDBByKey and removeDB; types and controllers never wait for each other. The thread
 // that locked a type is the one that saves or unlocks it. A controller is removed when nobody uses
-// it: the save of a writer who lost his controller would reach the default one. init belongs to start-up. A program that walks `controllers` itself does so while no
-// other thread is in the library.
+// it: the save of a writer who lost his controller would reach the default one. init belongs to
+// start-up. A program that walks `controllers` itself does so while no other thread is in the
+// library.
 #ifndef VOBIUTILS_LOCALDBCTRL_H
 #define VOBIUTILS_LOCALDBCTRL_H
 

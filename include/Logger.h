@@ -60,9 +60,10 @@ class Logger {
     static void setGroup(LOG_GROUP_T group, bool enable);
 
     // Logs a printf-style message. `format` must end in "\n", print adds no line end; the message
-    // is cut after 1023 characters, and empty for a null format. A group of 19 or more prints an empty name. A log file that
-    // cannot be opened is reported on standard output, each time. Settings, mask and names are read
-    // anew at every call, and the file is open only during it, so it may be rotated or removed.
+    // is cut after 1023 characters, and empty for a null format. A group of 19 or more prints an
+    // empty name. A log file that cannot be opened is reported on standard output, each time.
+    // Settings, mask and names are read anew at every call, and the file is open only during it, so
+    // it may be rotated or removed.
     static void print(LOG_TYPE_T level, LOG_GROUP_T group, char const* format, ...)
         __attribute__((format(printf, 3, 4)));
 

@@ -10,7 +10,8 @@ struct pcre2_real_code_8;
 
 class Pattern {
   public:
-    // Compiles; see isValid. The text must outlive the pattern. A pattern over the limits leaves the call undecided.
+    // Compiles; see isValid. The text must outlive the pattern. A pattern over the limits leaves
+    // the call undecided.
     Pattern(std::string_view text, Budget& budget);
     ~Pattern();
     Pattern(Pattern const&) = delete;

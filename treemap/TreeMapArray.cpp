@@ -59,8 +59,8 @@ bool copyElements(json_object* from, unsigned int omitted, json_object* to) {
     return true;
 }
 
-// Puts another array in the place of the handle's: in its parent, or as what the handle owns. False when
-// the parent is no object: an element of an array has no member name to be replaced under.
+// Puts another array in the place of the handle's: in its parent, or as what the handle owns. False
+// when the parent is no object: an element of an array has no member name to be replaced under.
 bool replaceArray(TreeMapObject& handle, JsonRef& replacement) {
     if (handle.jobj_parent == nullptr) {
         json_object_put(handle.jobj);

@@ -1,5 +1,6 @@
-// Fuzz target: a schema on the first line, an instance behind it. Validation must end within its limits,
-// leave both as they were, and answer the same twice; a schema and its negation never both hold.
+// Fuzz target: a schema on the first line, an instance behind it. Validation must end within its
+// limits, leave both as they were, and answer the same twice; a schema and its negation never both
+// hold.
 #include <jsonschema.h>
 #include <stddef.h>
 #include <stdint.h>
