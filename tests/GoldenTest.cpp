@@ -1,6 +1,6 @@
-// Plays the sessions of golden/*.txt: what the library logs and answers after each command (">
-// ...") must be what the file says. With GOLDEN_UPDATE set the files are written anew, to be read
-// before they are kept.
+// Plays the sessions of golden/*.txt: what the library logs and answers after each command, a line
+// that begins with ">", must be what the file says. With GOLDEN_UPDATE set the files are written
+// anew, to be read before they are kept.
 //
 // Words of a command are parted by blanks. NULL is a null pointer, EMPTY the empty text, @40k forty
 // times "k", and "~" a blank. The first argument is mostly the name of a handle, whose document is

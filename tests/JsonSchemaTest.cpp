@@ -77,6 +77,7 @@ TEST(JsonSchema, BearsHostileInput) {
     }
     auto const number = [](int i) { return std::to_string(i); };
     std::string const numbers = "[" + list(50000, number) + "]";
+    auto const stamp = [](int i) { return std::to_string(1732317444000000000 + i); };
     auto const unknown = [](int i) { return "'u" + std::to_string(i) + "':1"; };
     std::string optional;
     std::string greek;
@@ -122,6 +123,8 @@ TEST(JsonSchema, BearsHostileInput) {
         {"bytes that are not UTF-8", "{'not':{'pattern':'b'}}", "'a\xFF'", false},
         {"long reference", "{'$ref':'#/" + letters + "'}", "1", false},
         {"many elements", "{'uniqueItems':true}", numbers, true},
+        {"large numbers close together", "{'uniqueItems':true}", "[" + list(8000, stamp) + "]",
+         true},
         {"many elements, two equal", "{'uniqueItems':true}", "[" + numbers + "," + numbers + "]",
          false},
         {"long constant", "{'enum':[1," + numbers + "]}", numbers, true},

@@ -160,4 +160,10 @@ TEST_F(LoggerTest, LinesOfManyThreadsNeverMix) {
     EXPECT_EQ(TempDir::read("be.log"), output);
 }
 
+TEST_F(LoggerTest, ANullFormatIsAnEmptyMessage) {
+    void (*const print)(LOG_TYPE_T, LOG_GROUP_T, char const*, ...) = Logger::print;
+    EXPECT_EQ(printed([&] { print(LOG_TYPE_WARN, LOG_GROUP_UTIL, nullptr); }),
+              "UTIL          | WARN: ");
+}
+
 }  // namespace
