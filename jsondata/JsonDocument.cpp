@@ -5,6 +5,7 @@
 
 #include "JsonData.h"
 #include "JsonFile.h"
+#include "JsonSave.h"
 #include "Log.h"
 #include "OwningHandle.h"
 #include "TreeMapObject.h"
@@ -64,7 +65,7 @@ TreeMapObject* JsonData::createObjectFromFile(char const* file) {
 
 int JsonData::saveObjectToFile(char const* file, TreeMapObject* obj) {
     UTIL_DEBUG("%s: save obj=%p\n", "saveObjectToFile", static_cast<void*>(obj));
-    int const ret = obj != nullptr ? writeJsonFile(file, obj->jobj) : -1;
+    int const ret = obj != nullptr ? saveJsonFile(file, obj->jobj, Durability::SYNCED) : -1;
     if (ret != 0) {
         UTIL_DEBUG("%s: failed to save object to file (%s) ret=%d\n", "saveObjectToFile",
                    logging::printable(file), ret);

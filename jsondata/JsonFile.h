@@ -1,4 +1,4 @@
-// JSON files, read and written whole.
+// JSON files, read whole.
 //
 // json-c's own file functions leave the text of an error in a buffer that all threads share; these
 // do not, and may be called from any number of threads.
@@ -10,8 +10,5 @@
 // A new value, the caller's to release; null when the file (or its name) is missing, cannot be read
 // or holds no JSON, and when it holds null.
 json_object* readJsonFile(char const* file);
-
-// Writes `value`, pretty. 0; -1 when that fails, and for a null name or value.
-int writeJsonFile(char const* file, json_object* value);
 
 #endif

@@ -6,6 +6,7 @@
 #include <string.h>
 
 #include "JsonFile.h"
+#include "JsonSave.h"
 
 namespace {
 
@@ -34,7 +35,10 @@ bool fillClient(json_object* client, char const* ipAddress, uint64_t now) {
 
 }  // namespace
 
-bool RecordFile::write(json_object* array) { return writeJsonFile(RECORD_FILE, array) == 0; }
+// Unsynced: every start empties the record, and flash is slow.
+bool RecordFile::write(json_object* array) {
+    return saveJsonFile(RECORD_FILE, array, Durability::UNSYNCED) == 0;
+}
 
 RecordFile::RecordFile() : clients_(readJsonFile(RECORD_FILE)) {}
 

@@ -1,0 +1,81 @@
+// An open file of the operating system, and the calls on it, repeated when a signal interrupts them.
+#ifndef VOBIUTILS_JSONDATA_FILEDESCRIPTOR_H
+#define VOBIUTILS_JSONDATA_FILEDESCRIPTOR_H
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stddef.h>
+#include <sys/file.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+// The result of `call`, made again for as long as a signal interrupts it.
+template <typename Call>
+auto untilUninterrupted(Call call) -> decltype(call()) {
+    auto result = call();
+    while (result == -1 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
+class FileDescriptor {
+  public:
+    FileDescriptor() = default;
+    FileDescriptor(char const* name, int flags, mode_t mode = 0) { open(name, flags, mode); }
+    ~FileDescriptor() { close(); }
+    FileDescriptor(FileDescriptor const&) = delete;
+    FileDescriptor& operator=(FileDescriptor const&) = delete;
+
+    int get() const { return fd_; }
+    explicit operator bool() const { return fd_ >= 0; }
+
+    bool open(char const* name, int flags, mode_t mode = 0) {
+        return take([=] { return ::open(name, flags | O_CLOEXEC, mode); });
+    }
+    // A second descriptor of the same open file, with the same lock.
+    bool duplicate(FileDescriptor const& other) {
+        return take([&] { return fcntl(other.fd_, F_DUPFD_CLOEXEC, 0); });
+    }
+    // False when what was written may not have arrived.
+    bool close() {
+        int const fd = fd_;
+        fd_ = -1;
+        return fd < 0 || ::close(fd) == 0;
+    }
+
+    ssize_t read(void* bytes, size_t size) const {
+        return untilUninterrupted([=, this] { return ::read(fd_, bytes, size); });
+    }
+    bool writeAll(char const* bytes, size_t length) const {
+        while (length > 0) {
+            ssize_t const count =
+                untilUninterrupted([=, this] { return ::write(fd_, bytes, length); });
+            if (count <= 0) {
+                return false;
+            }
+            bytes += count;
+            length -= static_cast<size_t>(count);
+        }
+        return true;
+    }
+    bool sync() const {
+        return untilUninterrupted([this] { return fsync(fd_); }) == 0;
+    }
+    // Waits for the file's one lock; it is held until the last descriptor of the open file closes.
+    bool lock() const {
+        return untilUninterrupted([this] { return flock(fd_, LOCK_EX); }) == 0;
+    }
+
+  private:
+    template <typename Call>
+    bool take(Call call) {
+        close();
+        fd_ = untilUninterrupted(call);
+        return fd_ >= 0;
+    }
+
+    int fd_ = -1;
+};
+
+#endif

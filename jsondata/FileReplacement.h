@@ -1,0 +1,21 @@
+// Replacing the content of a file as a whole: at any instant, and after a loss of power at any
+// instant, the file holds the old content or the new one.
+#ifndef VOBIUTILS_JSONDATA_FILEREPLACEMENT_H
+#define VOBIUTILS_JSONDATA_FILEREPLACEMENT_H
+
+#include <stddef.h>
+
+// Whether the new content has to outlive a loss of power from the moment of success on.
+enum class Durability { SYNCED, UNSYNCED };
+
+// Makes `file` hold `text` and nothing else. True when it does; on failure it is as it was, and
+// nothing is left beside it.
+//
+// The permission bits, the owner (where that is allowed) and symbolic links stay; a new file gets
+// mode 0644 less the umask. What is there and is no regular file is written directly. So is, without
+// any promise for a write that fails, a file whose folder allows no replacement.
+//
+// May be called from any number of threads and processes at once: the last one wins, whole.
+bool replaceFile(char const* file, char const* text, size_t length, Durability durability);
+
+#endif

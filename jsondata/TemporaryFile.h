@@ -1,0 +1,45 @@
+// A new file on its way to its name: made beside it, filled, and renamed to it, or removed again.
+//
+// The temporary name is always the same for one file, so that a process that is killed leaves one
+// temporary file at most, which the next save removes. Whoever works on it holds its lock until it
+// has its final name: one whose lock is free was left over. Only who holds the lock renames or
+// removes it.
+#ifndef VOBIUTILS_JSONDATA_TEMPORARYFILE_H
+#define VOBIUTILS_JSONDATA_TEMPORARYFILE_H
+
+#include <sys/stat.h>
+
+#include "FileDescriptor.h"
+
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(char const* name) : name_(name) {}
+    ~TemporaryFile();
+    TemporaryFile(TemporaryFile const&) = delete;
+    TemporaryFile& operator=(TemporaryFile const&) = delete;
+
+    // A new, empty file. Waits for whoever else works at that name. False with errno.
+    bool create(mode_t mode);
+
+    // Before anything is written: the content may be secret.
+    bool takeOwnerAndModeOf(struct stat const& old);
+
+    // Writes all of the file and closes it, every step checked.
+    bool fill(char const* bytes, size_t length, bool synced);
+
+    // False with errno.
+    bool renameTo(char const* target);
+
+    // Removes what a process that was killed left at that name. Waits for one that still works on it.
+    bool removeStale() const;
+
+  private:
+    bool take();
+
+    char const* const name_;
+    bool exists_ = false;
+    FileDescriptor file_;
+    FileDescriptor lock_;  // keeps the lock when file_ is closed
+};
+
+#endif
