@@ -1,0 +1,10 @@
+// Files of the workloads, in memory where the system has such a place: a sync then costs nothing.
+#ifndef VOBIUTILS_BENCH_SCRATCH_H
+#define VOBIUTILS_BENCH_SCRATCH_H
+
+#include <string>
+
+// A name in a folder of the process's own, which is removed when the process ends.
+std::string scratchFile(std::string const& name);
+
+#endif

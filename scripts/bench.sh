@@ -1,0 +1,42 @@
+#!/bin/sh
+# Times the workloads beside the same work by hand and by other libraries: scripts/bench.sh [PATTERN].
+# PATTERN is a regular expression; without one, all workloads run, and the instructions of the path
+# workloads are counted as well. "scripts/bench.sh --count TEXT" only counts, for the workloads whose
+# name holds TEXT: the counts do not depend on what else the machine does.
+set -eu
+cd "$(dirname "$0")/.."
+scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libbenchmark-dev \
+    rapidjson-dev nlohmann-json3-dev libspdlog-dev valgrind
+
+build=build/bench
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DVOBIUTILS_BUILD_BENCH=ON \
+    -DVOBIUTILS_BUILD_TESTS=OFF -DVOBIUTILS_BUILD_EXAMPLES=OFF >/dev/null
+cmake --build "$build" --parallel "$(nproc)" >/dev/null
+
+count() {
+    counts=$build/counts
+    rm -rf "$counts"
+    mkdir -p "$counts"
+    valgrind --tool=callgrind --callgrind-out-file="$counts/out" "$build/bench/bench" --count "$1" \
+        2>/dev/null
+    # each dump tells the workload and variant that it belongs to, for a thousand operations
+    cat $(ls -v "$counts"/out.*) | awk '
+        /^desc: Trigger: Client Request: / { sub(/^.*Request: /, ""); split($0, name, "|") }
+        /^summary: / && name[1] != "" {
+            if (name[1] != last) { printf "%s%-42s", last != "" ? "\n" : "", name[1]; last = name[1] }
+            printf " %s %.0f", name[2], $2 / 1000
+        }
+        END { print "" }'
+}
+
+if [ "${1:-}" = --count ]; then
+    count "${2:-lookup}"
+    exit
+fi
+"$build/bench/bench" "${1:-.}"
+if [ $# -eq 0 ]; then
+    echo
+    echo "Instructions per operation"
+    count lookup
+    count set
+fi
