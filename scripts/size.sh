@@ -1,0 +1,52 @@
+#!/bin/sh
+# What the libraries weigh, built for size and stripped, on x86-64 and MIPS, and what the sample
+# gateway's databases take in memory.
+set -eu
+cd "$(dirname "$0")/.."
+scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev binutils
+
+build() { # FOLDER OPTION...
+    folder=$1
+    shift
+    cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=MinSizeRel -DVOBIUTILS_BUILD_TESTS=OFF \
+        -DVOBIUTILS_BUILD_EXAMPLES=OFF "$@" >/dev/null
+    cmake --build "$folder" --parallel "$(nproc)" >/dev/null
+}
+
+weigh() { # MACHINE FOLDER TOOL-PREFIX
+    for name in libvobiutils jsonschema/libjsonschema-c; do
+        library=$2/$name.so
+        stripped=$2/stripped.so
+        "$3strip" -R .comment -R .pdr -R .gnu.attributes -o "$stripped" "$library"
+        printf '%-8s %-20s ' "$1" "$(basename "$library")"
+        "$3size" "$stripped" | awk 'NR == 2 { printf "text %d data %d bss %d ", $1, $2, $3 }'
+        printf 'file %d ' "$(wc -c <"$stripped")"
+        printf 'relocations %d\n' "$("$3readelf" -rW "$stripped" | grep -c '^[0-9a-f]\{8\}')"
+    done
+}
+
+native=build/size
+build $native
+scripts/cross.sh mips -- true
+build_mips=build/size-mips
+scripts/cross.sh mips -- cmake -S . -B $build_mips -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/cross.cmake" \
+    -DCMAKE_BUILD_TYPE=MinSizeRel -DCMAKE_CXX_FLAGS=-mips16 -DVOBIUTILS_BUILD_TESTS=OFF \
+    -DVOBIUTILS_BUILD_EXAMPLES=OFF >/dev/null
+scripts/cross.sh mips -- cmake --build $build_mips --parallel "$(nproc)" >/dev/null
+
+weigh x86-64 $native ""
+weigh MIPS $build_mips mips-linux-gnu-
+
+echo
+echo "The exported functions and tables that take most, on MIPS:"
+mips-linux-gnu-nm -CS --defined-only --size-sort -r -D $build_mips/libvobiutils.so | head -10 |
+    while read -r _ size _ name; do printf '%6d %s\n' "0x$size" "$name"; done
+
+echo
+echo "Loading the nine databases of the sample gateway, on x86-64:"
+c++ -std=c++20 -O2 -Iinclude bench/Memory.cpp -o $native/memory -L$native -lvobiutils -ljson-c \
+    -Wl,-rpath,"$PWD/$native:$PWD/$native/jsonschema"
+for how in json-c library; do
+    printf '%-8s ' $how
+    (cd examples/gateway && ../../$native/memory $how)
+done
