@@ -4,6 +4,9 @@
 // start empties it. From the tenth attempt on an address is locked out: 1 minute after 10 attempts
 // and 2 minutes more for each further one, counted from its last attempt.
 //
+// The file is replaced as a whole, so that a reader or a process that is killed never meets half of
+// it, but it is not synced.
+//
 // A record file that cannot be read, or holds no array, is logged and stops the record: isRunning
 // becomes false, and from then on every operation returns its failure result, silently, until init
 // is called again.

@@ -13,12 +13,18 @@
 // Ownership: json_object pointers returned or put into `parent` are borrowed from the document. A
 // value must not be stored below itself.
 //
-// Limits: recursion (by json-c, when it writes, copies or releases) is as deep as the document.
-// Text and files are read to json-c's own depth, 31 containers above a value. What follows the
-// first value of a text is ignored.
+// Limits: recursion (by json-c, when it writes, copies or releases) is as deep as the document, no
+// deeper. A stack of 128 KiB is enough for 256 levels, whatever is done with them; a document that
+// is nested deeper is its maker's care. Texts and files are read, and files written, to json-c's
+// own depth: 31 containers above a value. What follows the first value of a text is ignored.
 //
-// Threads: no state is kept between calls. A document belongs to one thread at a time, for reading
-// too: json-c keeps the text of a value inside it. Different documents never meet.
+// Memory: where the library itself finds none, a function gives its failure result. json-c does not
+// always: a text, a file or a copy that is read while memory runs out may lack members, or crash
+// inside json-c. A text that is written is checked, and a save then fails.
+//
+// Threads: every function may be called from any thread at once; no state is kept between calls.
+// A document belongs to one thread at a time, for reading too: json-c keeps the text of a value
+// inside it. Different documents never meet.
 #ifndef VOBIUTILS_JSONDATA_H
 #define VOBIUTILS_JSONDATA_H
 
@@ -79,7 +85,25 @@ class JsonData {
     static TreeMapObject* createObjectFromFile(char const* file);
 
     // Writes the handle's value to the file, pretty. 0 when written; 2 when it could not be, for a
-    // null handle or name, and for a handle without a value.
+    // null handle or name, for a handle without a value, and for a document that is nested deeper
+    // than files are read.
+    //
+    // The file is replaced as a whole: the new one is written beside it under the name
+    // ".<name>.saving", synced, and renamed over it. At any instant, and after a loss of power at
+    // any instant, the file holds the old document or the new one; after a result of 2 it holds
+    // the old one, and nothing is left beside it. A process that is killed may leave the ".saving"
+    // file; the next save removes it. A file that holds the very text already is not written again.
+    //
+    // The permission bits, the owner (where the process may set it) and symbolic links stay; a new
+    // file gets mode 0644 less the umask. Other names of the file (hard links) keep the old
+    // document. What is there and is no regular file, a device or a pipe, is written directly, and
+    // so is what a link below /proc leads to. A file that cannot be replaced, because its folder
+    // allows no new file or the system refuses the renaming, is written in place: there a kill may
+    // leave half of it, though not a full disk.
+    //
+    // Threads and processes that save the same file at once wait for one another: the last one
+    // wins, whole. What stands at the temporary name and can be neither locked nor removed, a
+    // folder or another user's file, stays there, and a digit is put behind the name.
     static int saveObjectToFile(char const* file, TreeMapObject* obj);
 
     // Prints the value at `path` on standard error; the whole value for a null or empty path, and

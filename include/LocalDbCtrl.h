@@ -23,11 +23,11 @@
 // Results: 0 is success and 2 failure where nothing else is said.
 //
 // Threads: lockDbObject, saveDbObject and unlockDbObject may be called from any thread, and so may
-// cloneNewDB, getDBByKey and removeDB; types and controllers never wait for each other. The thread
-// that locked a type is the one that saves or unlocks it. A controller is removed when nobody uses
-// it: the save of a writer who lost his controller would reach the default one. init belongs to
-// start-up. A program that walks `controllers` itself does so while no other thread is in the
-// library.
+// cloneNewDB, getDBByKey and removeDB. Types and controllers never wait for each other, but that two
+// controllers take turns in writing the file of the same type. The thread that locked a type is the
+// one that saves or unlocks it. A controller is removed when nobody uses it: the save of a writer
+// who lost his controller would reach the default one. init belongs to start-up. A program that
+// walks `controllers` itself does so while no other thread is in the library.
 #ifndef VOBIUTILS_LOCALDBCTRL_H
 #define VOBIUTILS_LOCALDBCTRL_H
 
@@ -143,9 +143,9 @@ class LocalDbCtrl {
     static TreeMapObject* lockDbObject(unsigned int apiType, char const* path,
                                        char const* sessionKey);
 
-    // Writes the document of a locked type to its data file, drops it from memory (also when the
-    // write failed, and the changes with it) and ends the lock. 0 when written; 2 when not, and
-    // when the type was not locked.
+    // Writes the document of a locked type to its data file, as JsonData::saveObjectToFile does,
+    // drops it from memory and ends the lock. 0 when written; 2 when not, and when the type was not
+    // locked. After a failed write the changes are lost: the next lock reads the file as it was.
     static int saveDbObject(API_TYPE_T apiType, char const* sessionKey);
 
     // Ends the lock and keeps the document in memory as it is now, unsaved; the next writer of this

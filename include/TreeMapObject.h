@@ -11,10 +11,12 @@
 //
 // A value must not be stored below itself.
 //
-// Limits: recursion is as deep as the document (find, and json-c's writing, copying and releasing).
+// Limits: recursion is as deep as the document (find, and json-c's writing, copying and releasing):
+// 128 KiB of stack are enough for 256 levels. What is nested deeper is its maker's care.
 // Memory: allocating a returned handle may throw std::bad_alloc; nothing else throws.
 //
-// Threads: a handle and the document under it belong to one thread at a time, for reading too.
+// Threads: a document, with every handle on it, belongs to one thread at a time, for reading too.
+// Different documents may be used by any threads at once.
 #ifndef VOBIUTILS_TREEMAPOBJECT_H
 #define VOBIUTILS_TREEMAPOBJECT_H
 
@@ -129,7 +131,8 @@ class TreeMapObject {
     // Looks through the whole document for objects with a primitive member `key` equal to `value`.
     // For char const* the result holds a new handle on each such object, in document order, each
     // with a reference of its own; the caller deletes them. For the other types the result is
-    // always empty, deliberately: a search that finds something logs an error and leaks the handles.
+    // always empty, deliberately: a search that finds something logs an error and leaks the
+    // handles.
     // A null or empty key gives an empty list. T: int, unsigned int, double, bool, char const*.
     template <typename T>
     std::list<TreeMapObject*> find(char const* key, T value);

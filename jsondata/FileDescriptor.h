@@ -1,4 +1,5 @@
-// An open file of the operating system, and the calls on it, repeated when a signal interrupts them.
+// An open file of the operating system, and the calls on it, made again when a signal interrupts
+// them.
 #ifndef VOBIUTILS_JSONDATA_FILEDESCRIPTOR_H
 #define VOBIUTILS_JSONDATA_FILEDESCRIPTOR_H
 
@@ -47,6 +48,10 @@ class FileDescriptor {
     ssize_t read(void* bytes, size_t size) const {
         return untilUninterrupted([=, this] { return ::read(fd_, bytes, size); });
     }
+    bool seek(off_t offset) const { return lseek(fd_, offset, SEEK_SET) == offset; }
+    bool resize(off_t length) const {
+        return untilUninterrupted([=, this] { return ftruncate(fd_, length); }) == 0;
+    }
     bool writeAll(char const* bytes, size_t length) const {
         while (length > 0) {
             ssize_t const count =
@@ -62,10 +67,13 @@ class FileDescriptor {
     bool sync() const {
         return untilUninterrupted([this] { return fsync(fd_); }) == 0;
     }
-    // Waits for the file's one lock; it is held until the last descriptor of the open file closes.
+    // Waits for the file's one lock. A system that has no locks goes without.
     bool lock() const {
-        return untilUninterrupted([this] { return flock(fd_, LOCK_EX); }) == 0;
+        return untilUninterrupted([this] { return flock(fd_, LOCK_EX); }) == 0 || errno == ENOSYS ||
+               errno == ENOLCK || errno == EOPNOTSUPP;
     }
+    // For a process forked meanwhile, too, which would hold the lock for as long as it lives.
+    void unlock() const { flock(fd_, LOCK_UN); }
 
   private:
     template <typename Call>

@@ -58,13 +58,15 @@ bool holdsAlready(char const* file, struct stat const& status, Content const& co
 }
 
 // `old` is null for a new file.
-Outcome putInPlaceOf(struct stat const* old, SaveNames const& names, Content const& content) {
+Outcome putInPlaceOf(struct stat const* old, SaveNames& names, Content const& content) {
     TemporaryFile temporary(names.temporary);
     if (old != nullptr && holdsAlready(names.target, *old, content)) {
         temporary.removeStale();
         return Outcome::REPLACED;
     }
-    if (!temporary.create(old != nullptr ? 0600 : 0644)) {
+    // what everybody may read, others may lock from the start
+    bool const isSecret = old != nullptr && (old->st_mode & S_IROTH) == 0;
+    if (!temporary.create(isSecret ? 0600 : 0644)) {
         return failure();
     }
     if ((old != nullptr && !temporary.takeOwnerAndModeOf(*old)) ||
@@ -74,10 +76,10 @@ Outcome putInPlaceOf(struct stat const* old, SaveNames const& names, Content con
     return temporary.renameTo(names.target) ? Outcome::REPLACED : failure();
 }
 
-Outcome replace(struct stat const* old, SaveNames const& names, Content const& content) {
+Outcome replace(struct stat const* old, SaveNames& names, Content const& content) {
     FileDescriptor folder;  // opened first, while a failure can still be reported
-    if (content.synced && !folder.open(names.folder, O_RDONLY | O_DIRECTORY)) {
-        return failure();
+    if (content.synced && !folder.open(names.folder, O_RDONLY | O_DIRECTORY) && errno != EACCES) {
+        return Outcome::FAILED;  // one that is not to be read may still be written in
     }
     Outcome const outcome = putInPlaceOf(old, names, content);
     if (folder && outcome == Outcome::REPLACED) {
@@ -86,23 +88,35 @@ Outcome replace(struct stat const* old, SaveNames const& names, Content const& c
     return outcome;
 }
 
-// Regular files are locked, so that two writers do not mix; others can be neither cut nor synced.
-bool writeDirectly(char const* file, Content const& content) {
-    FileDescriptor descriptor(file, O_WRONLY | O_CREAT, 0644);
-    struct stat status;
-    if (!descriptor || fstat(descriptor.get(), &status) != 0) {
+// What the file lacks in length is written first: on a full disk the old content stays.
+bool overwrite(FileDescriptor const& file, off_t oldLength, Content const& content) {
+    size_t const kept = static_cast<uintmax_t>(oldLength) < content.length
+                            ? static_cast<size_t>(oldLength)
+                            : content.length;
+    if (!file.seek(oldLength) || !file.writeAll(content.bytes + kept, content.length - kept)) {
+        file.resize(oldLength);
         return false;
     }
-    bool const regular = S_ISREG(status.st_mode);
-    return (!regular || (descriptor.lock() && ftruncate(descriptor.get(), 0) == 0)) &&
-           descriptor.writeAll(content.bytes, content.length) &&
-           (!regular || !content.synced || descriptor.sync()) && descriptor.close();
+    return file.seek(0) && file.writeAll(content.bytes, kept) &&
+           file.resize(static_cast<off_t>(content.length));
 }
 
-// A link below /proc leads to an open file, which may have no name any more.
-bool isNameOf(char const* name, struct stat const& file) {
+// Regular files are locked, so that two writers do not mix; others can be neither cut nor synced.
+bool writeDirectly(char const* name, Content const& content) {
+    FileDescriptor file(name, O_WRONLY | O_CREAT, 0644);
     struct stat status;
-    return stat(name, &status) == 0 && status.st_dev == file.st_dev && status.st_ino == file.st_ino;
+    if (!file || fstat(file.get(), &status) != 0) {
+        return false;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return file.writeAll(content.bytes, content.length) && file.close();
+    }
+    // the length may have changed while this call waited for the lock
+    bool const written = file.lock() && fstat(file.get(), &status) == 0 &&
+                         overwrite(file, status.st_size, content) &&
+                         (!content.synced || file.sync());
+    file.unlock();
+    return file.close() && written;
 }
 
 }  // namespace
@@ -110,7 +124,11 @@ bool isNameOf(char const* name, struct stat const& file) {
 bool replaceFile(char const* file, char const* bytes, size_t length, Durability durability) {
     Content const content = {bytes, length, durability == Durability::SYNCED};
     struct stat old;
-    bool const exists = stat(file, &old) == 0;
+    bool exists = lstat(file, &old) == 0;
+    bool const isLink = exists && S_ISLNK(old.st_mode);
+    if (isLink) {
+        exists = stat(file, &old) == 0;
+    }
     if (!exists && errno != ENOENT) {
         return false;
     }
@@ -118,11 +136,10 @@ bool replaceFile(char const* file, char const* bytes, size_t length, Durability 
         return writeDirectly(file, content);
     }
     SaveNames names;
-    if (!names.find(file)) {
+    if (!names.find(file, isLink)) {
         return false;
     }
-    bool const isLink = strcmp(names.target, file) != 0;
-    if (exists && isLink && !isNameOf(names.target, old)) {
+    if (exists && names.leadsToAnOpenFile()) {
         return writeDirectly(file, content);
     }
     Outcome const outcome = replace(exists ? &old : nullptr, names, content);

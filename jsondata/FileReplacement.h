@@ -12,8 +12,8 @@ enum class Durability { SYNCED, UNSYNCED };
 // nothing is left beside it.
 //
 // The permission bits, the owner (where that is allowed) and symbolic links stay; a new file gets
-// mode 0644 less the umask. What is there and is no regular file is written directly. So is, without
-// any promise for a write that fails, a file whose folder allows no replacement.
+// mode 0644 less the umask. What is there and is no regular file is written directly. So is,
+// without any promise for a write that fails, a file whose folder allows no replacement.
 //
 // May be called from any number of threads and processes at once: the last one wins, whole.
 bool replaceFile(char const* file, char const* text, size_t length, Durability durability);

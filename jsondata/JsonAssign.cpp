@@ -5,6 +5,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "JsonAssign.h"
 #include "JsonData.h"
 #include "JsonMember.h"
 #include "JsonPath.h"
@@ -22,10 +23,9 @@ char const* word(bool value) { return value ? "true" : "false"; }
 // One run along a path. A step either moves on to the next container or ends the run.
 class Assignment {
   public:
-    // The document's reference on the value is taken before anything is released, so that a value
-    // may take its own place.
+    // Takes over a reference on the value.
     Assignment(json_object* root, json_object* value)
-        : reference_(json_object_get(value)), replaced_(nullptr), container_(root) {}
+        : reference_(value), replaced_(nullptr), container_(root) {}
 
     // True when the value is stored.
     bool run(char const* path);
@@ -41,6 +41,7 @@ class Assignment {
     Outcome take(PathCursor const& at);
 
     Outcome setMember(PathToken key);
+    bool replaceMember(lh_entry* member);
     Outcome enterMember(PathToken key);
     Outcome createMember(PathToken key);
 
@@ -58,6 +59,7 @@ class Assignment {
         container_ = child;
     }
 
+    bool const debug_ = logging::enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL);
     JsonRef reference_;  // on the value; the document's, once it is stored
     JsonRef replaced_;   // kept to the end: the caller's path may be a text inside it
     json_object* container_;
@@ -68,15 +70,15 @@ class Assignment {
 };
 
 bool Assignment::run(char const* path) {
-    if (json_object_is_type(container_, json_type_array) && !PathCursor(path).token().isIndex()) {
+    if (json_object_is_type(container_, json_type_array) && *path != '[') {
         path = appendToRootArray(path);
     }
     if (walk(path) != DONE) {
         return false;
     }
     reference_.release();
-    UTIL_DEBUG("%s: FOUND parent=%p key=%.*s\n", "setJObj", static_cast<void*>(container_),
-               TOKEN_ARGS(previous_));
+    UTIL_DEBUG_IF(debug_, "%s: FOUND parent=%p key=%.*s\n", "setJObj",
+                  static_cast<void*>(container_), TOKEN_ARGS(previous_));
     return true;
 }
 
@@ -97,7 +99,7 @@ Assignment::Outcome Assignment::walk(char const* path) {
             return outcome;
         }
         if (at.isLast()) {
-            UTIL_DEBUG("%s: why do I come here?\n", "setJObj");
+            UTIL_DEBUG_IF(debug_, "%s: why do I come here?\n", "setJObj");
             return REFUSED;
         }
     }
@@ -105,8 +107,8 @@ Assignment::Outcome Assignment::walk(char const* path) {
 
 Assignment::Outcome Assignment::take(PathCursor const& at) {
     PathToken const token = at.token();
-    UTIL_DEBUG("%s: Parse: idx=%d key=%.*s isEnd=%s\n", "setJObj", at.index(), TOKEN_ARGS(token),
-               word(at.isLast()));
+    UTIL_DEBUG_IF(debug_, "%s: Parse: idx=%d key=%.*s isEnd=%s\n", "setJObj", at.index(),
+                  TOKEN_ARGS(token), word(at.isLast()));
     if (token.isIndex()) {
         return takeIndex(at);
     }
@@ -114,14 +116,12 @@ Assignment::Outcome Assignment::take(PathCursor const& at) {
 }
 
 Assignment::Outcome Assignment::setMember(PathToken key) {
-    UTIL_DEBUG("%s: set jval to current object jcrr=%p jval=%p %.*s.%.*s\n", SET_JOBJ,
-               static_cast<void*>(container_), static_cast<void*>(reference_.get()),
-               TOKEN_ARGS(previous_), TOKEN_ARGS(key));
-    json_object* before = nullptr;
-    if (findMember(container_, key.text(), before)) {
-        replaced_.keep(before);
-    }
-    if (!addMember(container_, key.text(), reference_.get())) {
+    UTIL_DEBUG_IF(debug_, "%s: set jval to current object jcrr=%p jval=%p %.*s.%.*s\n", SET_JOBJ,
+                  static_cast<void*>(container_), static_cast<void*>(reference_.get()),
+                  TOKEN_ARGS(previous_), TOKEN_ARGS(key));
+    lh_entry* const member = findMember(container_, key);
+    if (member != nullptr ? !replaceMember(member)
+                          : !addMember(container_, key, reference_.get())) {
         UTIL_ERROR("%s: fail to add jval '%.*s' to jcrr=%p jprt=%p\n", SET_JOBJ, TOKEN_ARGS(key),
                    static_cast<void*>(container_), static_cast<void*>(parent_));
         return REFUSED;
@@ -129,24 +129,34 @@ Assignment::Outcome Assignment::setMember(PathToken key) {
     return DONE;
 }
 
+// False for an object that would become its own member.
+bool Assignment::replaceMember(lh_entry* member) {
+    if (reference_.get() == container_) {
+        return false;
+    }
+    replaced_.reset(valueOf(member));
+    lh_entry_set_val(member, reference_.get());
+    return true;
+}
+
 // intended: an existing member is entered whatever its type; the next step finds out.
 Assignment::Outcome Assignment::enterMember(PathToken key) {
-    json_object* child = nullptr;
-    isNew_ = !findMember(container_, key.text(), child);
-    UTIL_DEBUG("%s: get child object at '%.*s.%.*s' isNew=%s\n", SET_JOBJ, TOKEN_ARGS(previous_),
-               TOKEN_ARGS(key), word(isNew_));
+    lh_entry const* const member = findMember(container_, key);
+    isNew_ = member == nullptr;
+    UTIL_DEBUG_IF(debug_, "%s: get child object at '%.*s.%.*s' isNew=%s\n", SET_JOBJ,
+                  TOKEN_ARGS(previous_), TOKEN_ARGS(key), word(isNew_));
     if (isNew_) {
         return createMember(key);
     }
-    enter(child);
+    enter(valueOf(member));
     return CONTINUE;
 }
 
 Assignment::Outcome Assignment::createMember(PathToken key) {
-    UTIL_DEBUG("%s: create new empty jchl to current object %.*s.%.*s\n", SET_JOBJ,
-               TOKEN_ARGS(previous_), TOKEN_ARGS(key));
+    UTIL_DEBUG_IF(debug_, "%s: create new empty jchl to current object %.*s.%.*s\n", SET_JOBJ,
+                  TOKEN_ARGS(previous_), TOKEN_ARGS(key));
     JsonRef child(json_object_new_object());
-    if (!child || !addMember(container_, key.text(), child.get())) {
+    if (!child || !addMember(container_, key, child.get())) {
         UTIL_ERROR("%s: fail to add new object '%.*s'\n", SET_JOBJ, TOKEN_ARGS(key));
         return REFUSED;
     }
@@ -160,11 +170,11 @@ Assignment::Outcome Assignment::takeIndex(PathCursor const& at) {
         UTIL_ERROR("%s: wrong array format %.*s\n", SET_JOBJ, TOKEN_ARGS(token));
         return REFUSED;
     }
-    unsigned int const index = BE_StrTo(token.indexNumberText());
+    unsigned int const index = indexOf(token);
     if (!becomeArray()) {
         return REFUSED;
     }
-    if (index >= json_object_array_length(container_)) {
+    if (index >= json_object_get_array(container_)->length) {
         return appendElement(index, token, at.isLast());
     }
     return at.isLast() ? replaceElement(index, token) : enterElement(index, token);
@@ -194,8 +204,8 @@ bool Assignment::becomeArray() {
 // Puts an empty array in the place of the empty object that this run has just created: a member of
 // an object, or the last element of an array. json-c releases the object.
 bool Assignment::recreateAsArray() {
-    UTIL_DEBUG("%s: recreate array object '%.*s' delete %p=%d\n", "setJObj", TOKEN_ARGS(previous_),
-               static_cast<void*>(container_), 1);
+    UTIL_DEBUG_IF(debug_, "%s: recreate array object '%.*s' delete %p=%d\n", "setJObj",
+                  TOKEN_ARGS(previous_), static_cast<void*>(container_), 1);
     JsonRef array(json_object_new_array());
     if (!array || !replaceContainer(array.get())) {
         return false;
@@ -209,13 +219,13 @@ bool Assignment::replaceContainer(json_object* replacement) {
         size_t const last = json_object_array_length(parent_) - 1;
         return json_object_array_put_idx(parent_, last, replacement) == 0;
     }
-    return addMember(parent_, previous_.text(), replacement);
+    return putMember(parent_, previous_, replacement);
 }
 
 Assignment::Outcome Assignment::replaceElement(unsigned int index, PathToken token) {
     int const number = static_cast<int>(index);
-    UTIL_DEBUG("%s: replace array element at idx=%d '%.*s.%.*s'\n", SET_JOBJ, number,
-               TOKEN_ARGS(previous_), TOKEN_ARGS(token));
+    UTIL_DEBUG_IF(debug_, "%s: replace array element at idx=%d '%.*s.%.*s'\n", SET_JOBJ, number,
+                  TOKEN_ARGS(previous_), TOKEN_ARGS(token));
     replaced_.keep(json_object_array_get_idx(container_, index));
     if (json_object_array_put_idx(container_, index, reference_.get()) != 0) {
         UTIL_ERROR("%s: fail to replace array element %d %.*s.%.*s\n", SET_JOBJ, number,
@@ -227,8 +237,8 @@ Assignment::Outcome Assignment::replaceElement(unsigned int index, PathToken tok
 
 Assignment::Outcome Assignment::enterElement(unsigned int index, PathToken token) {
     int const number = static_cast<int>(index);
-    UTIL_DEBUG("%s: get array element at idx=%d, '%.*s.%.*s'\n", SET_JOBJ, number,
-               TOKEN_ARGS(previous_), TOKEN_ARGS(token));
+    UTIL_DEBUG_IF(debug_, "%s: get array element at idx=%d, '%.*s.%.*s'\n", SET_JOBJ, number,
+                  TOKEN_ARGS(previous_), TOKEN_ARGS(token));
     json_object* const element = json_object_array_get_idx(container_, index);
     if (element == nullptr) {
         UTIL_ERROR("%s: cannot get array element at idx=%d '%.*s.%.*s'\n", SET_JOBJ, number,
@@ -242,8 +252,8 @@ Assignment::Outcome Assignment::enterElement(unsigned int index, PathToken token
 // intended: the element goes to the end, whatever the index; no gap is made. On the way to a
 // further token it is a new empty object.
 Assignment::Outcome Assignment::appendElement(unsigned int index, PathToken token, bool isLast) {
-    UTIL_DEBUG("%s: add new array element at %d '%.*s.%.*s'\n", SET_JOBJ, static_cast<int>(index),
-               TOKEN_ARGS(previous_), TOKEN_ARGS(token));
+    UTIL_DEBUG_IF(debug_, "%s: add new array element at %d '%.*s.%.*s'\n", SET_JOBJ,
+                  static_cast<int>(index), TOKEN_ARGS(previous_), TOKEN_ARGS(token));
     if (isLast) {
         bool const added = json_object_array_add(container_, reference_.get()) == 0;
         return added ? DONE : appendFailed(index);
@@ -284,8 +294,15 @@ bool isAcceptable(json_object* root, char const* path) {
 
 }  // namespace
 
+bool assign(json_object* root, char const* path, json_object* value) {
+    Assignment assignment(root, value);
+    return isAcceptable(root, path) && assignment.run(path);
+}
+
+// The document's reference is taken before anything is released, so that a value may take its own
+// place.
 int JsonData::setJObj(json_object* jobj, char const* path, json_object* jval) {
-    return isAcceptable(jobj, path) && Assignment(jobj, jval).run(path) ? STORED : FAILED;
+    return assign(jobj, path, json_object_get(jval)) ? STORED : FAILED;
 }
 
 int JsonData::setJObj(json_object* jobj, char const* path, json_object* jval, json_object*& parent,
@@ -293,7 +310,7 @@ int JsonData::setJObj(json_object* jobj, char const* path, json_object* jval, js
     if (!isAcceptable(jobj, path)) {
         return FAILED;
     }
-    Assignment assignment(jobj, jval);
+    Assignment assignment(jobj, json_object_get(jval));
     if (!assignment.run(path)) {
         return FAILED;
     }

@@ -1,24 +1,57 @@
 #include "JsonFile.h"
 
-#include <stddef.h>
+#include <limits.h>
+#include <stdlib.h>
 
 #include "FileDescriptor.h"
 
 namespace {
 
-// The whole file, at the end of `text`.
-bool readAll(FileDescriptor const& file, printbuf* text) {
-    char chunk[4096];
-    for (;;) {
-        ssize_t const count = file.read(chunk, sizeof chunk);
-        if (count <= 0) {
-            return count == 0;
-        }
-        if (printbuf_memappend(text, chunk, static_cast<int>(count)) < 0) {
-            return false;
+// What has been read of a file; grows by doubling.
+class Text {
+  public:
+    Text() = default;
+    ~Text() { free(bytes_); }
+    Text(Text const&) = delete;
+    Text& operator=(Text const&) = delete;
+
+    char const* bytes() const { return bytes_; }
+    int length() const { return length_; }
+
+    // False when the file cannot be read, memory is short, or json-c could not count it.
+    bool readAll(FileDescriptor const& file) {
+        for (;;) {
+            if (length_ == capacity_ && !grow()) {
+                return false;
+            }
+            size_t const room = static_cast<size_t>(capacity_ - length_);
+            ssize_t const count = file.read(bytes_ + length_, room);
+            if (count <= 0) {
+                return count == 0;
+            }
+            length_ += static_cast<int>(count);
         }
     }
-}
+
+  private:
+    bool grow() {
+        if (capacity_ > INT_MAX / 2) {
+            return false;
+        }
+        int const capacity = capacity_ > 0 ? capacity_ * 2 : 4096;
+        void* const grown = realloc(bytes_, static_cast<size_t>(capacity));
+        if (grown == nullptr) {
+            return false;
+        }
+        bytes_ = static_cast<char*>(grown);
+        capacity_ = capacity;
+        return true;
+    }
+
+    char* bytes_ = nullptr;
+    int length_ = 0;
+    int capacity_ = 0;
+};
 
 json_object* parse(char const* text, int length) {
     json_tokener* const tokener = json_tokener_new();
@@ -31,14 +64,8 @@ json_object* parse(char const* text, int length) {
 }
 
 json_object* readValue(FileDescriptor const& file) {
-    printbuf* const text = printbuf_new();
-    if (text == nullptr) {
-        return nullptr;
-    }
-    json_object* const value =
-        readAll(file, text) ? parse(text->buf, printbuf_length(text)) : nullptr;
-    printbuf_free(text);
-    return value;
+    Text text;
+    return text.readAll(file) ? parse(text.bytes(), text.length()) : nullptr;
 }
 
 }  // namespace

@@ -17,15 +17,17 @@ struct Step {
     json_object* value = nullptr;
 };
 
-Step toMember(json_object* container, PathCursor const& at) {
-    Step step;
-    step.found = findMember(container, at.token().text(), step.value);
-    if (step.found && at.isLast()) {
-        UTIL_DEBUG("%s: found the object %.*s\n", "getJObj", TOKEN_ARGS(at.token()));
-    } else if (step.found) {
-        UTIL_DEBUG("%s: continue search next key\n", "getJObj");
+Step toMember(json_object* container, PathCursor const& at, bool debug) {
+    lh_entry const* const member = findMember(container, at.token());
+    if (member == nullptr) {
+        return {};
     }
-    return step;
+    if (at.isLast()) {
+        UTIL_DEBUG_IF(debug, "%s: found the object %.*s\n", "getJObj", TOKEN_ARGS(at.token()));
+    } else {
+        UTIL_DEBUG_IF(debug, "%s: continue search next key\n", "getJObj");
+    }
+    return {true, valueOf(member)};
 }
 
 Step toElement(json_object* container, PathToken token) {
@@ -33,38 +35,36 @@ Step toElement(json_object* container, PathToken token) {
         UTIL_ERROR("Wrong array index %.*s - size:%d\n", TOKEN_ARGS(token), token.width());
         return {};
     }
-    unsigned int const index = BE_StrTo(token.indexNumberText());
-    if (!json_object_is_type(container, json_type_array)) {
+    unsigned int const index = indexOf(token);
+    array_list const* const elements = json_object_get_array(container);  // null unless an array
+    if (elements == nullptr) {
         UTIL_ERROR("Object is not array '%s'!\n",
                    json_type_to_name(json_object_get_type(container)));
         return {};
     }
-    size_t const length = json_object_array_length(container);
-    if (index >= length) {
-        UTIL_ERROR("Request wrong index num=%d len=%d!\n", static_cast<int>(index),
-                   static_cast<int>(length));
+    int const length = static_cast<int>(elements->length);
+    if (index >= elements->length) {
+        UTIL_ERROR("Request wrong index num=%d len=%d!\n", static_cast<int>(index), length);
         return {};
     }
-    json_object* const element = json_object_array_get_idx(container, index);
+    json_object* const element = static_cast<json_object*>(elements->array[index]);
     if (element == nullptr) {
-        UTIL_ERROR("Cannot get array index num=%d len=%d!\n", static_cast<int>(index),
-                   static_cast<int>(length));
+        UTIL_ERROR("Cannot get array index num=%d len=%d!\n", static_cast<int>(index), length);
     }
     return {element != nullptr, element};
 }
 
-Step take(json_object* container, PathCursor const& at) {
-    UTIL_DEBUG("%s: Parse: idx=%d key=%.*s isEnd=%s\n", "getJObj", at.index(),
-               TOKEN_ARGS(at.token()), at.isLast() ? "true" : "false");
-    return at.token().isIndex() ? toElement(container, at.token()) : toMember(container, at);
+Step take(json_object* container, PathCursor const& at, bool debug) {
+    UTIL_DEBUG_IF(debug, "%s: Parse: idx=%d key=%.*s isEnd=%s\n", "getJObj", at.index(),
+                  TOKEN_ARGS(at.token()), at.isLast() ? "true" : "false");
+    return at.token().isIndex() ? toElement(container, at.token()) : toMember(container, at, debug);
 }
 
-Lookup walk(json_object* root, char const* path) {
-    Lookup result;
+void walk(json_object* root, char const* path, bool debug, Lookup& result) {
     result.parent = root;
     json_object* container = root;
     for (PathCursor at(path);; at.advance()) {
-        Step const step = take(container, at);
+        Step const step = take(container, at, debug);
         if (step.found) {
             result.parent = container;
         }
@@ -72,7 +72,7 @@ Lookup walk(json_object* root, char const* path) {
             result.outcome = at.isLast() ? Lookup::ENDED : Lookup::STRAYED;
             result.value = step.value;
             result.last = at.token();
-            return result;
+            return;
         }
         container = step.value;
     }
@@ -106,9 +106,10 @@ Lookup lookUp(json_object* root, char const* path) {
         result.value = root;
         return result;
     }
-    result = walk(root, path);
+    bool const debug = logging::enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL);
+    walk(root, path, debug, result);
     if (result.outcome == Lookup::STRAYED) {
-        UTIL_DEBUG("%s: cannot found the object %s\n", "getJObj", path);
+        UTIL_DEBUG_IF(debug, "%s: cannot found the object %s\n", "getJObj", path);
     }
     // said for every walk, whatever it found
     UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(result.parent),

@@ -3,84 +3,92 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <string_view>
+
 namespace {
 
-// The name as json-c wants it. On the stack where it fits.
+// The name as json-c wants it: in place, or copied to the stack where it fits.
 class TerminatedName {
   public:
     static size_t const STACK_LENGTH = 127;
 
-    explicit TerminatedName(std::string_view name)
-        : text_(name.size() <= STACK_LENGTH ? small_
-                                            : static_cast<char*>(malloc(name.size() + 1))) {
-        if (text_ != nullptr) {
-            if (!name.empty()) {
-                memcpy(text_, name.data(), name.size());
-            }
-            text_[name.size()] = '\0';
+    explicit TerminatedName(PathToken name) : text_(name.start()) {
+        if (!name.isTerminated()) {
+            text_ = copy(name.text());
         }
     }
-    ~TerminatedName() {
-        if (text_ != small_) {
-            free(text_);
-        }
-    }
+    ~TerminatedName() { free(heap_); }
     TerminatedName(TerminatedName const&) = delete;
     TerminatedName& operator=(TerminatedName const&) = delete;
 
     char const* get() const { return text_; }  // null when there was no memory
 
   private:
-    char small_[STACK_LENGTH + 1];
-    char* text_;
+    char const* copy(std::string_view name) {
+        char* to = stack_;
+        if (name.size() > STACK_LENGTH) {
+            to = heap_ = static_cast<char*>(malloc(name.size() + 1));
+        }
+        if (to != nullptr) {
+            name.copy(to, name.size());
+            to[name.size()] = '\0';
+        }
+        return to;
+    }
+
+    char const* text_;
+    char* heap_ = nullptr;
+    char stack_[STACK_LENGTH + 1];
 };
 
-bool namesEqual(char const* key, std::string_view name) {
+bool isNamed(lh_entry const* entry, std::string_view name) {
+    char const* const key = static_cast<char const*>(lh_entry_k(entry));
+    if (!name.empty() && key[0] != name[0]) {
+        return false;
+    }
     return strncmp(key, name.data(), name.size()) == 0 && key[name.size()] == '\0';
 }
 
-bool scanMembers(lh_table* members, std::string_view name, json_object*& value) {
-    lh_entry* entry = nullptr;
-    lh_foreach(members, entry) {
-        if (namesEqual(static_cast<char const*>(lh_entry_k(entry)), name)) {
-            value = static_cast<json_object*>(lh_entry_v(entry));
-            return true;
-        }
-    }
-    return false;
+// Not inlined, for a scan to do without the room for the copy.
+[[gnu::noinline]] lh_entry* copyAndHash(lh_table* members, PathToken name) {
+    TerminatedName const key(name);
+    return lh_table_lookup_entry(members, key.get());
 }
 
-lh_table* membersOf(json_object* container) {
-    return json_object_is_type(container, json_type_object) ? json_object_get_object(container)
-                                                            : nullptr;
+bool store(json_object* container, PathToken name, json_object* value, unsigned int options) {
+    TerminatedName const key(name);
+    return json_object_is_type(container, json_type_object) && key.get() != nullptr &&
+           json_object_object_add_ex(container, key.get(), value, options) == 0;
 }
 
 }  // namespace
 
-bool findMember(json_object* container, std::string_view name, json_object*& value) {
-    // Comparing a few names costs less than copying and hashing one. A very long name is not worth
-    // a heap block either.
+// Comparing a few names costs less than copying and hashing one. A very long name is not worth a
+// heap block either.
+lh_entry* scanOrHash(lh_table* members, PathToken name) {
     int const scanLimit = 10;
-    lh_table* const members = membersOf(container);
-    if (members == nullptr) {
-        return false;
+    std::string_view const text = name.text();
+    if (lh_table_length(members) > scanLimit && text.size() <= TerminatedName::STACK_LENGTH) {
+        return copyAndHash(members, name);
     }
-    if (lh_table_length(members) <= scanLimit || name.size() > TerminatedName::STACK_LENGTH) {
-        return scanMembers(members, name, value);
+    lh_entry* entry = lh_table_head(members);
+    while (entry != nullptr && !isNamed(entry, text)) {
+        entry = lh_entry_next(entry);
     }
-    TerminatedName const key(name);
-    return json_object_object_get_ex(container, key.get(), &value) != 0;
+    return entry;
 }
 
-bool addMember(json_object* container, std::string_view name, json_object* value) {
-    TerminatedName const key(name);
-    return membersOf(container) != nullptr && key.get() != nullptr &&
-           json_object_object_add(container, key.get(), value) == 0;
+bool addMember(json_object* container, PathToken name, json_object* value) {
+    return store(container, name, value, JSON_C_OBJECT_ADD_KEY_IS_NEW);
 }
 
-void deleteMember(json_object* container, std::string_view name) {
+bool putMember(json_object* container, PathToken name, json_object* value) {
+    return store(container, name, value, 0);
+}
+
+void deleteMember(json_object* container, PathToken name) {
     TerminatedName const key(name);
-    if (membersOf(container) != nullptr && key.get() != nullptr) {
+    if (json_object_is_type(container, json_type_object) && key.get() != nullptr) {
         json_object_object_del(container, key.get());
     }
 }

@@ -4,11 +4,11 @@
 #define VOBIUTILS_JSONDATA_JSONPATH_H
 
 #include <limits.h>
-#include <string.h>
+#include <stddef.h>
 
 #include <string_view>
 
-// One step of a path: a piece of the caller's text, used in place and not terminated.
+// One step of a path: a piece of a terminated text, used in place.
 class PathToken {
   public:
     PathToken() = default;
@@ -16,13 +16,16 @@ class PathToken {
 
     std::string_view text() const { return text_; }
 
+    // The text ends where the token does, which can then be used as it stands.
+    bool isTerminated() const { return *(start() + text_.size()) == '\0'; }
+
     bool isIndex() const { return !text_.empty() && text_.front() == '['; }
 
     // An index token must have something between its first and its last character.
     bool hasIndexNumber() const { return text_.size() >= 3; }
 
     // The text between them; the last character need not be "]".
-    std::string_view indexNumberText() const { return text_.substr(1, text_.size() - 2); }
+    std::string_view indexNumberText() const { return {text_.data() + 1, text_.size() - 2}; }
 
     // The two arguments of "%.*s"; see TOKEN_ARGS.
     int width() const { return text_.size() < INT_MAX ? static_cast<int>(text_.size()) : INT_MAX; }
@@ -57,13 +60,24 @@ class PathCursor {
     }
 
   private:
-    void cut() {
-        size_t const length = strcspn(rest_, ".");
-        token_ = PathToken(std::string_view(rest_, length));
-        rest_ += length;
-        if (*rest_ == '.') {
-            ++rest_;
+    // Tokens are short: a call would cost more. Nearly all that stands in them comes behind the dot
+    // in the character set, so that one comparison each is enough.
+    static char const* endOfToken(char const* text) {
+        for (;; ++text) {
+            while (static_cast<unsigned char>(*text) > '.') {
+                ++text;
+            }
+            if (*text == '.' || *text == '\0') {
+                return text;
+            }
         }
+    }
+
+    void cut() {
+        char const* const end = endOfToken(rest_);
+        std::string_view const text(rest_, static_cast<size_t>(end - rest_));
+        token_ = PathToken(text);
+        rest_ = *end == '.' ? end + 1 : end;
     }
 
     char const* rest_;
@@ -75,5 +89,22 @@ class PathCursor {
 // skipped: a sign is accepted and "-1" wraps, a number too large gives 4294967295, and no number at
 // all gives 0. Text left over is reported on standard output.
 unsigned int BE_StrTo(std::string_view text);
+
+// The number of an index token. Nearly every one is a few digits, which need no call.
+inline unsigned int indexOf(PathToken token) {
+    std::string_view const text = token.indexNumberText();
+    unsigned int number = 0;
+    if (text.size() > 9) {  // it may be too large
+        return BE_StrTo(text);
+    }
+    for (char const c : text) {
+        unsigned int const digit = static_cast<unsigned int>(c) - '0';
+        if (digit > 9) {
+            return BE_StrTo(text);
+        }
+        number = number * 10 + digit;
+    }
+    return number;
+}
 
 #endif

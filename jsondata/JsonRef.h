@@ -8,7 +8,7 @@ class JsonRef {
   public:
     // Takes over a reference that the caller holds.
     explicit JsonRef(json_object* owned) noexcept : object_(owned) {}
-    ~JsonRef() { json_object_put(object_); }
+    ~JsonRef() { release(object_); }
     JsonRef(JsonRef const&) = delete;
     JsonRef& operator=(JsonRef const&) = delete;
 
@@ -19,10 +19,12 @@ class JsonRef {
     explicit operator bool() const noexcept { return object_ != nullptr; }
 
     // Takes a further reference, in place of the one held.
-    void keep(json_object* object) noexcept {
-        json_object_get(object);
-        json_object_put(object_);
-        object_ = object;
+    void keep(json_object* object) noexcept { reset(json_object_get(object)); }
+
+    // Takes over a reference that the caller holds, in place of the one held.
+    void reset(json_object* owned) noexcept {
+        release(object_);
+        object_ = owned;
     }
 
     // Gives the reference away.
@@ -33,6 +35,12 @@ class JsonRef {
     }
 
   private:
+    static void release(json_object* object) noexcept {
+        if (object != nullptr) {  // json-c would ask too, behind a call
+            json_object_put(object);
+        }
+    }
+
     json_object* object_;
 };
 

@@ -3,24 +3,25 @@
 #include <errno.h>
 #include <stdio.h>
 #include <string.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 namespace {
 
 char const TEMPORARY_SUFFIX[] = ".saving";
 int const LINKS_FOLLOWED = 40;  // as many as the kernel follows
+long const PROC_FILE_SYSTEM = 0x9fa0;
 
 }  // namespace
 
-bool SaveNames::find(char const* file) {
+bool SaveNames::find(char const* file, bool isLink) {
     size_t const length = strlen(file);
     if (length >= sizeof target) {
         return false;
     }
     memcpy(target, file, length + 1);
-    bool wasLink = true;
-    for (int links = 0; wasLink; ++links) {
-        if (links > LINKS_FOLLOWED || !followLink(wasLink)) {
+    for (int links = 0; isLink; ++links) {
+        if (links > LINKS_FOLLOWED || !followLink(isLink)) {
             return false;
         }
     }
@@ -40,6 +41,12 @@ bool SaveNames::followLink(bool& wasLink) {
     if (!wasLink) {
         return errno == EINVAL || errno == ENOENT;
     }
+    nameFolder();
+    struct statfs system;
+    if (statfs(folder, &system) != 0) {
+        return false;
+    }
+    throughProc_ = throughProc_ || system.f_type == PROC_FILE_SYSTEM;
     size_t const length = static_cast<size_t>(count);
     size_t const start = link[0] == '/' ? 0 : folderLength();
     if (start + length >= sizeof target) {
@@ -50,14 +57,19 @@ bool SaveNames::followLink(bool& wasLink) {
     return true;
 }
 
-bool SaveNames::nameTheOthers() {
+void SaveNames::nameFolder() {
     size_t const length = folderLength();
     char const* const path = length > 0 ? target : "./";
     int const pathLength = length > 0 ? static_cast<int>(length) : 2;
     snprintf(folder, sizeof folder, "%.*s", pathLength, path);
+}
+
+bool SaveNames::nameTheOthers() {
+    nameFolder();
     // a long name is cut: two files that share a temporary name take turns
-    int const room = NAME_MAX - 1 - static_cast<int>(strlen(TEMPORARY_SUFFIX));
-    int const written = snprintf(temporary, sizeof temporary, "%s.%.*s%s", folder, room,
-                                 target + length, TEMPORARY_SUFFIX);
-    return written > 0 && static_cast<size_t>(written) < sizeof temporary;
+    int const room = NAME_MAX - 2 - static_cast<int>(strlen(TEMPORARY_SUFFIX));
+    size_t const size = sizeof temporary - 1;
+    int const written = snprintf(temporary, size, "%s.%.*s%s", folder, room,
+                                 target + folderLength(), TEMPORARY_SUFFIX);
+    return written > 0 && static_cast<size_t>(written) < size;
 }

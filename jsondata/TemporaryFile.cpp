@@ -4,7 +4,10 @@
 
 TemporaryFile::~TemporaryFile() {
     if (exists_) {
-        unlink(name_);  // before the lock ends with the descriptors
+        unlink(name_);  // while it is locked
+    }
+    if (lock_) {
+        lock_.unlock();
     }
 }
 
@@ -12,7 +15,7 @@ bool TemporaryFile::create(mode_t mode) {
     while (!exists_) {
         bool const done = file_.open(name_, O_WRONLY | O_CREAT | O_EXCL, mode)
                               ? take()
-                              : errno == EEXIST && removeStale();
+                              : errno == EEXIST && (removeStale() || turnToNextName());
         if (!done) {
             return false;
         }
@@ -23,18 +26,29 @@ bool TemporaryFile::create(mode_t mode) {
 // Locks the file just made. Another process may have been faster, taken it for one left over, and
 // removed it: it then exists no more.
 bool TemporaryFile::take() {
-    struct stat status;
-    if (!file_.lock() || fstat(file_.get(), &status) != 0) {
+    if (!file_.lock() || fstat(file_.get(), &made_) != 0) {
         unlink(name_);
         return false;
     }
-    exists_ = status.st_nlink > 0;
+    exists_ = made_.st_nlink > 0;
+    return true;
+}
+
+bool TemporaryFile::turnToNextName() {
+    if (digit_ == '9') {
+        errno = EEXIST;
+        return false;
+    }
+    ++digit_;
+    name_[firstLength_] = digit_;
+    name_[firstLength_ + 1] = '\0';
     return true;
 }
 
 bool TemporaryFile::removeStale() const {
-    FileDescriptor const stale(name_, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
-    if (!stale) {
+    int const flags = O_NONBLOCK | O_NOFOLLOW;
+    FileDescriptor stale(name_, O_RDONLY | flags);
+    if (!stale && (errno != EACCES || !stale.open(name_, O_WRONLY | flags))) {
         return errno == ENOENT;
     }
     struct stat locked;
@@ -50,10 +64,13 @@ bool TemporaryFile::removeStale() const {
 }
 
 bool TemporaryFile::takeOwnerAndModeOf(struct stat const& old) {
-    if (fchown(file_.get(), old.st_uid, old.st_gid) != 0) {
+    bool const isOurs = old.st_uid == made_.st_uid && old.st_gid == made_.st_gid;
+    if (!isOurs && fchown(file_.get(), old.st_uid, old.st_gid) != 0 &&
+        fchown(file_.get(), static_cast<uid_t>(-1), old.st_gid) != 0) {
         // then it is the process's own: not everybody may give files away
     }
-    return fchmod(file_.get(), old.st_mode & 07777) == 0;
+    bool const asItWas = isOurs && old.st_mode == made_.st_mode;
+    return asItWas || fchmod(file_.get(), old.st_mode & 07777) == 0;
 }
 
 bool TemporaryFile::fill(char const* bytes, size_t length, bool synced) {

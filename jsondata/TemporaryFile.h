@@ -3,22 +3,25 @@
 // The temporary name is always the same for one file, so that a process that is killed leaves one
 // temporary file at most, which the next save removes. Whoever works on it holds its lock until it
 // has its final name: one whose lock is free was left over. Only who holds the lock renames or
-// removes it.
+// removes it. What stands there and cannot be locked or removed, another user's or no file at all,
+// is left alone: a further name is taken, with a digit behind.
 #ifndef VOBIUTILS_JSONDATA_TEMPORARYFILE_H
 #define VOBIUTILS_JSONDATA_TEMPORARYFILE_H
 
+#include <string.h>
 #include <sys/stat.h>
 
 #include "FileDescriptor.h"
 
 class TemporaryFile {
   public:
-    explicit TemporaryFile(char const* name) : name_(name) {}
+    // `name` has room for one more character, and must outlive the object.
+    explicit TemporaryFile(char* name) : name_(name), firstLength_(strlen(name)) {}
     ~TemporaryFile();
     TemporaryFile(TemporaryFile const&) = delete;
     TemporaryFile& operator=(TemporaryFile const&) = delete;
 
-    // A new, empty file. Waits for whoever else works at that name. False with errno.
+    // A new, empty file. Waits for whoever else works on it. False with errno.
     bool create(mode_t mode);
 
     // Before anything is written: the content may be secret.
@@ -30,14 +33,19 @@ class TemporaryFile {
     // False with errno.
     bool renameTo(char const* target);
 
-    // Removes what a process that was killed left at that name. Waits for one that still works on it.
+    // Removes what a process that was killed left at that name. Waits for one that still works on
+    // it.
     bool removeStale() const;
 
   private:
     bool take();
+    bool turnToNextName();
 
-    char const* const name_;
+    char* const name_;
+    size_t const firstLength_;  // of the name without a digit
+    char digit_ = '0';
     bool exists_ = false;
+    struct stat made_;  // the status of the new file
     FileDescriptor file_;
     FileDescriptor lock_;  // keeps the lock when file_ is closed
 };

@@ -4,7 +4,8 @@
 #include <string.h>
 
 #include <algorithm>
-#include <vector>
+#include <memory>
+#include <new>
 
 #include "Number.h"
 
@@ -150,16 +151,21 @@ bool areUnique(json_object* array, Budget& budget) {
     if (!budget.spend(4 * length)) {
         return false;
     }
-    std::vector<Hashed> elements;
-    elements.reserve(length);
+    std::unique_ptr<Hashed[]> const elements(new (std::nothrow) Hashed[length]);
+    if (elements == nullptr) {
+        budget.giveUp();
+        return false;
+    }
     for (size_t i = 0; i < length; ++i) {
         json_object* const element = json_object_array_get_idx(array, i);
-        elements.push_back({hashOf(element, budget), element});
+        elements[i] = {hashOf(element, budget), element};
     }
-    std::sort(elements.begin(), elements.end(),
-              [](Hashed const& a, Hashed const& b) { return a.hash < b.hash; });
-    Hashed const* const end = elements.data() + length;
-    for (Hashed const* first = elements.data(); first != end && !budget.isUndecided();) {
+    Hashed* const end = elements.get() + length;
+    // a heap: half the code of std::sort, and as bounded
+    auto const precedes = [](Hashed const& a, Hashed const& b) { return a.hash < b.hash; };
+    std::make_heap(elements.get(), end, precedes);
+    std::sort_heap(elements.get(), end, precedes);
+    for (Hashed const* first = elements.get(); first != end && !budget.isUndecided();) {
         Hashed const* last = first;
         while (last != end && last->hash == first->hash) {
             ++last;

@@ -10,74 +10,18 @@
 //   unlock  2      document there           1            released   0
 //   either  2      no document              0            released   2
 //   either  0, 1   -                        unchanged    released   2
-//
-// The mutex serialises writers and is held from one call to another: no scope guard fits. The state
-// turns away at once whoever comes while a writer holds the type.
-//
-// A release frees the mutex first and changes the state last, when the document is saved and
-// destroyed. In between the state still reads 2, and the releasing thread alone owns the document:
-// a writer that gets the mutex in that time gives it back and waits for the state to change.
 #include <new>
 #include <optional>
 
-#include "DbSlot.h"
-#include "FileName.h"
-#include "JsonData.h"
 #include "LocalDbCtrl.h"
 #include "Log.h"
-#include "MutexGuard.h"
 #include "TreeMapObject.h"
+#include "TypeLock.h"
 
 namespace {
 
 int const SUCCESS = 0;
 int const FAILURE = 2;
-
-// Guards the moments in which a type changes hands; one lock and one condition serve all types.
-pthread_mutex_t handOver = PTHREAD_MUTEX_INITIALIZER;
-pthread_cond_t writingEnded = PTHREAD_COND_INITIALIZER;
-
-// Nothing for a bad type and for a key without a controller.
-std::optional<DbSlot> find(unsigned int apiType, char const* sessionKey) {
-    LOCALDB_HANDLER* controller = nullptr;
-    try {
-        controller = apiType < API_TYPE_COUNT ? LocalDbCtrl::getDBByKey(sessionKey) : nullptr;
-    } catch (std::bad_alloc const&) {  // there was no default controller, and no room for its entry
-    }
-    return controller != nullptr ? std::optional<DbSlot>(std::in_place, *controller, apiType)
-                                 : std::nullopt;
-}
-
-// A mutex that nobody holds must not be unlocked: it is taken first, if it is free. Two releases
-// never come between each other's two steps.
-void releaseMutex(DbSlot& slot) {
-    MutexGuard const guard(handOver);
-    pthread_mutex_trylock(&slot.mutex);
-    pthread_mutex_unlock(&slot.mutex);
-}
-
-void endWriting(DbSlot& slot, int state) {
-    MutexGuard const guard(handOver);
-    slot.setState(state);
-    pthread_cond_broadcast(&writingEnded);
-}
-
-void waitWhileWriting(DbSlot const& slot) {
-    MutexGuard const guard(handOver);
-    while (slot.state() == DB_STATE_WRITING) {
-        pthread_cond_wait(&writingEnded, &handOver);
-    }
-}
-
-// Returns holding the mutex of a type that nobody is writing, saving or destroying.
-void acquire(DbSlot& slot) {
-    pthread_mutex_lock(&slot.mutex);
-    while (slot.state() == DB_STATE_WRITING) {
-        releaseMutex(slot);
-        waitWhileWriting(slot);
-        pthread_mutex_lock(&slot.mutex);
-    }
-}
 
 // The document, loaded if it has to be, or the node at `path` in it; null when there is none.
 TreeMapObject* open(DbSlot& slot, char const* path) {
@@ -107,17 +51,6 @@ TreeMapObject* refuseLock(unsigned int apiType, char const* path) {
     return nullptr;
 }
 
-int save(DbSlot& slot) {
-    FileName const file = FileName::ofData(slot.apiType);
-    UTIL_DEBUG("%s: type=%d save object %p to file %s\n", "saveDbObject",
-               static_cast<int>(slot.apiType), static_cast<void*>(slot.object),
-               logging::printable(file.get()));
-    int const result = JsonData::saveObjectToFile(file.get(), slot.object);
-    delete slot.object;  // also after a failed write: the next lock reads the file again
-    slot.object = nullptr;
-    return result;
-}
-
 int refuseRelease(char const* function, unsigned int apiType) {
     UTIL_ERROR("%s: wrong params apiT=%d\n", function, static_cast<int>(apiType));
     return FAILURE;
@@ -139,7 +72,7 @@ TreeMapObject* LocalDbCtrl::lockDbObject(unsigned int apiType, char const* path,
     if (path == nullptr) {
         return refuseLock(apiType, path);
     }
-    std::optional<DbSlot> slot = find(apiType, sessionKey);
+    std::optional<DbSlot> slot = findSlot(apiType, sessionKey);
     if (!slot) {
         return refuseLock(apiType, path);
     }
@@ -159,7 +92,7 @@ TreeMapObject* LocalDbCtrl::lockDbObject(unsigned int apiType, char const* path,
 }
 
 int LocalDbCtrl::saveDbObject(API_TYPE_T apiType, char const* sessionKey) {
-    std::optional<DbSlot> slot = find(apiType, sessionKey);
+    std::optional<DbSlot> slot = findSlot(apiType, sessionKey);
     if (!slot) {
         return refuseRelease("saveDbObject", apiType);
     }
@@ -169,7 +102,7 @@ int LocalDbCtrl::saveDbObject(API_TYPE_T apiType, char const* sessionKey) {
     }
     int result = FAILURE;
     if (slot->object != nullptr) {
-        result = save(*slot);
+        result = saveAndDrop(*slot);
     } else {
         UTIL_DEBUG("%s: there is something wrong, I am is not initialized already!\n",
                    "saveDbObject");
@@ -179,7 +112,7 @@ int LocalDbCtrl::saveDbObject(API_TYPE_T apiType, char const* sessionKey) {
 }
 
 int LocalDbCtrl::unlockDbObject(unsigned int apiType, char const* sessionKey) {
-    std::optional<DbSlot> slot = find(apiType, sessionKey);
+    std::optional<DbSlot> slot = findSlot(apiType, sessionKey);
     if (!slot) {
         return refuseRelease("unlockDbObject", apiType);
     }

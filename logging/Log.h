@@ -29,16 +29,25 @@ inline char const* printable(char const* text) { return text != nullptr ? text :
 
 }  // namespace logging
 
-#define VOBIUTILS_LOG(level, ...)                              \
-    do {                                                       \
-        if (logging::enabled(level, LOG_GROUP_UTIL)) {         \
-            Logger::print(level, LOG_GROUP_UTIL, __VA_ARGS__); \
-        }                                                      \
+#define VOBIUTILS_LOG(level, ...)                                   \
+    do {                                                            \
+        if (logging::enabled(level, LOG_GROUP_UTIL)) [[unlikely]] { \
+            Logger::print(level, LOG_GROUP_UTIL, __VA_ARGS__);      \
+        }                                                           \
     } while (false)
 
 #define UTIL_INFO(...) VOBIUTILS_LOG(LOG_TYPE_INFO, __VA_ARGS__)
 #define UTIL_WARN(...) VOBIUTILS_LOG(LOG_TYPE_WARN, __VA_ARGS__)
 #define UTIL_DEBUG(...) VOBIUTILS_LOG(LOG_TYPE_DEBUG, __VA_ARGS__)
 #define UTIL_ERROR(...) VOBIUTILS_LOG(LOG_TYPE_ERROR, __VA_ARGS__)
+
+// A walk of many steps asks once, and each step then costs one test: `enabled` is what
+// logging::enabled said of the level DEBUG.
+#define UTIL_DEBUG_IF(enabled, ...)                                     \
+    do {                                                                \
+        if (enabled) [[unlikely]] {                                     \
+            Logger::print(LOG_TYPE_DEBUG, LOG_GROUP_UTIL, __VA_ARGS__); \
+        }                                                               \
+    } while (false)
 
 #endif

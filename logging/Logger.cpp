@@ -120,8 +120,24 @@ class Line {
     iovec parts_[PARTS];
 };
 
+// Not inlined, for a call that is switched off to do without its room.
+[[gnu::noinline, gnu::format(printf, 3, 0)]] void write(LOG_TYPE_T level, LOG_GROUP_T group,
+                                                        char const* format, va_list arguments) {
+    char message[MESSAGE_SIZE];
+    if (format == nullptr || vsnprintf(message, sizeof message, format, arguments) < 0) {
+        message[0] = '\0';
+    }
+    Line const line(level, group, message);
+    MutexGuard const guard(Logger::lock);
+    if (Logger::enableFileLog != 0 && !line.append(BEConfig::LOG_FILE.c_str())) {
+        printf("fail to open file %s\n", BEConfig::LOG_FILE.c_str());
+    }
+    line.print(stdout);
+}
+
 bool createLogFile() {
-    FILE* const file = fopen(BEConfig::LOG_FILE.c_str(), "a");  // truncates nothing, should it exist
+    FILE* const file =
+        fopen(BEConfig::LOG_FILE.c_str(), "a");  // truncates nothing, should it exist
     if (file == nullptr) {
         return false;
     }
@@ -148,23 +164,13 @@ void Logger::setGroup(LOG_GROUP_T group, bool enable) {
 }
 
 void Logger::print(LOG_TYPE_T level, LOG_GROUP_T group, char const* format, ...) {
-    if (!logging::enabled(level, group)) {
+    if (!logging::enabled(level, group)) [[likely]] {
         return;
     }
-    char message[MESSAGE_SIZE];
     va_list arguments;
     va_start(arguments, format);
-    if (format == nullptr || vsnprintf(message, sizeof message, format, arguments) < 0) {
-        message[0] = '\0';
-    }
+    write(level, group, format, arguments);
     va_end(arguments);
-
-    Line const line(level, group, message);
-    MutexGuard const guard(lock);
-    if (enableFileLog != 0 && !line.append(BEConfig::LOG_FILE.c_str())) {
-        printf("fail to open file %s\n", BEConfig::LOG_FILE.c_str());
-    }
-    line.print(stdout);
 }
 
 void be_sig_handler(int) {}

@@ -13,8 +13,8 @@ cmake -S . -B "$build" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDe
     -DVOBIUTILS_FUZZ=ON -DVOBIUTILS_BUILD_EXAMPLES=OFF >/dev/null
 cmake --build "$build" --parallel "$(nproc)" --target "fuzz_$target" >/dev/null
 
-mkdir -p "$build/corpus/$target"
-cd "$build"
-ASAN_OPTIONS=allow_user_segv_handler=0 "tests/fuzz/fuzz_$target" -max_total_time="$seconds" \
-    -timeout=5 -max_len=4096 -print_final_stats=1 -artifact_prefix="found-$target-" \
-    "corpus/$target" "../../tests/fuzz/corpus/$target"
+found=$PWD/$build
+mkdir -p "$found/corpus/$target"
+ASAN_OPTIONS=allow_user_segv_handler=0 "$build/tests/fuzz/fuzz_$target" -max_total_time="$seconds" \
+    -timeout=5 -max_len=4096 -print_final_stats=1 -artifact_prefix="$found/found-$target-" \
+    "$found/corpus/$target" "$PWD/tests/fuzz/corpus/$target"

@@ -5,7 +5,6 @@
 // Words of a command are parted by blanks. NULL is a null pointer, EMPTY the empty text, @40k forty
 // times "k", and "~" a blank. The first argument is mostly the name of a handle, whose document is
 // shown whenever it has changed.
-#include <pthread.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -15,7 +14,6 @@
 #include <map>
 #include <memory>
 #include <sstream>
-#include <thread>
 #include <vector>
 
 #include "BEConfig.h"
@@ -205,15 +203,8 @@ class Session {
     void showState() {
         LOCALDB_HANDLER* const controller = LocalDbCtrl::controllers.at(words_[1]);
         unsigned int const type = number(2);
-        int held = 0;
-        std::thread([&] {  // asked from another thread, which cannot hold it
-            held = pthread_mutex_trylock(&controller->lock[type]);
-            if (held == 0) {
-                pthread_mutex_unlock(&controller->lock[type]);
-            }
-        })
-            .join();
-        result_ = "state " + shown(controller->state[type]) + (held != 0 ? " held" : " free") +
+        result_ = "state " + shown(controller->state[type]) +
+                  (isHeld(controller->lock[type]) ? " held" : " free") +
                   (controller->dbObject[type] != nullptr ? " loaded" : "");
     }
 

@@ -41,15 +41,4 @@ TEST_F(JsonAssignTest, LetsAValueTakeItsOwnPlace) {
     EXPECT_EQ(text(root.get()), "{'a':{'b':1},'l':[{'c':2}],'null':null}");
 }
 
-TEST_F(JsonAssignTest, TakesPathsOfAThousandTokens) {
-    JsonRef const root(json("{}"));
-    JsonRef const value(json("'deep'"));
-    std::string path = std::string(1000, 'n');
-    for (int i = 0; i < 999; ++i) {
-        path += i % 3 == 0 ? ".[0]" : ".m";
-    }
-    EXPECT_EQ(set(root.get(), path, value.get()), 0);
-    printed([&] { EXPECT_EQ(JsonData::getJObj(root.get(), path.c_str()), value.get()); });
-}
-
 }  // namespace

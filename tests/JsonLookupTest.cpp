@@ -45,16 +45,4 @@ TEST_F(JsonLookupTest, FindsMembersInObjectsOfEverySize) {
     }
 }
 
-TEST_F(JsonLookupTest, TakesPathsOfAnyLength) {
-    std::string const oneToken(1 << 20, 'k');
-    std::string manyTokens = "net";
-    for (int i = 0; i < 100000; ++i) {
-        manyTokens += ".[1]";
-    }
-    printed([&] {
-        EXPECT_EQ(JsonData::getJObj(document_.get(), oneToken.c_str()), nullptr);
-        EXPECT_EQ(JsonData::getJObj(document_.get(), manyTokens.c_str()), nullptr);
-    });
-}
-
 }  // namespace

@@ -10,38 +10,6 @@
 
 namespace {
 
-std::vector<std::string> tokensOf(char const* path) {
-    std::vector<std::string> tokens;
-    for (PathCursor at(path);; at.advance()) {
-        EXPECT_EQ(at.index(), static_cast<int>(tokens.size()));
-        tokens.emplace_back(at.token().text());
-        if (at.isLast()) {
-            return tokens;
-        }
-    }
-}
-
-TEST(JsonPath, SplitsAtEveryDotButATrailingOne) {
-    struct {
-        char const* path;
-        std::vector<std::string> tokens;
-    } const rows[] = {
-        {"a", {"a"}},
-        {"a.b.c", {"a", "b", "c"}},
-        {"a..b", {"a", "", "b"}},
-        {".a", {"", "a"}},
-        {"a.", {"a"}},
-        {"a..", {"a", ""}},
-        {".", {""}},
-        {"..", {"", ""}},
-        {"list.[0].x", {"list", "[0]", "x"}},
-        {"list[0]", {"list[0]"}},
-    };
-    for (auto const& row : rows) {
-        EXPECT_EQ(tokensOf(row.path), row.tokens) << row.path;
-    }
-}
-
 struct Number {
     unsigned int value;
     bool complaint;

@@ -1,11 +1,8 @@
 // The login attempt record: counting, the lock-out, the record file, and files that are no good.
 #include <limits.h>
-#include <signal.h>
-#include <sys/resource.h>
 #include <time.h>
 
 #include <regex>
-#include <thread>
 
 #include "BELoginRecord.h"
 #include "Lockout.h"
@@ -153,35 +150,12 @@ TEST_F(LoginRecordTest, ABadFileStopsTheRecord) {
 }
 
 TEST_F(LoginRecordTest, AFileThatCannotBeWritten) {
-    auto const setOnAFullDisk = [] {
-        start();
-        rlimit const limit = {50, 50};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        signal(SIGXFSZ, SIG_IGN);
-        printf("%d", BELoginRecord::setAttempt("a"));
-    };
-    EXPECT_EQ(inChild(setOnAFullDisk).output, "0");
     remove(RECORD);
     dir.write(std::string(RECORD) + "/in the way", "");
     IntendedLeaks const array;
     EXPECT_EQ(start(), "Fail to create record file\n");
     EXPECT_FALSE(BELoginRecord::isRunning);
     EXPECT_EQ(transcript(BELoginRecord::deinit), "Fail to create record file\n");
-}
-
-TEST_F(LoginRecordTest, AttemptsOfManyThreadsAreAllCounted) {
-    start();
-    {
-        std::jthread threads[8];
-        for (std::jthread& thread : threads) {
-            thread = std::jthread([] {
-                for (int i = 0; i < 25; ++i) {
-                    EXPECT_TRUE(BELoginRecord::setAttempt("a"));
-                }
-            });
-        }
-    }
-    EXPECT_EQ(run("g"), "200 381|");
 }
 
 }  // namespace

@@ -11,9 +11,17 @@
 // A name that is too long is cut; what it leaves free is zeroed.
 void setKeyName(TreeMapObject& handle, std::string_view name);
 
-// "[n]", the name of an array element.
+// "[n]", the name of an array element and the path to it from the array.
+struct ElementName {
+    explicit ElementName(int index);
+    char text[16];
+};
 void setElementName(TreeMapObject& handle, size_t index);
 
-std::string_view keyName(TreeMapObject const& handle);
+// The name in a handle, terminated.
+struct KeyName {
+    explicit KeyName(TreeMapObject const& handle);
+    char text[sizeof TreeMapObject::key_obj + 1];
+};
 
 #endif

@@ -1,7 +1,5 @@
 // A handle's node as an array.
-#include <stdio.h>
-
-#include "JsonData.h"
+#include "JsonAssign.h"
 #include "JsonMember.h"
 #include "JsonRef.h"
 #include "KeyName.h"
@@ -23,24 +21,24 @@ bool store(json_object* array, unsigned int index, json_object* node) {
                : json_object_array_add(array, node) == 0;
 }
 
-template <typename T>
-int addValue(TreeMapObject& array, T value) {
-    int const length = array.len();
-    if (length < 0) {
-        return -1;
-    }
-    JsonRef const node(ValueTraits<T>::make(value));
-    if (isText<T> && !node) {
+// Takes over the reference on `node`; a null one is a null text, or memory that ran out.
+int addNode(TreeMapObject& array, int length, json_object* node, ValueWords const& words) {
+    if (words.isText && node == nullptr) {
         UTIL_ERROR("TreeMapObject::setting NULL for string, ignore\n");
         return -1;
     }
-    char path[16];
-    snprintf(path, sizeof path, "[%d]", length);
-    if (!node || JsonData::setJObj(array.jobj, path, node.get()) != 0) {
-        UTIL_ERROR(ValueTraits<T>::ADD_FAILED);
+    if (node == nullptr || !assign(array.jobj, ElementName(length).text, node)) {
+        UTIL_ERROR("TreeMapObject::set: fail to add %s value to the array\n", words.addedAs);
         return -1;
     }
     return length;
+}
+
+template <typename T>
+int addValue(TreeMapObject& array, T value) {
+    int const length = array.len();
+    return length >= 0 ? addNode(array, length, ValueTraits<T>::make(value), ValueTraits<T>::WORDS)
+                       : -1;
 }
 
 // Appends every element of `from` but the one at `omitted`, with a reference of its own.
@@ -64,7 +62,7 @@ bool copyElements(json_object* from, unsigned int omitted, json_object* to) {
 bool replaceArray(TreeMapObject& handle, JsonRef& replacement) {
     if (handle.jobj_parent == nullptr) {
         json_object_put(handle.jobj);
-    } else if (!addMember(handle.jobj_parent, keyName(handle), replacement.get())) {
+    } else if (!putMember(handle.jobj_parent, PathToken(KeyName(handle).text), replacement.get())) {
         return false;
     }
     handle.jobj = replacement.release();
@@ -74,10 +72,12 @@ bool replaceArray(TreeMapObject& handle, JsonRef& replacement) {
 }  // namespace
 
 TreeMapObject* TreeMapObject::at(unsigned int index) {
-    if (!hasElement(*this, index)) {
+    array_list const* const elements = json_object_get_array(jobj);  // null unless it is an array
+    if (elements == nullptr || index >= elements->length) {
         return nullptr;
     }
-    TreeMapObject* const element = new TreeMapObject(json_object_array_get_idx(jobj, index));
+    TreeMapObject* const element =
+        new TreeMapObject(static_cast<json_object*>(elements->array[index]));
     element->jobj_parent = jobj;
     setElementName(*element, index);
     return element;

@@ -120,28 +120,32 @@ int searchDocument(Search& search, json_object* document, int primitiveCount) {
 
 // intended: a text search fails when it finds nothing; a search for any other value fails when it
 // finds something, and never hands back a hit.
-template <typename T>
-Hits findValue(json_object* document, char const* key, T value) {
+Hits findNode(json_object* document, char const* key, json_object* wanted, bool isTextSearch) {
     Hits hits;
     if (key == nullptr || *key == '\0') {
         UTIL_ERROR("Key is null or empty\n");
         return hits;
     }
-    JsonRef const wanted(document != nullptr ? ValueTraits<T>::make(value) : nullptr);
     int count = 0;
-    if (wanted) {
-        Search search(hits, key, wanted.get());
-        count = searchDocument(search, document, isText<T> ? 0 : 1);
+    if (wanted != nullptr) {
+        Search search(hits, key, wanted);
+        count = searchDocument(search, document, isTextSearch ? 0 : 1);
         if (!search.isComplete()) {
             deleteAll(hits);
-            count = isText<T> ? 0 : 1;
+            count = isTextSearch ? 0 : 1;
         }
     }
-    if (isText<T> ? count == 0 : count > 0) {
+    if (isTextSearch ? count == 0 : count > 0) {
         UTIL_ERROR("Some error happened, cannot return result\n");
         hits.clear();  // intended leak: the handles
     }
     return hits;
+}
+
+template <typename T>
+Hits findValue(json_object* document, char const* key, T value) {
+    JsonRef const wanted(document != nullptr ? ValueTraits<T>::make(value) : nullptr);
+    return findNode(document, key, wanted.get(), isText<T>);
 }
 
 bool areGiven(char const* function, char const* key, json_object* value, json_object* container) {

@@ -37,7 +37,7 @@ TreeMapObject::~TreeMapObject() {
 void TreeMapObject::del(char const* path) {
     Lookup const found = lookUp(jobj, path);
     if (found.value != nullptr && found.outcome == Lookup::ENDED) {
-        deleteMember(found.parent, found.last.text());
+        deleteMember(found.parent, found.last);
     }
 }
 
@@ -80,10 +80,8 @@ int TreeMapObject::dump(char const* path) {
 }
 
 int TreeMapObject::len() {
-    if (!json_object_is_type(jobj, json_type_array)) {
-        return -1;
-    }
-    return static_cast<int>(json_object_array_length(jobj));
+    array_list const* const elements = json_object_get_array(jobj);  // null unless it is an array
+    return elements != nullptr ? static_cast<int>(elements->length) : -1;
 }
 
 TreeMapObject* TreeMapObject::clone(char const* path) {

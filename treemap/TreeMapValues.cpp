@@ -1,6 +1,6 @@
 // Typed values by path: one body per operation over ValueTraits, and its forms for the types.
+#include "JsonAssign.h"
 #include "JsonData.h"
-#include "JsonRef.h"
 #include "Log.h"
 #include "TreeMapObject.h"
 #include "ValueTraits.h"
@@ -9,30 +9,53 @@ using logging::printable;
 
 namespace {
 
-template <typename T>
-void setValue(json_object* document, char const* path, T value) {
-    JsonRef const node(ValueTraits<T>::make(value));
-    if (isText<T> && !node) {
+// Takes over the reference on `node`; a null one is a null text, or memory that ran out.
+void setNode(json_object* document, char const* path, json_object* node, ValueWords const& words) {
+    if (words.isText && node == nullptr) {
         UTIL_ERROR("TreeMapObject::setting NULL for string, ignore\n");
         return;
     }
-    if (!node || JsonData::setJObj(document, path, node.get()) != 0) {
-        UTIL_ERROR(ValueTraits<T>::SET_FAILED, printable(path));
+    if (node == nullptr || !assign(document, path, node)) {
+        UTIL_ERROR("TreeMapObject::set: fail to set %s value to %s\n", words.name, printable(path));
     }
 }
 
 // intended: a value of another type is converted by json-c's rules, not replaced by the default.
-template <typename T>
-T getValue(json_object* document, char const* path) {
+json_object* getNode(json_object* document, char const* path, ValueWords const& words) {
     json_object* const node = JsonData::getJObj(document, path);
     if (node == nullptr) {
-        UTIL_DEBUG(ValueTraits<T>::MISSING, printable(path));
-        return T();
+        UTIL_DEBUG("object '%s' is not available, assign default %s value as %s\n", printable(path),
+                   words.shortName, words.defaultValue);
+    } else if (!words.accepts(json_object_get_type(node))) {
+        UTIL_WARN("object '%s' is not %s!\n", path, words.kind);
     }
-    if (!ValueTraits<T>::accepts(json_object_get_type(node))) {
-        UTIL_WARN(ValueTraits<T>::NOT_OF_TYPE, path);
+    return node;
+}
+
+// Null when there is none of the type.
+json_object* getChecked(json_object* document, char const* path, ValueWords const& words) {
+    json_object* const node = JsonData::getJObj(document, path);
+    if (node == nullptr) {
+        UTIL_ERROR("Cannot get %s value for object %s due to the attribute is NULL\n", words.name,
+                   printable(path));
+        return nullptr;
     }
-    return ValueTraits<T>::read(node);
+    if (!words.accepts(json_object_get_type(node))) {
+        UTIL_WARN("object '%s' is not %s!\n", path, words.kind);
+        return nullptr;
+    }
+    return node;
+}
+
+template <typename T>
+void setValue(json_object* document, char const* path, T value) {
+    setNode(document, path, ValueTraits<T>::make(value), ValueTraits<T>::WORDS);
+}
+
+template <typename T>
+T getValue(json_object* document, char const* path) {
+    json_object* const node = getNode(document, path, ValueTraits<T>::WORDS);
+    return node != nullptr ? ValueTraits<T>::read(node) : T();
 }
 
 template <typename T>
@@ -40,17 +63,11 @@ bool getChecked(json_object* document, char const* path, T& out) {
     if constexpr (isText<T>) {
         out = nullptr;
     }
-    json_object* const node = JsonData::getJObj(document, path);
-    if (node == nullptr) {
-        UTIL_ERROR(ValueTraits<T>::IS_NULL, printable(path));
-        return false;
+    json_object* const node = getChecked(document, path, ValueTraits<T>::WORDS);
+    if (node != nullptr) {
+        out = ValueTraits<T>::read(node);
     }
-    if (!ValueTraits<T>::accepts(json_object_get_type(node))) {
-        UTIL_WARN(ValueTraits<T>::NOT_OF_TYPE, path);
-        return false;
-    }
-    out = ValueTraits<T>::read(node);
-    return true;
+    return node != nullptr;
 }
 
 }  // namespace

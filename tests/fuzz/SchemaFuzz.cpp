@@ -2,21 +2,11 @@
 // limits, leave both as they were, and answer the same twice; a schema and its negation never both
 // hold.
 #include <jsonschema.h>
-#include <stddef.h>
-#include <stdint.h>
-#include <stdlib.h>
 
-#include <string>
-
+#include "Fuzz.h"
 #include "JsonRef.h"
 
 namespace {
-
-void require(bool condition) {
-    if (!condition) {
-        abort();
-    }
-}
 
 std::string text(json_object* value) { return json_object_to_json_string(value); }
 
@@ -28,16 +18,12 @@ json_object* negation(json_object* schema) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size);
-
 int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
-    std::string const input(reinterpret_cast<char const*>(data), size);
-    size_t const line = input.find('\n');
-    if (line == input.npos) {
-        return 0;
-    }
-    JsonRef const schema(json_tokener_parse(input.substr(0, line).c_str()));
-    JsonRef const instance(json_tokener_parse(input.substr(line + 1).c_str()));
+    std::string input = asText(data, size);
+    std::string line;
+    takeLine(input, line);
+    JsonRef const schema(json_tokener_parse(line.c_str()));
+    JsonRef const instance(json_tokener_parse(input.c_str()));
     std::string const before = text(schema.get()) + text(instance.get());
     int const valid = json_validate_instance(instance.get(), schema.get());
     require(json_validate_instance(instance.get(), schema.get()) == valid);

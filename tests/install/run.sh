@@ -1,8 +1,12 @@
 #!/bin/sh
-# Installs the build given as $1 to a folder of its own, checks what the library exports, and builds
-# and runs the example of the README against it, through CMake and through pkg-config.
+# run.sh BUILD NM CXX [TOOLCHAIN]: installs the build to a folder of its own, checks what the library
+# exports, and builds and runs the example of the README against it, through CMake and through
+# pkg-config. RUN is the emulator of a foreign program, if there has to be one.
 set -eu
 build=$1
+nm=$2
+cxx=$3
+toolchain=${4:-}
 source=$(dirname "$0")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -11,7 +15,7 @@ prefix=$work/prefix
 cmake --install "$build" --prefix "$prefix" >/dev/null
 library=$(find "$prefix" -name libvobiutils.so)
 
-nm -DC --defined-only "$library" | cut -d' ' -f3- | sed 's/@.*//' | grep -v '^VOBIUTILS_' |
+"$nm" -DC --defined-only "$library" | cut -d' ' -f3- | sed 's/@.*//' | grep -v '^VOBIUTILS_' |
     LC_ALL=C sort -u >"$work/exports"
 diff "$source/exports.txt" "$work/exports"
 
@@ -26,18 +30,23 @@ diff "$source/exports.txt" "$work/exports"
 } >"$work/example.cpp"
 
 check() {
-    (cd "$work" && "$1" >output && test -s lan.json && rm lan.json && head -1 output | grep -qx 192.168.1.1)
+    (cd "$work" && ${RUN:-} "$1" >output && test -s lan.json && rm lan.json && head -1 output | grep -qx 192.168.1.1)
 }
 
 cmake -S "$source" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" \
-    -DCONSUMER_SOURCE="$work/example.cpp" >/dev/null
+    -DCONSUMER_SOURCE="$work/example.cpp" ${toolchain:+"-DCMAKE_TOOLCHAIN_FILE=$toolchain"} >/dev/null
 cmake --build "$work/cmake" >/dev/null
 check "$work/cmake/consumer"
 
 PKG_CONFIG_PATH=$(dirname "$library")/pkgconfig
 export PKG_CONFIG_PATH
+others=
+if [ -n "$toolchain" ]; then
+    others=$VOBIUTILS_PREFIX/lib
+    export PKG_CONFIG_LIBDIR="$others/pkgconfig"
+fi
 # shellcheck disable=SC2046 # a list of options
-c++ -std=c++11 "$work/example.cpp" -o "$work/consumer" $(pkg-config --cflags --libs vobiutils) \
-    -Wl,-rpath,"$(dirname "$library")"
+"$cxx" -std=c++11 "$work/example.cpp" -o "$work/consumer" $(pkg-config --cflags --libs vobiutils) \
+    -Wl,-rpath,"$(dirname "$library")" ${others:+"-Wl,-rpath-link,$others"}
 check "$work/consumer"
 echo "installed, built twice and run"

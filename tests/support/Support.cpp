@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 #include "BEConfig.h"
 #include "BELoginRecord.h"
@@ -33,10 +34,9 @@ TempDir::~TempDir() {
     fs::remove_all(path_);
 }
 
-void TempDir::write(std::string const& name, std::string const& text) const {
-    fs::path const file = fs::path(path_) / name;
-    fs::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << text;
+void TempDir::write(std::string const& name, std::string const& text) {
+    fs::create_directories(fs::absolute(name).parent_path());
+    std::ofstream(name, std::ios::binary) << text;
 }
 
 std::string TempDir::read(std::string const& name) {
@@ -145,6 +145,37 @@ ChildResult inChild(std::function<void()> const& action) {
         result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     });
     return result;
+}
+
+long entriesOf(char const* folder) {
+    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
+}
+
+bool isHeld(pthread_mutex_t& mutex) {
+    bool held = false;
+    std::thread([&] {  // the holder itself must not ask
+        held = pthread_mutex_trylock(&mutex) != 0;
+        if (!held) {
+            pthread_mutex_unlock(&mutex);
+        }
+    })
+        .join();
+    return held;
+}
+
+void onSmallStack(std::function<void()> const& action) {
+    pthread_attr_t small;
+    pthread_attr_init(&small);
+    pthread_attr_setstacksize(&small, 128 << 10);
+    auto const run = [](void* data) -> void* {
+        (*static_cast<std::function<void()> const*>(data))();
+        return nullptr;
+    };
+    pthread_t thread;
+    void* const data = const_cast<std::function<void()>*>(&action);
+    EXPECT_EQ(pthread_create(&thread, &small, run, data), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&small);
 }
 
 json_object* json(char const* text) { return json_tokener_parse(text); }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <json-c/json.h>
+#include <pthread.h>
 
 #include <functional>
 #include <string>
@@ -18,7 +19,7 @@ class TempDir {
     TempDir& operator=(TempDir const&) = delete;
 
     // Names are relative to the folder; write makes the folders on the way.
-    void write(std::string const& name, std::string const& text) const;
+    static void write(std::string const& name, std::string const& text);
     static std::string read(std::string const& name);
     static bool exists(std::string const& name);
 
@@ -41,6 +42,15 @@ struct ChildResult {
     std::string output;
 };
 ChildResult inChild(std::function<void()> const& action);
+
+// How many entries a folder has.
+long entriesOf(char const* folder);
+
+// Whether a thread holds the mutex, this one or another.
+bool isHeld(pthread_mutex_t& mutex);
+
+// Runs `action` on a thread with a stack of 128 KiB: request threads have no more.
+void onSmallStack(std::function<void()> const& action);
 
 // JSON written with single quotes; the caller holds the reference.
 json_object* json(char const* text);

@@ -1,0 +1,355 @@
+// Every call to the system that an operation makes fails once, and every allocation of the
+// library's own. The files are then old or new, nothing is left beside them, locks and states
+// agree, and the next operation works.
+#include <errno.h>
+#include <pthread.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <memory>
+#include <thread>
+
+#include "BEConfig.h"
+#include "BELoginRecord.h"
+#include "Faults.h"
+#include "JsonData.h"
+#include "LocalDbCtrl.h"
+#include "LocalDbTransaction.h"
+#include "Logger.h"
+#include "Support.h"
+#include "TreeMapObject.h"
+
+namespace {
+
+struct Fault {
+    faults::Call call;
+    int error;
+    bool harmless;  // the operation succeeds all the same
+};
+
+Fault const FAULTS[] = {
+    {faults::OPEN, EIO, false},   {faults::OPEN, EACCES, false},
+    {faults::OPEN, EINTR, true},  {faults::READ, EIO, false},
+    {faults::READ, EINTR, true},  {faults::WRITE, ENOSPC, false},
+    {faults::WRITE, EINTR, true}, {faults::SHORT_WRITE, 0, true},
+    {faults::SYNC, EIO, false},   {faults::SYNC, EINTR, true},
+    {faults::RENAME, EIO, false}, {faults::RENAME, EBUSY, true},
+    {faults::CLOSE, EIO, false},  {faults::STAT, EIO, false},
+    {faults::LOCK, ENOLCK, true}, {faults::LOCK, EIO, false},
+    {faults::LOCK, EINTR, true},  {faults::OWNER, EPERM, true},
+    {faults::MODE, EPERM, false}, {faults::DUPLICATE, EMFILE, false},
+    {faults::LINK, EIO, false},   {faults::ALLOCATION, 0, false},
+};
+
+struct Trial {
+    Fault fault;
+    int n;
+    bool mayThrow;
+    bool reached = false;
+
+    // Runs what is to meet the fault; false when it threw.
+    template <typename Action>
+    bool run(Action const& action) {
+        bool thrown = false;
+        faults::arm(fault.call, n, fault.error);
+        try {
+            action();
+        } catch (std::bad_alloc const&) {
+            thrown = true;
+        }
+        reached = faults::disarm();
+        EXPECT_FALSE(thrown && !mayThrow);
+        return !thrown;
+    }
+};
+
+std::string const OLD = "{\n  \"a\":{\n    \"b\":1\n  }\n}";
+std::string const NEW = "{\n  \"a\":{\n    \"b\":2\n  }\n}";
+char const LAN_FILE[] = "data/network/network.ldb";
+
+void saves(Trial& trial, std::string const& old) {
+    std::filesystem::create_directory("saved");
+    remove("saved/file");
+    if (!old.empty()) {
+        TempDir::write("saved/file", old);
+        chmod("saved/file", 0640);
+    }
+    TreeMapObject document(NEW.c_str());
+    int result = -1;
+    trial.run([&] { result = JsonData::saveObjectToFile("saved/file", &document); });
+    EXPECT_TRUE(result == 0 || (result == 2 && !trial.fault.harmless));
+    if (old.empty() && trial.n == 1 && trial.reached) {  // the first of each kind always matters
+        EXPECT_EQ(result == 0, trial.fault.harmless || trial.fault.error == EACCES);
+    }
+    EXPECT_EQ(TempDir::read("saved/file"), result == 0 ? NEW : old);
+    EXPECT_EQ(entriesOf("saved"), result == 0 || !old.empty() ? 1 : 0);
+    EXPECT_EQ(JsonData::saveObjectToFile("saved/file", &document), 0);
+    EXPECT_EQ(TempDir::read("saved/file"), NEW);
+}
+void savesOver(Trial& trial) { saves(trial, OLD); }
+void savesAnew(Trial& trial) { saves(trial, ""); }
+void savesTheSame(Trial& trial) { saves(trial, NEW); }
+
+void savesOverALeftover(Trial& trial) {
+    std::filesystem::create_directory("saved");
+    TempDir::write("saved/.file.saving", "{ torn");
+    TreeMapObject document(NEW.c_str());
+    trial.run([&] { JsonData::saveObjectToFile("saved/file", &document); });
+    EXPECT_EQ(JsonData::saveObjectToFile("saved/file", &document), 0);
+    EXPECT_EQ(TempDir::read("saved/file"), NEW);
+    EXPECT_EQ(entriesOf("saved"), 1);
+}
+
+void loads(Trial& trial) {
+    TempDir::write("loaded", OLD);
+    TreeMapObject* document = nullptr;
+    trial.run([&] { document = JsonData::createObjectFromFile("loaded"); });
+    EXPECT_TRUE(document == nullptr || document->jobj == nullptr || document->get<int>("a.b") == 1);
+    EXPECT_TRUE(!trial.fault.harmless || (document != nullptr && document->jobj != nullptr));
+    delete document;
+    EXPECT_EQ(TempDir::read("loaded"), OLD);
+}
+
+// What a lock gave agrees with the table of LocalDbLock.cpp, and so does what ends it.
+void locks(Trial& trial, char const* path, bool save) {
+    TempDir::write(LAN_FILE, OLD);
+    LocalDbCtrl::init();
+    LOCALDB_HANDLER& controller = *LocalDbCtrl::getDBByKey("default");
+    TreeMapObject* object = nullptr;
+    int state = -1;
+    bool held = true;
+    int result = -1;
+    trial.run([&] {
+        object = LocalDbCtrl::lockDbObject(API_NETWORK, path, "default");
+        state = controller.state[API_NETWORK];
+        if (object != nullptr && object->jobj != nullptr) {
+            object->set(*path != '\0' ? "b" : "a.b", 2);
+        }
+        if (*path != '\0') {
+            delete object;
+        }
+        result = save ? LocalDbCtrl::saveDbObject(API_NETWORK, "default")
+                      : LocalDbCtrl::unlockDbObject(API_NETWORK, "default");
+    });
+    held = isHeld(controller.lock[API_NETWORK]);
+    EXPECT_FALSE(held);
+    EXPECT_TRUE(object != nullptr ? state == DB_STATE_WRITING : state != DB_STATE_WRITING);
+    EXPECT_TRUE(result == 0 || !trial.fault.harmless);
+    EXPECT_EQ(TempDir::read(LAN_FILE), save && result == 0 ? NEW : OLD);
+    EXPECT_EQ(entriesOf("data/network"), 1);
+    EXPECT_TRUE(controller.state[API_NETWORK] == DB_STATE_UNINITIALIZED ||
+                controller.state[API_NETWORK] == DB_STATE_ACCESSIBLE);
+    EXPECT_TRUE(!save || object == nullptr || controller.dbObject[API_NETWORK] == nullptr);
+    TreeMapObject* const next = LocalDbCtrl::lockDbObject(API_NETWORK, "", "default");
+    ASSERT_NE(next, nullptr);
+    bool const loaded = next->jobj != nullptr;
+    next->set("a.b", 3);
+    EXPECT_EQ(LocalDbCtrl::saveDbObject(API_NETWORK, "default"), loaded ? 0 : 2);
+    LocalDbCtrl::removeDB("default");
+}
+void locksAndSaves(Trial& trial) { locks(trial, "", true); }
+void locksANodeAndSaves(Trial& trial) { locks(trial, "a", true); }
+void locksANodeAndUnlocks(Trial& trial) { locks(trial, "a", false); }
+
+// The document is in memory before, as OLD with one change kept.
+void transacts(Trial& trial) {
+    TempDir::write(LAN_FILE, OLD);
+    LocalDbCtrl::init();
+    LOCALDB_HANDLER& controller = *LocalDbCtrl::getDBByKey("default");
+    EXPECT_EQ(LocalDbTransaction(API_NETWORK, "none", "default").status(),
+              LocalDbTransaction::NO_NODE);
+    int result = -1;
+    trial.run([&] {
+        LocalDbTransaction whole(API_NETWORK, "", "default");
+        if (whole) {
+            whole->set("a.b", 7);  // discarded
+        }
+    });
+    bool const reached = trial.reached;
+    trial.run([&] {
+        LocalDbTransaction node(API_NETWORK, "a", "default");
+        if (node) {
+            node->set("b", 2);
+            result = node.save();
+        }
+    });
+    trial.reached |= reached;
+    EXPECT_FALSE(isHeld(controller.lock[API_NETWORK]));
+    EXPECT_TRUE(result == 0 || !trial.fault.harmless);
+    EXPECT_EQ(TempDir::read(LAN_FILE), result == 0 ? NEW : OLD);
+    LocalDbTransaction next(API_NETWORK, "", "default");
+    EXPECT_EQ(next->get<int>("a.b"), result == 0 ? 2 : 1);
+    EXPECT_EQ(next.save(), 0);
+    LocalDbCtrl::removeDB("default");
+}
+
+void makesASession(Trial& trial) {
+    TempDir::write(LAN_FILE, OLD);
+    LocalDbCtrl::init();
+    int made = 0;
+    LOCALDB_HANDLER* found = nullptr;
+    trial.run([&] {
+        found = LocalDbCtrl::getDBByKey("none");
+        made = LocalDbCtrl::cloneNewDB("session");
+        found = LocalDbCtrl::getDBByKey("session");
+        LocalDbCtrl::removeDB("session");
+    });
+    EXPECT_TRUE(made == 1 || found == nullptr || found == LocalDbCtrl::controllers.at("default"));
+    LocalDbCtrl::removeDB("session");
+    EXPECT_EQ(LocalDbCtrl::cloneNewDB("session"), 1);
+    LocalDbCtrl::removeDB("session");
+    LocalDbCtrl::removeDB("default");
+}
+
+// A record that cannot be read stops; one that cannot be written is as it was.
+void countsAttempts(Trial& trial) {
+    BELoginRecord::isRunning = false;
+    BELoginRecord::init();
+    BELoginRecord::setAttempt("a");
+    std::string const before = TempDir::read(".loginrecord.cfg");
+    bool counted = false;
+    trial.run([&] { counted = BELoginRecord::setAttempt("b"); });
+    EXPECT_TRUE(counted || !trial.fault.harmless);
+    EXPECT_EQ(TempDir::read(".loginrecord.cfg") == before, !counted);
+    EXPECT_FALSE(TempDir::exists("..loginrecord.cfg.saving"));
+    EXPECT_FALSE(isHeld(BELoginRecord::lock));
+    BELoginRecord::isRunning = true;
+    EXPECT_TRUE(BELoginRecord::setAttempt("b"));
+    EXPECT_EQ(BELoginRecord::getAttempt("b").attempts, counted ? 2 : 1);
+    bool erased = false;
+    LoginAttemptInfo info = {0, 0};
+    trial.reached = trial.run([&] {
+        info = BELoginRecord::getAttempt("a");
+        erased = BELoginRecord::eraseAttempt("a");
+    }) && trial.reached;
+    EXPECT_EQ(info.attempts, 1);
+    BELoginRecord::isRunning = true;
+    EXPECT_EQ(BELoginRecord::getAttempt("a").attempts, erased ? 0 : 1);
+    BELoginRecord::isRunning = false;
+    BELoginRecord::init();
+}
+
+void startsTheRecord(Trial& trial) {
+    TempDir::write(".loginrecord.cfg", "[7]");
+    BELoginRecord::isRunning = false;
+    trial.run(BELoginRecord::init);
+    EXPECT_EQ(TempDir::read(".loginrecord.cfg"), BELoginRecord::isRunning ? "[\n]" : "[7]");
+}
+
+void readsSettings(Trial& trial) {
+    TempDir::write("config",
+                   "{\"webserver_ports\": \"a text too long for a string's own buffer\", "
+                   "\"url_rewrite_path\": \"and another one, as long as the first one\", "
+                   "\"repo_type\": 7, \"enable_bruteforce_prevent\": 0}");
+    BEConfig::isInit = false;
+    BEConfig::WEBSERVER_PORTS = "8081,8082";
+    BEConfig::REPO_TYPE = 1;
+    trial.run([] { BEConfig::init("config"); });
+    EXPECT_TRUE(BEConfig::REPO_TYPE == 7 || BEConfig::WEBSERVER_PORTS == "8081,8082");
+    BEConfig::URL_REWRITE = "url_rewrite.txt";
+}
+
+// Every operation on documents gives its result or its failure.
+void readsAndWrites(Trial& trial) {
+    std::string const key(150, 'k');  // no buffer on the stack takes it
+    std::string const path = "a." + key;
+    TreeMapObject document(OLD.c_str());
+    document.set(path.c_str(), 5);
+    json_object* parent = nullptr;
+    char const* copy = nullptr;
+    char const* stored = nullptr;
+    json_object* found = nullptr;
+    int result = -1;
+    json_object* const value = json_object_new_int(6);
+    trial.run([&] {
+        found = JsonData::getJObj(document.jobj, path.c_str(), parent, copy);
+        result = JsonData::setJObj(document.jobj, path.c_str(), value, parent, stored);
+    });
+    EXPECT_NE(found, nullptr);
+    EXPECT_EQ(document.get<int>(path.c_str()), result == 0 ? 6 : 5);
+    EXPECT_TRUE((copy == nullptr || copy == key) && (stored == nullptr || stored == key));
+    delete[] copy;
+    free(const_cast<char*>(stored));
+    json_object_put(value);
+}
+
+void usesHandles(Trial& trial) {
+    TreeMapObject document("{\"a\": {\"name\": \"text\"}, \"list\": [{}]}");
+    int valid = -1;
+    trial.run([&] {
+        valid = JsonData::validateObject(
+            &document,
+            "{\"properties\": {\"a\": {\"properties\": {\"name\": {\"pattern\": \"^t\"}}}}}");
+        for (TreeMapObject* hit : document.find("name", "text")) {
+            delete hit;
+        }
+        delete document.clone("a");
+        delete JsonData::createObject("[]");
+        std::unique_ptr<TreeMapObject> const list(document.get("list"));
+        delete list->at(0);
+        EXPECT_EQ(list->addArrayItem("x"), 1);
+        EXPECT_EQ(list->delArrayItem(1), 1);
+        document.del(std::string(150, 'k').c_str());
+    });
+    EXPECT_TRUE(valid == 0 || valid == 2);
+}
+
+struct Operation {
+    char const* name;
+    void (*run)(Trial& trial);
+    bool mayThrow;  // it allocates a handle, a controller, a key or an entry
+};
+
+void PrintTo(Operation const& operation, std::ostream* out) { *out << operation.name; }
+
+Operation const OPERATIONS[] = {
+    {"Save", savesOver, false},
+    {"SaveNew", savesAnew, false},
+    {"SaveUnchanged", savesTheSame, false},
+    {"SaveOverLeftover", savesOverALeftover, false},
+    {"Load", loads, true},
+    {"LockSave", locksAndSaves, false},
+    {"LockNodeSave", locksANodeAndSaves, false},
+    {"LockNodeUnlock", locksANodeAndUnlocks, false},
+    {"Transaction", transacts, false},
+    {"Session", makesASession, true},
+    {"LoginAttempt", countsAttempts, false},
+    {"RecordStart", startsTheRecord, false},
+    {"Settings", readsSettings, false},
+    {"Values", readsAndWrites, false},
+    {"Handles", usesHandles, true},
+};
+
+class FaultTest : public LibraryTest, public testing::WithParamInterface<Operation> {};
+
+TEST_P(FaultTest, LeavesEverythingInOrder) {
+    Logger::mask = 0;
+    std::filesystem::create_directories("data/network");
+    IntendedLeaks const array;  // of a record that cannot start
+    int faultsMet = 0;
+    for (Fault const& fault : FAULTS) {
+        for (int n = 1;; ++n) {
+            SCOPED_TRACE("call " + std::to_string(fault.call) + ", error " +
+                         std::to_string(fault.error) + ", the one number " + std::to_string(n));
+            Trial trial = {fault, n, GetParam().mayThrow};
+            long const openFiles = entriesOf("/proc/self/fd");
+            std::string const output = printed([&] { GetParam().run(trial); });
+            EXPECT_EQ(entriesOf("/proc/self/fd"), openFiles);
+            if (HasFailure()) {
+                FAIL() << output;
+            }
+            if (!trial.reached) {
+                break;
+            }
+            ++faultsMet;
+        }
+    }
+    EXPECT_GT(faultsMet, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, FaultTest, testing::ValuesIn(OPERATIONS),
+                         [](testing::TestParamInfo<Operation> const& row) {
+                             return std::string(row.param.name);
+                         });
+
+}  // namespace

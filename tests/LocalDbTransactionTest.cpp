@@ -1,0 +1,123 @@
+#include "LocalDbTransaction.h"
+
+#include <atomic>
+#include <chrono>
+#include <stdexcept>
+#include <thread>
+
+#include "Logger.h"
+#include "Support.h"
+
+namespace {
+
+char const FILE_OF_LAN[] = "data/network/network.ldb";
+
+class LocalDbTransactionTest : public LibraryTest {
+  protected:
+    LocalDbTransactionTest() {
+        Logger::mask = 0;
+        dir.write(FILE_OF_LAN, "{\"lan\": {\"mtu\": 1500}}");
+        LocalDbCtrl::init();
+        controller = LocalDbCtrl::controllers.at("default");
+    }
+    ~LocalDbTransactionTest() override { LocalDbCtrl::removeDB("default"); }
+
+    // "1 free {...}": state, mutex, document.
+    std::string memory(API_TYPE_T type = API_NETWORK) {
+        TreeMapObject const* const document = controller->dbObject[type];
+        return std::to_string(controller->state[type]) +
+               (isHeld(controller->lock[type]) ? " held" : " free") +
+               (document != nullptr ? " " + text(document->jobj) : "");
+    }
+
+    LOCALDB_HANDLER* controller;
+};
+
+TEST_F(LocalDbTransactionTest, SavesKeepsOrDiscards) {
+    {
+        LocalDbTransaction whole(API_NETWORK, "", "default");
+        ASSERT_TRUE(whole);
+        EXPECT_EQ(whole.object(), controller->dbObject[API_NETWORK]);
+        whole->set("lan.mtu", 1);
+        EXPECT_EQ(memory(), "2 held {'lan':{'mtu':1}}");
+    }
+    EXPECT_EQ(memory(), "0 free");  // it was read for this lock
+    {
+        LocalDbTransaction node(API_NETWORK, "lan", "default");
+        node->set("mtu", 2);
+        EXPECT_EQ(node.keep(), 0);
+        EXPECT_EQ(node.status(), LocalDbTransaction::ENDED);
+        EXPECT_EQ(node.object(), nullptr);
+        EXPECT_EQ(node.keep() + node.save(), 4);
+    }
+    EXPECT_EQ(memory(), "1 free {'lan':{'mtu':2}}");
+    EXPECT_THROW(
+        {
+            LocalDbTransaction node(API_NETWORK, "lan", "default");
+            node->set("mtu", 3);
+            node->del("mtu");
+            throw std::runtime_error("a handler gives up");
+        },
+        std::runtime_error);
+    EXPECT_EQ(memory(), "1 free {'lan':{'mtu':2}}");  // as an earlier writer has kept it
+    {
+        LocalDbTransaction node(API_NETWORK, "lan", "default");
+        node->set("mtu", 4);
+        EXPECT_EQ(node.save(), 0);
+    }
+    EXPECT_EQ(memory(), "0 free");
+    EXPECT_EQ(TempDir::read(FILE_OF_LAN), "{\n  \"lan\":{\n    \"mtu\":4\n  }\n}");
+}
+
+TEST_F(LocalDbTransactionTest, SaysWhyAndHoldsNothing) {
+    dir.write("data/wifi/wifi.ldb", "{ torn");
+    using Transaction = LocalDbTransaction;
+    struct {
+        unsigned int type;
+        char const* path;
+        Transaction::Status status;
+        std::string after;
+    } const rows[] = {
+        {API_NETWORK, "wan", Transaction::NO_NODE, "1 free {'lan':{'mtu':1500}}"},
+        {API_QOS, "", Transaction::NO_FILE, "0 free"},
+        {API_WIFI, "", Transaction::UNREADABLE, "0 free"},
+        {API_NETWORK, nullptr, Transaction::BAD_ARGUMENTS, "1 free {'lan':{'mtu':1500}}"},
+        {API_TYPE_COUNT, "", Transaction::BAD_ARGUMENTS, ""},
+    };
+    for (auto const& row : rows) {
+        Transaction const refused(row.type, row.path, "default", 20);
+        EXPECT_EQ(refused.status(), row.status);
+        EXPECT_FALSE(refused);
+        EXPECT_EQ(refused.object(), nullptr);
+        EXPECT_TRUE(row.after.empty() || memory(static_cast<API_TYPE_T>(row.type)) == row.after);
+    }
+    // what a plain lock has left without a value
+    LocalDbCtrl::lockDbObject(API_WIFI, "", "default");
+    EXPECT_EQ(Transaction(API_WIFI, "", "default", 20).status(), Transaction::BUSY);
+    LocalDbCtrl::unlockDbObject(API_WIFI, "default");
+    EXPECT_EQ(Transaction(API_WIFI, "", "default").status(), Transaction::UNREADABLE);
+    EXPECT_EQ(memory(API_WIFI), "0 free");
+}
+
+TEST_F(LocalDbTransactionTest, WaitsForABusyType) {
+    std::atomic<bool> locked = false;
+    std::thread writer([&] {
+        LocalDbTransaction first(API_NETWORK, "", "default");
+        locked = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        first->set("lan.mtu", 1);
+        EXPECT_EQ(first.save(), 0);
+    });
+    while (!locked) {
+    }
+    EXPECT_EQ(LocalDbCtrl::lockDbObject(API_NETWORK, "", "default"), nullptr);
+    EXPECT_EQ(LocalDbTransaction(API_NETWORK, "", "default").status(), LocalDbTransaction::BUSY);
+    EXPECT_EQ(LocalDbTransaction(API_NETWORK, "", "default", 10).status(),
+              LocalDbTransaction::BUSY);
+    LocalDbTransaction second(API_NETWORK, "", "default", 60000);
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second->get<int>("lan.mtu"), 1);
+    writer.join();
+}
+
+}  // namespace

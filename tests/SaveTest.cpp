@@ -1,0 +1,304 @@
+// Saving a file as a whole: what stays as it was, what is written directly, and what a kill, a full
+// disk and a lack of memory leave behind.
+#include <fcntl.h>
+#include <sched.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <random>
+#include <thread>
+
+#include "JsonData.h"
+#include "JsonRef.h"
+#include "Logger.h"
+#include "Support.h"
+#include "TreeMapObject.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(EMULATED)
+bool const SHARES_ITS_ADDRESSES = true;
+#else
+bool const SHARES_ITS_ADDRESSES = false;
+#endif
+
+unsigned int const LONGEST_ROUND = 3000;  // microseconds, from the first saves to the kill
+
+std::string const ONE = "{\n  \"a\":1\n}";
+std::string const TWO = "{\n  \"a\":2\n}";
+
+int save(std::string const& file, std::string const& text) {
+    TreeMapObject document(text.c_str());
+    return JsonData::saveObjectToFile(file.c_str(), &document);
+}
+
+struct stat statusOf(char const* file) {
+    struct stat status = {};
+    stat(file, &status);
+    return status;
+}
+
+class SaveTest : public LibraryTest {
+  protected:
+    SaveTest() {
+        Logger::mask = 0;
+        fs::create_directory("d");
+    }
+};
+
+TEST_F(SaveTest, KeepsModeAndOwner) {
+    uid_t const other = geteuid() == 0 ? 1234 : geteuid();
+    for (mode_t mode : {0600U, 0640U, 0666U, 0444U}) {
+        dir.write("d/f", ONE);
+        ASSERT_EQ(chown("d/f", other, other), 0);
+        chmod("d/f", mode);
+        EXPECT_EQ(save("d/f", TWO), 0);
+        EXPECT_EQ(TempDir::read("d/f"), TWO);
+        EXPECT_EQ(statusOf("d/f").st_mode & 07777, mode);
+        EXPECT_EQ(statusOf("d/f").st_uid, other);
+        remove("d/f");
+    }
+    mode_t const before = umask(027);
+    EXPECT_EQ(save("d/f", ONE), 0);
+    EXPECT_EQ(statusOf("d/f").st_mode & 07777, 0640U);
+    umask(before);
+}
+
+TEST_F(SaveTest, FollowsLinks) {
+    fs::create_directory("e");
+    fs::create_symlink("../e/f", "d/relative");
+    fs::create_symlink(fs::current_path() / "d/relative", "absolute");
+    fs::create_symlink("loop", "loop");
+    for (std::string const& text : {ONE, TWO, TWO}) {  // made, replaced, there already
+        EXPECT_EQ(save("absolute", text), 0);
+        EXPECT_EQ(TempDir::read("e/f"), text);
+    }
+    EXPECT_EQ(save("loop", ONE), 2);
+    int const fd = open("e/f", O_RDWR);
+    EXPECT_EQ(save("/proc/self/fd/" + std::to_string(fd), ONE), 0);
+    EXPECT_EQ(TempDir::read("e/f"), ONE);
+    unlink("e/f");  // no name leads to it any more
+    EXPECT_EQ(save("/proc/self/fd/" + std::to_string(fd), TWO), 0);
+    EXPECT_EQ(TempDir::read("/proc/self/fd/" + std::to_string(fd)), TWO);
+    close(fd);
+    EXPECT_EQ(entriesOf("d") + entriesOf("e"), 1);
+    EXPECT_TRUE(fs::is_symlink("absolute") && fs::is_symlink("d/relative"));
+}
+
+TEST_F(SaveTest, WritesDirectlyWhatIsNoRegularFile) {
+    EXPECT_EQ(save("/dev/null", ONE), 0);
+    EXPECT_TRUE(S_ISCHR(statusOf("/dev/null").st_mode));
+    EXPECT_EQ(save("/dev/full", ONE), 2);
+    EXPECT_EQ(save("d", ONE), 2);
+    EXPECT_EQ(save("none/f", ONE), 2);
+    ASSERT_EQ(mkfifo("d/fifo", 0600), 0);
+    std::string read;
+    std::thread reader([&] { read = TempDir::read("d/fifo"); });
+    EXPECT_EQ(save("d/fifo", ONE), 0);
+    reader.join();
+    EXPECT_EQ(read, ONE);
+    EXPECT_TRUE(S_ISFIFO(statusOf("d/fifo").st_mode));
+}
+
+TEST_F(SaveTest, WritesNothingThatIsThereAlready) {
+    save("d/f", ONE);
+    ino_t const before = statusOf("d/f").st_ino;
+    dir.write("d/.f.saving", "{ left over");
+    EXPECT_EQ(save("d/f", ONE), 0);
+    EXPECT_EQ(statusOf("d/f").st_ino, before);
+    EXPECT_EQ(save("d/f", TWO), 0);
+    EXPECT_NE(statusOf("d/f").st_ino, before);
+    EXPECT_EQ(entriesOf("d"), 1);
+}
+
+TEST_F(SaveTest, TakesTheLongestNames) {
+    for (size_t length : {246U, 247U, 255U}) {
+        std::string const name = "d/" + std::string(length, 'f');
+        EXPECT_EQ(save(name, ONE), 0) << length;
+        EXPECT_EQ(TempDir::read(name), ONE);
+    }
+    EXPECT_EQ(save("d/" + std::string(256, 'f'), ONE), 2);
+    EXPECT_EQ(save(std::string(5000, 'f'), ONE), 2);
+    EXPECT_EQ(entriesOf("d"), 3);
+}
+
+// What is written can be read, for every kind of container and of innermost value.
+TEST_F(SaveTest, WritesNoDeeperThanIsRead) {
+    for (int depth : {1, 30, 31, 32, 33, 5000}) {
+        for (char const* innermost : {"", "1", "null", "2.5"}) {
+            bool const array = *innermost != '2';
+            json_object* document = array ? json_object_new_array() : json_object_new_object();
+            if (*innermost != '\0') {
+                json_object* const value = json_tokener_parse(innermost);
+                array ? json_object_array_add(document, value)
+                      : json_object_object_add(document, "a", value);
+            }
+            for (int i = 1; i < depth; ++i) {
+                json_object* const outer = json_object_new_object();
+                json_object_object_add(outer, "a", document);
+                document = outer;
+            }
+            dir.write("d/f", ONE);
+            TreeMapObject handle(document);
+            bool const readable = depth < 32 || (depth == 32 && *innermost == '\0');
+            EXPECT_EQ(JsonData::saveObjectToFile("d/f", &handle), readable ? 0 : 2) << depth;
+            JsonRef const read(json_object_from_file("d/f"));
+            EXPECT_EQ(json_object_equal(read.get(), document) != 0, readable) << depth;
+            EXPECT_TRUE(readable || TempDir::read("d/f") == ONE);
+        }
+    }
+}
+
+// On a file system of 40 KB where one can be mounted, else under a limit on the size of files.
+TEST_F(SaveTest, LeavesTheOldFileOnAFullDisk) {
+    ChildResult const child = inChild([] {
+        fs::create_directory("full");
+        bool const mounted = unshare(CLONE_NEWNS) == 0 &&
+                             mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                             mount("tmpfs", "full", "tmpfs", 0, "size=40k") == 0;
+        if (!mounted) {
+            rlimit const limit = {32768, 32768};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            signal(SIGXFSZ, SIG_IGN);
+        }
+        std::string const large = "{\"a\":\"" + std::string(50000, 'x') + "\"}";
+        for (std::string const& text : {ONE, large, "[" + large + "," + large + "]"}) {
+            printf("%d", save("full/f", text));
+            printf("%c", TempDir::read("full/f") == ONE ? '1' : 'x');
+        }
+        // a file that cannot be renamed over, or has a folder that allows no other one, is written
+        // in place
+        bool const bound = mounted && mount("full/f", "full/f", nullptr, MS_BIND, nullptr) == 0;
+        printf(" %d", save("full/f", TWO));
+        EXPECT_TRUE(!bound || umount("full/f") == 0);
+        chmod("full/f", 0666);
+        chmod(".", 0755);
+        chmod("full", 0555);
+        EXPECT_TRUE(!mounted || setuid(1234) == 0);
+        printf("%d", save("full/f", large));
+        printf("%c", TempDir::read("full/f") == TWO ? '2' : 'x');
+        printf("%d", save("full/f", ONE));
+        printf("%c%ld", TempDir::read("full/f") == ONE ? '1' : 'x', entriesOf("full"));
+    });
+    EXPECT_EQ(child.output, "012121 022011");
+}
+
+TEST_F(SaveTest, LeavesTheOldFileWhenTheTextIsCutForLackOfMemory) {
+    if (SHARES_ITS_ADDRESSES) {
+        GTEST_SKIP() << "a sanitizer, or an emulator, has memory of its own in the process";
+    }
+    ChildResult const child = inChild([] {
+        save("d/f", ONE);
+        TreeMapObject document("{\"after\":1}");
+        document.set("before", std::string(65 << 20, 'x').c_str());
+        long pages = 0;
+        FILE* const size = fopen("/proc/self/statm", "r");
+        EXPECT_EQ(fscanf(size, "%ld", &pages), 1);
+        fclose(size);
+        rlimit limit = {static_cast<rlim_t>(pages) * 4096, RLIM_INFINITY};
+        setrlimit(RLIMIT_AS, &limit);
+        while (malloc(1 << 20) != nullptr) {  // what the heap holds from before, in large pieces
+        }
+        limit.rlim_cur += 8U << 20;
+        setrlimit(RLIMIT_AS, &limit);
+        printf("%d ", JsonData::saveObjectToFile("d/f", &document));
+        rlimit const none = {RLIM_INFINITY, RLIM_INFINITY};
+        setrlimit(RLIMIT_AS, &none);
+        printf("%d ", TempDir::read("d/f") == ONE);
+        printf("%d", JsonData::saveObjectToFile("d/f", &document));
+    });
+    EXPECT_EQ(child.output, "2 1 0");
+}
+
+// What cannot be removed does not stand in the way; what can be goes.
+TEST_F(SaveTest, GoesRoundWhatHasTheTemporaryName) {
+    save("d/f", ONE);
+    std::pair<char const*, bool> const rows[] = {{"mkdir d/.f.saving", true},
+                                                 {"ln -s none d/.f.saving", true},
+                                                 {"mkfifo d/.f.saving", false},
+                                                 {"ln -s f d/.f.saving", true},
+                                                 {"mkdir d/.f.saving d/.f.saving1", true}};
+    for (auto const& [command, stays] : rows) {
+        ASSERT_EQ(system(command), 0);
+        long const before = entriesOf("d");
+        EXPECT_EQ(save("d/f", TWO) + save("d/f", ONE), 0) << command;
+        EXPECT_EQ(TempDir::read("d/f"), ONE);
+        EXPECT_EQ(entriesOf("d"), stays ? before : 1) << command;
+        ASSERT_EQ(system("rm -r d/.f.* 2>/dev/null; rm -f d/.f.*"), 0);
+    }
+}
+
+// Two versions of a document, saved in turn, until the process is killed.
+[[noreturn]] void saveForEver(char const* name, std::atomic<int>* saves) {
+    TreeMapObject versions[2];
+    for (int version = 0; version < 2; ++version) {
+        versions[version].jobj = json_object_new_object();
+        versions[version].set("first", version);
+        versions[version].set("filling",
+                              std::string(20000, static_cast<char>('a' + version)).c_str());
+        versions[version].set("last", version);
+    }
+    for (int i = 0;; ++i) {
+        JsonData::saveObjectToFile(name, &versions[i % 2]);
+        *saves = i + 1;
+    }
+}
+
+// By two processes at once, through a link, and, where that can be tried, by two users.
+TEST_F(SaveTest, IsNeverTornByAKill) {
+    std::minstd_rand random(std::random_device{}());
+    TempDir::write("d/f", "{\"first\":0,\"last\":0}");
+    fs::create_symlink("d/f", "link");
+    for (char const* folder : {".", "d"}) {
+        chmod(folder, 0777);
+    }
+    chmod("d/f", 0666);
+    void* const shared = mmap(nullptr, 2 * sizeof(std::atomic<int>), PROT_READ | PROT_WRITE,
+                              MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(shared, MAP_FAILED);
+    auto* const saves = static_cast<std::atomic<int>*>(shared);
+    for (int round = 0; round < 300; ++round) {
+        pid_t writers[2];
+        for (int i = 0; i < 2; ++i) {
+            saves[i] = 0;
+            writers[i] = fork();
+            if (writers[i] == 0) {
+                bool const otherUser = round % 3 == 2 && i == 0 && geteuid() == 0;
+                ASSERT_TRUE(!otherUser || setuid(1234) == 0);
+                prctl(PR_SET_PDEATHSIG, SIGKILL);  // should the test fail
+                saveForEver(round % 3 == 1 ? "link" : "d/f", saves + i);
+            }
+        }
+        using Clock = std::chrono::steady_clock;
+        for (auto end = Clock::time_point::max(); Clock::now() < end;) {
+            if (end == Clock::time_point::max() && saves[0] > 0 && saves[1] > 0) {
+                end = Clock::now() + std::chrono::microseconds(random() % LONGEST_ROUND);
+            }
+            TreeMapObject read(json_object_from_file("d/f"));
+            ASSERT_NE(read.jobj, nullptr) << round;
+            ASSERT_EQ(read.get<int>("first"), read.get<int>("last"));
+        }
+        for (pid_t const writer : writers) {
+            kill(writer, SIGKILL);
+            waitpid(writer, nullptr, 0);
+        }
+        ASSERT_LE(entriesOf("d"), 2);
+    }
+    EXPECT_EQ(save("d/f", ONE), 0);
+    EXPECT_EQ(entriesOf("d"), 1);
+    EXPECT_TRUE(fs::is_symlink("link"));
+    EXPECT_EQ(statusOf("d/f").st_uid, geteuid() == 0 ? 1234 : geteuid());  // the other user saved
+}
+
+}  // namespace

@@ -1,0 +1,190 @@
+// Everything the headers allow at once, from many threads: stress SECONDS. A data race is for
+// ThreadSanitizer to see, what is lost or torn for the checks.
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <thread>
+#include <vector>
+
+#include "BEConfig.h"
+#include "BELoginRecord.h"
+#include "CommLabel.h"
+#include "JsonData.h"
+#include "LocalDbCtrl.h"
+#include "LocalDbTransaction.h"
+#include "Logger.h"
+#include "Support.h"
+#include "TreeMapObject.h"
+
+namespace {
+
+API_TYPE_T const SAVED_BY_SESSIONS = API_MEDIASHARE;
+API_TYPE_T const WITHOUT_A_FILE = API_FAC;
+
+std::atomic<int> updates[API_TYPE_COUNT];
+std::atomic<int> attempts;
+int seconds = 3;
+
+// Changes the first and the last member alike; false while another writer is at it.
+bool update(API_TYPE_T type, char const* key, bool save) {
+    TreeMapObject* const document = LocalDbCtrl::lockDbObject(type, "", key);
+    if (document == nullptr) {
+        std::this_thread::yield();
+        return false;
+    }
+    int const count = document->get<int>("first") + 1;
+    EXPECT_EQ(document->get<int>("list.[1].last"), count - 1);
+    document->set("first", count);
+    document->set("list.[1].last", count);
+    EXPECT_EQ(save ? LocalDbCtrl::saveDbObject(type, key) : LocalDbCtrl::unlockDbObject(type, key),
+              0);
+    return true;
+}
+
+// All types of the default controller; what one writer leaves unsaved the next one sees.
+void writesAllTypes(int round) {
+    static API_TYPE_T const types[] = {API_GATEWAY,  API_WIFI,    API_NETWORK,
+                                       API_SECURITY, API_SERVICE, API_MISC};
+    API_TYPE_T const type = types[round % 6];
+    updates[type] += update(type, "default", round % 3 == 0);
+}
+
+// A third each is saved, kept and discarded.
+void transacts(int round) {
+    LocalDbTransaction change(API_QOS, "", "default", 1000);
+    if (!change) {
+        EXPECT_EQ(change.status(), LocalDbTransaction::BUSY);
+        return;
+    }
+    int const count = change->get<int>("first") + 1;
+    change->set("first", count);
+    change->set("list.[1].last", count);
+    if (round % 3 != 0) {
+        ++updates[API_QOS];
+        EXPECT_EQ(round % 3 == 1 ? change.save() : change.keep(), 0);
+    }
+}
+
+void writesOneType(int round) { updates[API_QOS] += update(API_QOS, "default", round % 16 == 0); }
+
+// Two controllers save the same type, and one reads its file.
+void savesInSessionOne(int) { update(SAVED_BY_SESSIONS, "one", true); }
+void savesInSessionTwo(int) { update(SAVED_BY_SESSIONS, "two", true); }
+void readsTheFile(int) {
+    TreeMapObject* const read =
+        JsonData::createObjectFromFile(LocalDbCtrl::getFileName(SAVED_BY_SESSIONS));
+    EXPECT_TRUE(read->jobj != nullptr);
+    EXPECT_EQ(read->get<int>("first"), read->get<int>("list.[1].last"));
+    delete read;
+}
+
+void makesASessionOfItsOwn(int round) {
+    static std::atomic<int> number;
+    thread_local std::string const key = "session " + std::to_string(++number);
+    EXPECT_EQ(LocalDbCtrl::cloneNewDB(key.c_str()), 1);
+    EXPECT_NE(LocalDbCtrl::getDBByKey(key.c_str()), LocalDbCtrl::getDBByKey("default"));
+    EXPECT_TRUE(update(API_WIFI, key.c_str(), false));
+    TreeMapObject* const node = LocalDbCtrl::lockDbObject(API_WIFI, "list.[1]", key.c_str());
+    node->set("last", round);
+    delete node;
+    EXPECT_EQ(LocalDbCtrl::unlockDbObject(API_WIFI, key.c_str()), 0);
+    LocalDbCtrl::removeDB(key.c_str());
+}
+
+// No writer ever holds this type with a handle, so that null means held.
+void takesTurnsAfterNullResults(int) {
+    static int turn;  // guarded by the type's lock alone
+    EXPECT_EQ(LocalDbCtrl::lockDbObject(WITHOUT_A_FILE, "", "default"), nullptr);
+    ++turn;
+    EXPECT_EQ(LocalDbCtrl::unlockDbObject(WITHOUT_A_FILE, "default"), 2);
+}
+
+void logs(int round) {
+    for (unsigned int level = 0; level <= LOG_TYPE_DEFAULT + 1; ++level) {
+        Logger::print(static_cast<LOG_TYPE_T>(level), static_cast<LOG_GROUP_T>(round % 20),
+                      "round %d\n", round);
+    }
+    if (round % 500 == 0) {
+        remove("BE.log");
+    }
+}
+
+void logsIn(int round) {
+    attempts += BELoginRecord::setAttempt("shared");
+    std::string const address = "address " + std::to_string(round % 7);
+    BELoginRecord::setAttempt(address.c_str());
+    EXPECT_GE(BELoginRecord::getAttempt(address.c_str()).attempts, 0);
+    EXPECT_TRUE(BELoginRecord::eraseAttempt(address.c_str()));
+}
+
+void asksForNames(int round) {
+    unsigned int const commType = static_cast<unsigned int>(round) % 84;
+    std::string const label = COMM_LABEL(API_WIFI, commType);
+    EXPECT_EQ(LocalDbCtrl::getFileName(API_WIFI, commType), "./data/wifi/" + label + ".ldb");
+    TreeMapObject message("{\"name\": \"x\"}");
+    EXPECT_EQ(LocalDbCtrl::validateObject(&message, API_WIFI, commType), commType == 0 ? 2 : 0);
+    EXPECT_GE(BEConfig::get_Session_Uptime(), 0);
+}
+
+// Standard output is the log's.
+struct FailuresOnStandardError : testing::EmptyTestEventListener {
+    void OnTestPartResult(testing::TestPartResult const& result) override {
+        fprintf(stderr, "%s:%d: %s\n", result.file_name(), result.line_number(), result.summary());
+    }
+};
+
+TEST(Stress, LosesAndTearsNothing) {
+    testing::UnitTest::GetInstance()->listeners().Append(new FailuresOnStandardError);
+    TempDir dir;
+    for (unsigned int type = 0; type < WITHOUT_A_FILE; ++type) {
+        dir.write(LocalDbCtrl::getFileName(type), "{\"first\":0,\"list\":[0,{\"last\":0}]}");
+    }
+    dir.write(LocalDbCtrl::getSchemaFile(API_WIFI, 0), "{\"required\": [\"ssid\"]}");
+    ASSERT_NE(freopen("/dev/null", "w", stdout), nullptr);
+    Logger::init();
+    Logger::mask = ~0U;
+    BELoginRecord::init();
+    LocalDbCtrl::init();
+    LocalDbCtrl::cloneNewDB("one");
+    LocalDbCtrl::cloneNewDB("two");
+
+    auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    std::vector<std::thread> threads;
+    for (auto* work : {writesAllTypes, writesOneType, transacts, savesInSessionOne,
+                       savesInSessionTwo, readsTheFile, makesASessionOfItsOwn,
+                       takesTurnsAfterNullResults, logs, logsIn, asksForNames}) {
+        for (int copy = 0; copy < 2; ++copy) {
+            threads.emplace_back([work, end] {
+                for (int round = 1; std::chrono::steady_clock::now() < end; ++round) {
+                    work(round);
+                }
+            });
+        }
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (unsigned int type = 0; type < WITHOUT_A_FILE; ++type) {
+        TreeMapObject* const document = LocalDbCtrl::lockDbObject(type, "", "default");
+        EXPECT_GT(document->get<int>("first"), 0);
+        if (type != SAVED_BY_SESSIONS) {
+            EXPECT_EQ(document->get<int>("first"), updates[type]);
+        }
+        LocalDbCtrl::unlockDbObject(type, "default");
+    }
+    EXPECT_GT(attempts, 0);
+    EXPECT_EQ(BELoginRecord::getAttempt("shared").attempts, attempts);
+    for (char const* key : {"one", "two", "default"}) {
+        LocalDbCtrl::removeDB(key);
+    }
+    EXPECT_TRUE(LocalDbCtrl::controllers.empty());
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+    testing::InitGoogleTest(&count, words);
+    seconds = count > 1 ? atoi(words[1]) : seconds;
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,37 @@
+// Fuzz target: the bytes of a login record. A record that is no array stops everything and is left
+// alone; in any other one an attempt counts.
+#include "BELoginRecord.h"
+#include "Fuzz.h"
+#include "JsonRef.h"
+
+// The value of a record that is no array leaks, deliberately.
+extern "C" [[gnu::visibility("default")]] char const* __lsan_default_options();
+extern "C" char const* __lsan_default_options() { return "detect_leaks=0"; }
+
+int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
+    static Sandbox const sandbox;
+    char const file[] = ".loginrecord.cfg";
+    std::string const input = asText(data, size);
+    Sandbox::write(file, input);
+    JsonRef const value(json_object_from_file(file));
+    BELoginRecord::isRunning = true;
+    LoginAttemptInfo const before = BELoginRecord::getAttempt("a");
+    bool const usable = json_object_is_type(value.get(), json_type_array);
+    require(BELoginRecord::isRunning == usable);
+    require(before.attempts < 10 ? before.lockMinutes == 0 : before.attempts > 0);
+
+    bool const erased = BELoginRecord::eraseAttempt("a");
+    require(!erased || BELoginRecord::getAttempt("a").attempts == 0);
+    require(usable || !erased);
+    std::string const text = Sandbox::read(file);
+    bool const counted = BELoginRecord::setAttempt("a");
+    LoginAttemptInfo const after = BELoginRecord::getAttempt("a");
+    require(counted ? after.attempts == 1 && after.lockMinutes == 0 : Sandbox::read(file) == text);
+    require(usable || text == input);
+    require(counted == usable);
+    for (int i = 0; counted && i < 9; ++i) {
+        require(BELoginRecord::setAttempt("a"));
+    }
+    require(!counted || BELoginRecord::getAttempt("a").lockMinutes == 1);
+    return 0;
+}

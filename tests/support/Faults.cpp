@@ -1,0 +1,109 @@
+#include "Faults.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <atomic>
+#include <new>
+
+namespace {
+
+std::atomic<faults::Call> armedCall;
+std::atomic<int> countdown = 0;  // 0: nothing is armed
+int armedError;
+
+bool fails(faults::Call call) {
+    if (countdown == 0 || call != armedCall || --countdown != 0) {
+        return false;
+    }
+    countdown = -1;  // no later call fails
+    errno = armedError;
+    return true;
+}
+
+}  // namespace
+
+void faults::arm(Call call, int n, int error) {
+    armedCall = call;
+    armedError = error;
+    countdown = n;
+}
+
+bool faults::disarm() { return countdown.exchange(0) < 0; }
+
+#pragma GCC visibility push(default)  // a sanitizer looks for some of the names
+
+// NAME fails as CALL; otherwise it is what it was.
+#define WRAP(CALL, RESULT, NAME, PARAMETERS, ...)                               \
+    extern "C" RESULT __real_##NAME PARAMETERS;                                 \
+    extern "C" RESULT __wrap_##NAME PARAMETERS;                                 \
+    RESULT __wrap_##NAME PARAMETERS {                                           \
+        return fails(faults::CALL) ? (RESULT)(-1) : __real_##NAME(__VA_ARGS__); \
+    }
+
+#pragma GCC diagnostic ignored "-Wold-style-cast"
+WRAP(OPEN, int, open, (char const* name, int flags, mode_t mode), name, flags, mode)
+WRAP(OPEN, int, open64, (char const* name, int flags, mode_t mode), name, flags, mode)
+WRAP(READ, ssize_t, read, (int fd, void* bytes, size_t size), fd, bytes, size)
+WRAP(SYNC, int, fsync, (int fd), fd)
+WRAP(RENAME, int, rename, (char const* from, char const* to), from, to)
+WRAP(STAT, int, stat, (char const* name, void* status), name, status)
+WRAP(STAT, int, stat64, (char const* name, void* status), name, status)
+WRAP(STAT, int, fstat, (int fd, void* status), fd, status)
+WRAP(STAT, int, fstat64, (int fd, void* status), fd, status)
+WRAP(STAT, int, lstat64, (char const* name, void* status), name, status)
+WRAP(LOCK, int, flock, (int fd, int operation), fd, operation)
+WRAP(OWNER, int, fchown, (int fd, uid_t owner, gid_t group), fd, owner, group)
+WRAP(MODE, int, fchmod, (int fd, mode_t mode), fd, mode)
+WRAP(DUPLICATE, int, fcntl, (int fd, int command, int from), fd, command, from)
+WRAP(DUPLICATE, int, fcntl64, (int fd, int command, int from), fd, command, from)
+WRAP(LINK, ssize_t, readlink, (char const* name, char* to, size_t size), name, to, size)
+
+// The file is closed all the same.
+extern "C" int __real_close(int fd);
+extern "C" int __wrap_close(int fd);
+int __wrap_close(int fd) {
+    bool const failing = fails(faults::CLOSE);
+    int const error = errno;
+    int const result = __real_close(fd);
+    errno = failing ? error : errno;
+    return failing ? -1 : result;
+}
+
+extern "C" ssize_t __real_write(int fd, void const* bytes, size_t size);
+extern "C" ssize_t __wrap_write(int fd, void const* bytes, size_t size);
+ssize_t __wrap_write(int fd, void const* bytes, size_t size) {
+    return fails(faults::WRITE) ? -1
+                                : __real_write(fd, bytes, fails(faults::SHORT_WRITE) ? 1 : size);
+}
+
+extern "C" void* __real_malloc(size_t size);
+extern "C" void* __wrap_malloc(size_t size);
+void* __wrap_malloc(size_t size) {
+    return fails(faults::ALLOCATION) ? nullptr : __real_malloc(size);
+}
+
+extern "C" void* __real_realloc(void* memory, size_t size);
+extern "C" void* __wrap_realloc(void* memory, size_t size);
+void* __wrap_realloc(void* memory, size_t size) {
+    return fails(faults::ALLOCATION) ? nullptr : __real_realloc(memory, size);
+}
+
+void* operator new(size_t size, std::nothrow_t const&) noexcept { return malloc(size); }
+void* operator new[](size_t size, std::nothrow_t const& tag) noexcept {
+    return operator new(size, tag);
+}
+void* operator new(size_t size) {
+    void* const memory = operator new(size, std::nothrow);
+    return memory != nullptr ? memory : throw std::bad_alloc();
+}
+void* operator new[](size_t size) { return operator new(size); }
+void operator delete(void* memory) noexcept { free(memory); }
+void operator delete[](void* memory) noexcept { free(memory); }
+void operator delete(void* memory, size_t) noexcept { free(memory); }
+void operator delete[](void* memory, size_t) noexcept { free(memory); }
+
+#pragma GCC visibility pop
