@@ -1,20 +1,74 @@
 #!/bin/sh
-# Builds the library and runs the example on a copy of the sample gateway.
+# Builds the library and runs the web back end on a copy of the sample gateway: drives one session
+# through it, and shows what happened.
+#   scripts/example.sh --serve    keeps it running, for a browser
+#   scripts/example.sh --small    runs the smallest example instead, which has no network code
 set -eu
 cd "$(dirname "$0")/.."
-scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev diffutils
+scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev diffutils curl \
+    libcpp-httplib-dev libssl-dev
 
 build=build/example
+copy=$build/gateway
 cmake -S . -B "$build" -DVOBIUTILS_BUILD_TESTS=OFF >/dev/null
 cmake --build "$build" --parallel "$(nproc)" >/dev/null
 
-copy=$build/gateway
-rm -rf "$copy"
-cp -r examples/gateway "$copy"
-(cd "$copy" && ../examples/typical_write)
+show_changes() {
+    echo
+    echo "== What changed in the data files"
+    diff -ru examples/gateway/data "$copy/data" || true
+}
 
+if [ "${1-}" = --small ]; then
+    rm -rf "$copy"
+    cp -r examples/gateway "$copy"
+    (cd "$copy" && ../examples/typical_write)
+    show_changes
+    echo
+    echo "The changed copy is in $copy, its log in $copy/BE.log."
+    exit
+fi
+
+. scripts/backend-functions.sh
+port=${PORT-8081}
+url=http://127.0.0.1:$port
+prepare_gateway "$copy" "$port"
+start_backend $build/examples/backend/backend "$copy"
+trap 'kill $backend_pid 2>/dev/null || true' EXIT
+trap exit INT TERM
+
+if [ "${1-}" = --serve ]; then
+    echo "Open $url/ and log in as admin, with the password sample-admin-password."
+    echo "It works on $copy. Control-C ends it."
+    wait $backend_pid
+    exit
+fi
+
+token=
+# Asks as the page does, and shows the question and the answer with its status.
+ask() { # METHOD PATH [BODY]
+    printf '\n> %s %s %s\n' "$1" "$2" "${3-}"
+    curl --silent --globoff --max-time 10 --request "$1" ${3+--data "$3"} \
+        ${token:+--header "Authorization: Bearer $token"} --write-out '\n< %{http_code}\n' "$url$2" |
+        tee $build/answer.txt
+}
+
+echo "The back end listens on $url."
+ask GET /api/wifi
+ask POST /login '{"username": "admin", "password": "guessed"}'
+ask POST /login '{"username": "admin", "password": "sample-admin-password"}'
+token=$(sed -n 's/.*"token": "\([0-9a-f]*\)".*/\1/p' $build/answer.txt)
+ask GET '/api/network/lan.ipv4.address'
+ask PUT '/api/wifi/ssids.[2].name' '"garden"'
+ask PUT '/api/wifi/ssids.[2].security.mode' '"none"'
+ask PUT '/api/wifi/ssids.[2]' '{"id": 3, "enabled": false}'
+ask POST '/api/service/portForwarding.rules' '{"name": "garden-camera", "protocol": "tcp",
+  "externalPort": 8555, "internalPort": 554, "internalClient": "192.168.1.40", "enabled": true}'
+ask GET '/api/service/portForwarding?find=externalPort&value=8555'
+ask DELETE '/api/service/portForwarding.rules.[0]'
+ask POST /logout
+ask GET '/api/wifi/ssids.[2].name'
+show_changes
 echo
-echo "== What changed in the data files"
-diff -ru examples/gateway/data "$copy/data" || true
-echo
-echo "The changed copy is in $copy, its log in $copy/BE.log."
+echo "To see the page, run \"scripts/example.sh --serve\" and open $url/ in a browser."
+echo "The smallest example is examples/typical_write.cpp: scripts/example.sh --small."

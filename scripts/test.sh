@@ -4,7 +4,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \
-    binutils json-schema-test-suite
+    binutils json-schema-test-suite libcpp-httplib-dev libssl-dev curl
 
 run() {
     echo "== $1"

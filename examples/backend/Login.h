@@ -1,0 +1,28 @@
+// Logging in, with the lock-out of addresses that guess.
+#ifndef BACKEND_LOGIN_H
+#define BACKEND_LOGIN_H
+
+#include <mutex>
+#include <string>
+
+#include "Reply.h"
+#include "Sessions.h"
+
+class Login {
+  public:
+    explicit Login(Sessions& sessions);
+
+    // The body is a GATEWAY_LOGIN_REQ, the answer a GATEWAY_LOGIN_RESP. 401 for a wrong password, an
+    // unknown user and one who is disabled, alike. 429 with the minutes to wait once an address is
+    // locked out, whatever password comes then. Every attempt is recorded before the password is
+    // looked at, and one attempt at a time: guessing in parallel gains nothing, and when an attempt
+    // cannot be recorded, nobody gets in (503).
+    Reply attempt(std::string const& address, std::string const& body);
+
+  private:
+    Sessions& sessions_;
+    bool const records_;  // brute-force prevention is on
+    std::mutex oneAtATime_;
+};
+
+#endif

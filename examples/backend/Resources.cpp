@@ -1,0 +1,331 @@
+#include "Resources.h"
+
+#include <BEConfig.h>
+#include <JsonData.h>
+#include <LocalDbTransaction.h>
+#include <Logger.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "Json.h"
+#include "Limits.h"
+#include "Messages.h"
+
+namespace {
+
+char const SHARED[] = "default";
+
+typedef std::unique_ptr<TreeMapObject> Node;
+
+// Who may see and do what.
+
+bool isSecret(Place const& place, std::string const& name) {
+    if (name == "password" && place.type == API_GATEWAY) {
+        return true;
+    }
+    return !place.session.isAdministrator() &&
+           (name == "password" || name == "passphrase" || name == "wpsPin");
+}
+
+bool namesSecret(Place const& place) {
+    auto const& tokens = place.path.tokens;
+    return std::any_of(tokens.begin(), tokens.end(),
+                       [&](std::string const& token) { return isSecret(place, token); });
+}
+
+void removeSecrets(Place const& place, json_object* value) {
+    if (json_object_is_type(value, json_type_array)) {
+        for (size_t i = 0; i < json_object_array_length(value); ++i) {
+            removeSecrets(place, json_object_array_get_idx(value, i));
+        }
+    } else if (json_object_is_type(value, json_type_object)) {
+        for (char const* name : {"password", "passphrase", "wpsPin"}) {
+            if (isSecret(place, name)) {
+                json_object_object_del(value, name);
+            }
+        }
+        json_object_object_foreach(value, name, member) {
+            static_cast<void>(name);
+            removeSecrets(place, member);
+        }
+    }
+}
+
+// Why a place cannot be written to, if it cannot.
+std::optional<Reply> refuseWriting(Place const& place) {
+    if (!place.session.isAdministrator()) {
+        return refuse(403, "only an administrator may change this");
+    }
+    if (place.path.isRoot()) {
+        return refuse(405, "a whole database is not changed at once: name a place in it");
+    }
+    if (place.type == API_GATEWAY && place.path.tokens.front() == "users") {
+        return refuse(403, "users are not changed here");
+    }
+    return std::nullopt;
+}
+
+// Answers.
+
+Reply refuseLock(LocalDbTransaction::Status status) {
+    switch (status) {
+        case LocalDbTransaction::BUSY: return refuse(503, "somebody else is writing here", 1);
+        case LocalDbTransaction::NO_MEMORY: return refuse(503, "out of memory", 1);
+        case LocalDbTransaction::NO_FILE: return refuse(404, "there is no such database");
+        case LocalDbTransaction::NO_NODE: return refuse(404, "there is nothing at this path");
+        default: return refuse(500, "the database cannot be read");
+    }
+}
+
+// With the schema, so that the client sees what would be valid.
+Reply refuseMessage(Place const& place, char const* label) {
+    Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: not valid, refused\n", label);
+    Json const reason(json_object_new_object());
+    std::string const text = std::string("this would be no valid ") + label;
+    json_object_object_add(reason.get(), "error", json_object_new_string(text.c_str()));
+    json_object_object_add(reason.get(), "schema", schemaOf(place.type, label).release());
+    Reply reply;
+    reply.status = 400;
+    reply.body = textOf(reason.get());
+    return reply;
+}
+
+// The value as this client may see it; checked, where it is the response of a message.
+Reply answer(Place const& place, int status, json_object* value, Message const* message) {
+    if (message != nullptr && BEConfig::VALIDATION_ON_RESPONSE != 0 &&
+        hasSchema(place.type, message->response) &&
+        !isValid(place.type, message->response, value)) {
+        Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "%s: not valid, not sent\n",
+                      message->response);
+        return refuse(500, std::string("the stored value is no valid ") + message->response);
+    }
+    Json const visible = copyOf(value);
+    if (!visible) {
+        return refuse(503, "out of memory", 1);
+    }
+    removeSecrets(place, visible.get());
+    Reply reply;
+    reply.status = status;
+    reply.body = textOf(visible.get());
+    return reply;
+}
+
+// Runs `use` on the node at the place, as the session sees it.
+Reply reading(Place const& place, std::function<Reply(TreeMapObject&)> const& use) {
+    LocalDbTransaction database(place.type, place.path.text().c_str(),
+                                place.session.databaseKey.c_str(), MAX_WAIT_MS);
+    if (!database) {
+        return refuseLock(database.status());
+    }
+    Reply reply = use(*database.object());
+    database.keep();  // nothing is changed: it need not be read again
+    return reply;
+}
+
+// Saves the shared document, and brings it to the controller of the session.
+Reply save(Place const& place, LocalDbTransaction& database, Reply success) {
+    Reply const failure = refuse(500, "the change could not be saved; nothing is changed");
+    if (!place.session.hasDatabase()) {
+        return database.save() == 0 ? success : failure;
+    }
+    LocalDbTransaction own(place.type, "", place.session.databaseKey.c_str(), MAX_WAIT_MS);
+    json_object* copy = nullptr;
+    if (!own || json_object_deep_copy(database->jobj, &copy, nullptr) != 0) {
+        return own ? refuse(503, "out of memory", 1) : refuseLock(own.status());
+    }
+    json_object_put(own->jobj);
+    own->jobj = copy;
+    if (database.save() != 0) {
+        return failure;
+    }
+    own.keep();
+    return success;
+}
+
+// Runs `change` on the shared document. It answers with a refusal, or with what is to be answered
+// once the change is saved; a change that would break a message is refused, too.
+Reply writing(Place const& place,
+              std::function<Reply(TreeMapObject&, Path& changed)> const& change) {
+    if (std::optional<Reply> const refusal = refuseWriting(place)) {
+        return *refusal;
+    }
+    LocalDbTransaction database(place.type, "", SHARED, MAX_WAIT_MS);
+    if (!database) {
+        return refuseLock(database.status());
+    }
+    Path changed = place.path;
+    Reply const reply = change(*database.object(), changed);
+    if (reply.status >= 300) {
+        return reply;
+    }
+    if (char const* const label = brokenMessage(place.type, *database.object(), changed)) {
+        return refuseMessage(place, label);
+    }
+    return save(place, database, reply);
+}
+
+// Kinds of values.
+
+bool isSameKind(json_object* one, json_object* other) {
+    json_type const type = json_object_get_type(one);
+    return json_object_is_type(other, type) ||
+           (type == json_type_double && json_object_is_type(other, json_type_int));
+}
+
+Reply refuseKind(json_object* existing) {
+    return refuse(400, std::string("the value here is of the type ") +
+                           json_type_to_name(json_object_get_type(existing)));
+}
+
+bool canHold(TreeMapObject const& container, std::string const& token) {
+    return !Path::isIndex(token) && json_object_is_type(container.jobj, json_type_object);
+}
+
+// The highest "id" among the elements; nothing when there is none, or one has none.
+std::optional<int> highestId(TreeMapObject& array) {
+    std::optional<int> highest;
+    for (unsigned int i = 0; i < static_cast<unsigned int>(array.len()); ++i) {
+        Node const element(array.at(i));
+        int id = 0;
+        if (element == nullptr || !element->get_ex("id", id)) {
+            return std::nullopt;
+        }
+        highest = std::max(highest.value_or(id), id);
+    }
+    return highest;
+}
+
+bool isFull(TreeMapObject& document, Path const& array, int length) {
+    Node const parent(document.get(array.parent().text().c_str()));
+    int maximum = MAX_ARRAY_LENGTH;
+    return length >= MAX_ARRAY_LENGTH ||
+           (parent != nullptr && parent->get_ex("maxRules", maximum) && length >= maximum);
+}
+
+}  // namespace
+
+Reply readResource(Place const& place) {
+    if (namesSecret(place)) {
+        return refuse(403, "this is not shown");
+    }
+    return reading(place, [&](TreeMapObject& node) {
+        return answer(place, 200, node.jobj, messageOf("GET", place.type, place.path));
+    });
+}
+
+Reply findResources(Place const& place, std::string const& key, std::string const& value) {
+    if (namesSecret(place) || isSecret(place, key)) {
+        return refuse(403, "this is not shown");
+    }
+    return reading(place, [&](TreeMapObject& node) {
+        std::list<TreeMapObject*> hits;
+        Json const text(json_object_new_string(value.c_str()));
+        Json const primitive = parseJson(value);  // a number or a Boolean as well
+        for (json_object* const wanted : {text.get(), primitive.get()}) {
+            if (wanted != nullptr && json_object_is_type(node.jobj, json_type_array)) {
+                node.findInArray(hits, key.c_str(), wanted, node.jobj);
+            } else if (wanted != nullptr) {
+                node.findInObject(hits, key.c_str(), wanted, node.jobj);
+            }
+        }
+        Json const found(json_object_new_array());
+        for (TreeMapObject* const hit : hits) {
+            json_object_array_add(found.get(), json_object_get(hit->jobj));
+            delete hit;
+        }
+        return answer(place, 200, found.get(), nullptr);
+    });
+}
+
+Reply changeResource(Place const& place, std::string const& body) {
+    Json const value = parseJson(body);
+    if (!value) {
+        return refuse(400, "the body is not one JSON value");
+    }
+    Message const* const message = messageOf("PUT", place.type, place.path);
+    bool const isMessage = message != nullptr && json_object_is_type(value.get(), json_type_object);
+    if (isMessage && !isValid(place.type, message->request, value.get())) {
+        return refuseMessage(place, message->request);
+    }
+    return writing(place, [&](TreeMapObject& document, Path&) {
+        std::string const path = place.path.text();
+        Node const existing(document.get(path.c_str()));
+        Node const container(document.get(place.path.parent().text().c_str()));
+        if (existing == nullptr &&
+            (container == nullptr || !canHold(*container, place.path.last()))) {
+            return refuse(404, "there is nothing at this path, and nothing that could hold it");
+        }
+        if (existing != nullptr && !isSameKind(existing->jobj, value.get())) {
+            return refuseKind(existing->jobj);
+        }
+        if (existing != nullptr && isMessage) {
+            merge(existing->jobj, value.get());
+        } else if (JsonData::setJObj(document.jobj, path.c_str(), value.get()) != 0) {
+            return refuse(500, "the value cannot be stored");
+        }
+        Node const changed(document.get(path.c_str()));
+        return answer(place, existing != nullptr ? 200 : 201, changed->jobj, message);
+    });
+}
+
+Reply appendResource(Place const& place, std::string const& body) {
+    Json const value = parseJson(body);
+    if (!value) {
+        return refuse(400, "the body is not one JSON value");
+    }
+    Message const* const message = messageOf("POST", place.type, place.path);
+    if (message != nullptr && !isValid(place.type, message->request, value.get())) {
+        return refuseMessage(place, message->request);
+    }
+    return writing(place, [&](TreeMapObject& document, Path& changed) {
+        Node const array(document.get(place.path.text().c_str()));
+        int const length = array != nullptr ? array->len() : 0;
+        if (array == nullptr || length < 0) {
+            return refuse(array == nullptr ? 404 : 405, "there is no array at this path");
+        }
+        if (isFull(document, place.path, length)) {
+            return refuse(409, "there is no room for another one");
+        }
+        Node const first(array->at(0));
+        if (first != nullptr && !isSameKind(first->jobj, value.get())) {
+            return refuseKind(first->jobj);
+        }
+        TreeMapObject element(json_object_get(value.get()));
+        std::optional<int> const id = highestId(*array);
+        if (id && json_object_object_get(value.get(), "id") == nullptr) {
+            element.set("id", *id + 1);
+        }
+        int const index = array->addArrayItem(&element);
+        if (index < 0) {
+            return refuse(500, "the value cannot be stored");
+        }
+        changed.tokens.push_back("[" + std::to_string(index) + "]");
+        Reply reply = answer(place, 201, element.jobj, message);
+        reply.location =
+            std::string("/api/") + LocalDbCtrl::getApiDir(place.type) + "/" + changed.text();
+        return reply;
+    });
+}
+
+Reply removeResource(Place const& place) {
+    return writing(place, [&](TreeMapObject& document, Path&) {
+        std::string const path = place.path.text();
+        Node const existing(document.get(path.c_str()));
+        Node const container(document.get(place.path.parent().text().c_str()));
+        if (existing == nullptr || container == nullptr) {
+            return refuse(404, "there is nothing at this path");
+        }
+        if (!Path::isIndex(place.path.last())) {
+            document.del(path.c_str());
+        } else if (container->delArrayItem(place.path.lastIndex()) < 0) {
+            return refuse(409, "an element of an array in an array is not removed");
+        }
+        Reply reply;
+        reply.status = 204;
+        return reply;
+    });
+}

@@ -1,0 +1,43 @@
+// The nine databases as resources: a place in them is read, changed, filled and emptied, each as one
+// transaction. What cannot be done leaves nothing changed.
+//
+// What was written is in the data file before the answer goes out. Changes go through the default
+// controller, one after another. A session with a controller of its own reads the databases as they
+// were at its login, or at its own last change of that API type.
+#ifndef BACKEND_RESOURCES_H
+#define BACKEND_RESOURCES_H
+
+#include <string>
+
+#include "Path.h"
+#include "Reply.h"
+#include "Sessions.h"
+
+// A place in a database, and who asks for it.
+struct Place {
+    unsigned int type;
+    Path path;
+    Session const& session;
+};
+
+// The value. Passwords are left out: those of the gateway's users always, others unless an
+// administrator asks.
+Reply readResource(Place const& place);
+
+// The objects below the place with a member `key` of that value (a text, or a JSON number or
+// Boolean), as an array.
+Reply findResources(Place const& place, std::string const& key, std::string const& value);
+
+// Stores the value in the body. Where a message changes the place, the body is that message and
+// changes the members it names; elsewhere a value is replaced by one of the same kind, or a new
+// member made. 200 or 201 with the new value.
+Reply changeResource(Place const& place, std::string const& body);
+
+// Appends the value in the body to an array. An object gets the next "id", where its neighbours
+// have one. 201 with the new element.
+Reply appendResource(Place const& place, std::string const& body);
+
+// Removes a member or an element. 204.
+Reply removeResource(Place const& place);
+
+#endif

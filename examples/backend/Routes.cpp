@@ -1,0 +1,141 @@
+#include "Routes.h"
+
+#include <BEConfig.h>
+#include <LocalDbCtrl.h>
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+
+#include "Json.h"
+#include "Limits.h"
+#include "Resources.h"
+
+namespace {
+
+char const API[] = "/api";
+
+// Everything that has tokens, and the wish for them, gets through where the settings say so.
+SessionRef const& anybody() {
+    static SessionRef const session =
+        std::make_shared<Session const>("anybody", "administrator", "default");
+    return session;
+}
+
+unsigned int typeNamed(std::string const& name) {
+    auto const* const found =
+        std::find_if(API_DATA_DIR, API_DATA_DIR + API_TYPE_COUNT,
+                     [&](char const* folder) { return folder != nullptr && name == folder; });
+    return static_cast<unsigned int>(found - API_DATA_DIR);
+}
+
+Reply listTypes() {
+    Json const types(json_object_new_array());
+    for (char const* const folder : API_DATA_DIR) {
+        json_object_array_add(types.get(), json_object_new_string(folder));
+    }
+    Reply reply;
+    reply.body = textOf(types.get());
+    return reply;
+}
+
+// The last lines of the log, whole ones.
+Reply logTail(Session const& session) {
+    if (!session.isAdministrator()) {
+        return refuse(403, "only an administrator may read the log");
+    }
+    std::ifstream log(BEConfig::LOG_FILE, std::ios::binary | std::ios::ate);
+    std::streamoff const size = log ? static_cast<std::streamoff>(log.tellg()) : 0;
+    std::streamoff const start = std::max<std::streamoff>(0, size - std::streamoff(LOG_TAIL));
+    log.seekg(start);
+    std::string text((std::istreambuf_iterator<char>(log)), std::istreambuf_iterator<char>());
+    Reply reply;
+    reply.type = "text/plain; charset=utf-8";
+    reply.body = start == 0 ? text : text.substr(std::min(text.find('\n'), text.size() - 1) + 1);
+    return reply;
+}
+
+std::string parameter(Request const& request, char const* name) {
+    auto const found = request.parameters.find(name);
+    return found != request.parameters.end() ? found->second : "";
+}
+
+Reply answerPlace(Request const& request, Place const& place) {
+    if (request.method == "GET") {
+        std::string const key = parameter(request, "find");
+        bool const isSearch = request.parameters.count("find") > 0;
+        if (isSearch && (key.empty() || request.parameters.count("value") == 0)) {
+            return refuse(400, "a search needs find=<key> and value=<value>");
+        }
+        return isSearch ? findResources(place, key, parameter(request, "value"))
+                        : readResource(place);
+    }
+    if (request.method == "PUT") {
+        return changeResource(place, request.body);
+    }
+    if (request.method == "POST") {
+        return appendResource(place, request.body);
+    }
+    if (request.method == "DELETE") {
+        return removeResource(place);
+    }
+    return refuse(405, "only GET, PUT, POST and DELETE");
+}
+
+}  // namespace
+
+Routes::Routes() : login_(sessions_), documents_(BEConfig::WEBSERVER_DOCROOT) {}
+
+SessionRef Routes::sessionOf(Request const& request) {
+    SessionRef const session = sessions_.find(request.token);
+    return session == nullptr && BEConfig::ENABLE_BYPASS_TOKEN != 0 ? anybody() : session;
+}
+
+Reply Routes::answer(Request const& request) {
+    bool const isPost = request.method == "POST";
+    if (request.path == "/login" && isPost) {
+        return login_.attempt(request.address, request.body);
+    }
+    bool const isResource =
+        request.path == API || request.path.rfind(std::string(API) + "/", 0) == 0;
+    if (!isResource && request.path != "/logout" && request.path != "/log") {
+        return request.method == "GET" ? documents_.get(request.path)
+                                       : refuse(405, "only GET here");
+    }
+    SessionRef const session = sessionOf(request);
+    if (session == nullptr) {
+        return refuse(401, "log in first");
+    }
+    if (isResource) {
+        return answerResource(request, *session);
+    }
+    if (request.path == "/log") {
+        return request.method == "GET" ? logTail(*session) : refuse(405, "only GET here");
+    }
+    if (!isPost) {
+        return refuse(405, "only POST here");
+    }
+    sessions_.close(request.token);
+    Reply reply;
+    reply.status = 204;
+    return reply;
+}
+
+// /api lists the types; /api/<type>/<path> is a place.
+Reply Routes::answerResource(Request const& request, Session const& session) {
+    std::string const rest = request.path.substr(std::min(sizeof(API), request.path.size()));
+    if (rest.empty()) {
+        return request.method == "GET" ? listTypes() : refuse(405, "only GET here");
+    }
+    size_t const slash = std::min(rest.find('/'), rest.size());
+    unsigned int const type = typeNamed(rest.substr(0, slash));
+    if (type == API_TYPE_COUNT) {
+        return refuse(404, "there is no such API type");
+    }
+    std::optional<Path> const path = Path::parse(rest.substr(std::min(slash + 1, rest.size())));
+    if (!path) {
+        return refuse(400, "this is no path: names and indexes like [0], with dots between them");
+    }
+    return answerPlace(request, {type, *path, session});
+}

@@ -1,0 +1,37 @@
+// From a request to its answer: who asks, for what, and which part of the back end answers.
+#ifndef BACKEND_ROUTES_H
+#define BACKEND_ROUTES_H
+
+#include <map>
+#include <string>
+
+#include "DocumentRoot.h"
+#include "Login.h"
+#include "Reply.h"
+#include "Sessions.h"
+
+struct Request {
+    std::string method;
+    std::string path;  // decoded
+    std::multimap<std::string, std::string> parameters;
+    std::string address;  // of the client
+    std::string token;    // from "Authorization: Bearer", or empty
+    std::string body;
+};
+
+class Routes {
+  public:
+    Routes();
+
+    Reply answer(Request const& request);
+
+  private:
+    Reply answerResource(Request const& request, Session const& session);
+    SessionRef sessionOf(Request const& request);
+
+    Sessions sessions_;
+    Login login_;
+    DocumentRoot const documents_;
+};
+
+#endif

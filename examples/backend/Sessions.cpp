@@ -1,0 +1,105 @@
+#include "Sessions.h"
+
+#include <BEConfig.h>
+#include <LocalDbCtrl.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "Limits.h"
+#include "Password.h"
+
+Session::Session(std::string name, std::string itsRole, std::string key)
+    : user(std::move(name)), role(std::move(itsRole)), databaseKey(std::move(key)) {
+    if (hasDatabase()) {
+        LocalDbCtrl::cloneNewDB(databaseKey.c_str());
+    }
+}
+
+Session::~Session() {
+    if (hasDatabase()) {
+        LocalDbCtrl::removeDB(databaseKey.c_str());
+    }
+}
+
+Sessions::Sessions() : cleaner_([this] { cleanUpRegularly(); }) {}
+
+Sessions::~Sessions() {
+    {
+        std::lock_guard<std::mutex> const guard(mutex_);
+        stopping_ = true;
+    }
+    stop_.notify_all();
+    cleaner_.join();
+}
+
+bool Sessions::isExpired(Entry const& entry) const {
+    return Clock::now() - entry.lastUse > std::chrono::seconds(BEConfig::AUTH_EXPIRATION);
+}
+
+// Controllers are removed after the lock is given up: that may wait for a save.
+template <typename Condition>
+void Sessions::endThose(Condition const& condition) {
+    std::vector<SessionRef> ended;
+    std::lock_guard<std::mutex> const guard(mutex_);
+    for (auto entry = entries_.begin(); entry != entries_.end();) {
+        if (condition(entry->second)) {
+            ended.push_back(std::move(entry->second.session));
+            entry = entries_.erase(entry);
+        } else {
+            ++entry;
+        }
+    }
+}
+
+void Sessions::cleanUpRegularly() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    while (!stop_.wait_for(lock, std::chrono::seconds(std::max(1, BEConfig::AUTH_CLEANUP)),
+                           [this] { return stopping_; })) {
+        lock.unlock();
+        endThose([this](Entry const& entry) { return isExpired(entry); });
+        lock.lock();
+    }
+}
+
+std::string Sessions::open(std::string const& user, std::string const& role) {
+    std::string token = randomToken();
+    if (token.empty()) {
+        return token;
+    }
+    bool const oneOnly = BEConfig::DUPLICATE_LOGIN_ENABLE != "1";
+    endThose([&](Entry const& entry) {
+        return isExpired(entry) || (oneOnly && entry.session->user == user);
+    });
+    std::string const id = keyedHash(BEConfig::AUTH_SECRET_STR, token);
+    auto const session = std::make_shared<Session const>(
+        user, role, BEConfig::MULTIDB_MODE_ENABLE != 0 ? "session-" + id : "default");
+    std::lock_guard<std::mutex> const guard(mutex_);
+    if (entries_.size() >= MAX_SESSIONS) {
+        return "";
+    }
+    entries_[id] = {session, Clock::now()};
+    return token;
+}
+
+SessionRef Sessions::find(std::string const& token) {
+    std::string const id = keyedHash(BEConfig::AUTH_SECRET_STR, token);
+    std::lock_guard<std::mutex> const guard(mutex_);
+    auto const entry = entries_.find(id);
+    if (entry == entries_.end() || isExpired(entry->second)) {
+        return nullptr;
+    }
+    entry->second.lastUse = Clock::now();
+    return entry->second.session;
+}
+
+void Sessions::close(std::string const& token) {
+    SessionRef ended;
+    std::string const id = keyedHash(BEConfig::AUTH_SECRET_STR, token);
+    std::lock_guard<std::mutex> const guard(mutex_);
+    if (auto const entry = entries_.find(id); entry != entries_.end()) {
+        ended = std::move(entry->second.session);
+        entries_.erase(entry);
+    }
+}

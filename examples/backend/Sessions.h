@@ -1,0 +1,63 @@
+// The sessions of logged-in users.
+#ifndef BACKEND_SESSIONS_H
+#define BACKEND_SESSIONS_H
+
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+// One logged-in user. In multi-database mode a session has a controller of its own, which lives as
+// long as the session or the last request that uses it.
+struct Session {
+    Session(std::string user, std::string role, std::string databaseKey);
+    ~Session();
+    Session(Session const&) = delete;
+    Session& operator=(Session const&) = delete;
+
+    bool isAdministrator() const { return role == "administrator"; }
+    bool hasDatabase() const { return databaseKey != "default"; }
+
+    std::string const user;
+    std::string const role;
+    std::string const databaseKey;  // of the controller it reads
+};
+typedef std::shared_ptr<Session const> SessionRef;
+
+// A session ends by logging out, and BEConfig::AUTH_EXPIRATION seconds after its last request. A
+// thread removes what has expired every BEConfig::AUTH_CLEANUP seconds. Safe from any thread.
+class Sessions {
+  public:
+    Sessions();
+    ~Sessions();
+
+    // The token of a new session; empty when there are too many, or no random numbers. Earlier
+    // sessions of the user end, unless BEConfig::DUPLICATE_LOGIN_ENABLE is "1".
+    std::string open(std::string const& user, std::string const& role);
+
+    SessionRef find(std::string const& token);  // null for a token that is unknown or expired
+    void close(std::string const& token);
+
+  private:
+    typedef std::chrono::steady_clock Clock;
+    struct Entry {
+        SessionRef session;
+        Clock::time_point lastUse;
+    };
+
+    bool isExpired(Entry const& entry) const;
+    template <typename Condition>
+    void endThose(Condition const& condition);
+    void cleanUpRegularly();
+
+    std::map<std::string, Entry> entries_;  // by the keyed hash of the token
+    std::mutex mutex_;
+    bool stopping_ = false;
+    std::condition_variable stop_;
+    std::thread cleaner_;
+};
+
+#endif

@@ -1,0 +1,74 @@
+// The web back end of a home gateway, small: log in, and read and change the nine databases.
+//
+//   backend [--any] [CONFIGURATION-FILE]
+//
+// Works in the current directory, on what the configuration file (backend.json) names there. Listens
+// on the loopback interface; with --any on all of them. Ends on SIGTERM and SIGINT.
+#include <BEConfig.h>
+#include <BELoginRecord.h>
+#include <LocalDbCtrl.h>
+#include <Logger.h>
+#include <signal.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "Routes.h"
+#include "Server.h"
+
+namespace {
+
+// Before there are threads, which inherit it: only sigwait gets these signals.
+sigset_t holdBackSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
+
+void warnOfOpenDoors() {
+    if (BEConfig::ENABLE_BYPASS_TOKEN != 0) {
+        std::fprintf(stderr, "warning: enable_bypass_token lets everybody in\n");
+    }
+    if (!BELoginRecord::isRunning) {
+        std::fprintf(stderr, "warning: login attempts are not recorded, nobody is locked out\n");
+    }
+}
+
+// Until a signal ends it. False when it could not begin.
+bool serve(bool onAllInterfaces, sigset_t const& signals) {
+    Routes routes;
+    Server server(routes, onAllInterfaces);
+    if (!server.start()) {
+        return false;
+    }
+    int signal = 0;
+    sigwait(&signals, &signal);
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    bool const onAllInterfaces = argc > 1 && std::strcmp(argv[1], "--any") == 0;
+    char const* const file =
+        argc > 1 + onAllInterfaces ? argv[1 + onAllInterfaces] : "backend.json";
+    if (std::FILE* const configuration = std::fopen(file, "r")) {
+        std::fclose(configuration);
+    } else {
+        std::perror(file);
+        return 1;
+    }
+    sigset_t const signals = holdBackSignals();
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+    BEConfig::init(file);
+    Logger::init();
+    LocalDbCtrl::init();
+    warnOfOpenDoors();
+
+    bool const served = serve(onAllInterfaces, signals);
+    LocalDbCtrl::removeDB("default");
+    return served ? 0 : 1;
+}

@@ -1,0 +1,42 @@
+# For scripts that run the web back end in a copy of the sample gateway: sourced, from the project's
+# folder.
+
+prepare_gateway() { # FOLDER PORT
+    rm -rf "$1"
+    cp -r examples/gateway "$1"
+    set_setting "$1" webserver_ports "\"$2\""
+    set_setting "$1" ipv4_allow_ports "\"$2\""
+    set_setting "$1" ipv6_allow_ports '""'
+}
+
+set_setting() { # FOLDER NAME VALUE
+    sed -i "s|\"$2\": .*|\"$2\": $3,|" "$1/backend.json"
+}
+
+# Runs the back end and waits until it listens. Its process is backend_pid.
+start_backend() { # PROGRAM FOLDER
+    program=$(realpath "$1")
+    backend_folder=$2
+    : >"$2/output.txt"
+    (cd "$2" && exec "$program" >output.txt 2>&1) &
+    backend_pid=$!
+    tries=0
+    until grep -q '^listening' "$2/output.txt"; do
+        tries=$((tries + 1))
+        if [ $tries -gt 100 ] || ! kill -0 $backend_pid 2>/dev/null; then
+            cat "$2/output.txt" >&2
+            return 1
+        fi
+        sleep 0.1
+    done
+}
+
+# Ends it; what it says when it does not end well is shown.
+stop_backend() {
+    kill $backend_pid 2>/dev/null || true
+    wait $backend_pid || {
+        echo "the back end ended with $?:"
+        cat "$backend_folder/output.txt"
+        return 1
+    } >&2
+}
