@@ -135,6 +135,7 @@ void limit(httplib::Server& server) {
     server.set_payload_max_length(MAX_BODY);
     server.set_read_timeout(SOCKET_TIMEOUT);
     server.set_write_timeout(SOCKET_TIMEOUT);
+    server.set_tcp_nodelay(true);  // headers and body go out in two pieces
     server.set_keep_alive_timeout(KEEP_ALIVE_SECONDS);
     server.set_keep_alive_max_count(MAX_REQUESTS);
     // Before any pattern is tried: matching recurses along the path.

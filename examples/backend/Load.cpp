@@ -1,0 +1,277 @@
+// Load on a running back end, and the check of what it left behind.
+//
+//   backend_load run PORT SECONDS JOURNAL    writers and readers at once, until the time is over or the
+//                                            back end is gone; then the figures
+//   backend_load check JOURNAL BEFORE AFTER  whether the data files below AFTER hold what was
+//                                            acknowledged, and for the rest what is below BEFORE
+//
+// Each writer has a part of a database to itself, and keeps a model of it: the part as it was last
+// acknowledged and, when no answer came to the last request, as it would be had that been served.
+#include <httplib.h>
+
+#include <atomic>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Json.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+typedef std::chrono::steady_clock Clock;
+
+char const* const TYPES[] = {"gateway",    "wifi", "network", "security", "service",
+                             "mediashare", "qos",  "misc",    "fac"};
+char const* const WRITTEN[] = {"misc", "qos", "wifi"};
+unsigned int const WRITERS = 6;
+unsigned int const READERS = 6;
+size_t const LONGEST_LIST = 40;
+
+struct Figures {
+    std::vector<double> milliseconds;  // of the requests that were served
+    unsigned int busy = 0;             // 503
+    std::string failure;               // what should not have been answered
+};
+
+// One thread's connection, logged in.
+class Client {
+  public:
+    Client(int port, Clock::time_point end) : http_("127.0.0.1", port), end_(end) {
+        http_.set_keep_alive(true);
+        http_.set_tcp_nodelay(true);
+        auto const answer =
+            http_.Post("/login", R"({"username":"admin","password":"sample-admin-password"})",
+                       "application/json");
+        Json const login = answer ? parseJson(answer->body) : Json();
+        if (!login || answer->status != 200) {
+            figures.failure = "cannot log in";
+            return;
+        }
+        http_.set_bearer_token_auth(
+            json_object_get_string(json_object_object_get(login.get(), "token")));
+    }
+
+    bool isOver() const { return !figures.failure.empty() || isGone_ || Clock::now() >= end_; }
+
+    // True when it was served. A busy type is asked again; false when the back end is gone.
+    bool ask(char const* method, std::string const& path, std::string const& body) {
+        for (;;) {
+            httplib::Request request;
+            request.method = method;
+            request.path = path;
+            request.body = body;
+            auto const start = Clock::now();
+            auto const answer = http_.send(request);
+            if (!answer) {
+                isGone_ = true;
+                return false;
+            }
+            if (answer->status == 503) {
+                ++figures.busy;
+                continue;
+            }
+            if (answer->status >= 300) {
+                figures.failure = method + (" " + path + ": ") + answer->body;
+            }
+            figures.milliseconds.push_back(
+                std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+            return answer->status < 300;
+        }
+    }
+
+    Figures figures;
+
+  private:
+    httplib::Client http_;
+    Clock::time_point const end_;
+    bool isGone_ = false;
+};
+
+// The part of a database that one writer changes.
+class Part {
+  public:
+    explicit Part(unsigned int writer)
+        : name_("load" + std::to_string(writer)),
+          type_(WRITTEN[writer % 3]),
+          acknowledged_(nullptr),
+          next_(parseJson(R"({"counter":0,"list":[]})")) {}
+
+    // One step: makes the part, counts, and every third time appends to the list or shortens it.
+    void change(Client& client, int step) {
+        std::string const place = "/api/" + type_ + "/" + name_;
+        json_object* const list = json_object_object_get(next_.get(), "list");
+        size_t const length = json_object_array_length(list);
+        bool served = false;
+        if (step == 0) {
+            served = client.ask("PUT", place, textOf(next_.get()));
+        } else if (step % 3 != 0) {
+            json_object_object_add(next_.get(), "counter", json_object_new_int(step));
+            served = client.ask("PUT", place + ".counter", std::to_string(step));
+        } else if (length < LONGEST_LIST) {
+            json_object_array_add(list, json_object_new_int(step));
+            served = client.ask("POST", place + ".list", std::to_string(step));
+        } else {
+            json_object_array_del_idx(list, 0, 1);
+            served = client.ask("DELETE", place + ".list.[0]", "");
+        }
+        if (served) {
+            acknowledged_ = copyOf(next_.get());
+        }
+    }
+
+    void write(json_object* journal) const {
+        Json entry(json_object_new_object());
+        json_object_object_add(entry.get(), "type", json_object_new_string(type_.c_str()));
+        json_object_object_add(entry.get(), "acknowledged", json_object_get(acknowledged_.get()));
+        json_object_object_add(entry.get(), "next", json_object_get(next_.get()));
+        json_object_object_add(journal, name_.c_str(), entry.release());
+    }
+
+  private:
+    std::string const name_;
+    std::string const type_;
+    Json acknowledged_;  // null before the first answer
+    Json next_;
+};
+
+std::string randomPlace(std::minstd_rand& random) {
+    static char const* const PLACES[] = {"/api/network/lan.ipv4.address",
+                                         "/api/wifi/ssids.[0].name",
+                                         "/api/service?find=name&value=console-online"};
+    unsigned int const choice = static_cast<unsigned int>(random() % 12);
+    return choice < 3 ? PLACES[choice] : std::string("/api/") + TYPES[choice - 3];
+}
+
+double percentile(std::vector<double>& values, double part) {
+    if (values.empty()) {
+        return 0;
+    }
+    auto const nth =
+        values.begin() + static_cast<long>(part * static_cast<double>(values.size() - 1));
+    std::nth_element(values.begin(), nth, values.end());
+    return *nth;
+}
+
+// False when something was answered that should not have been.
+bool report(char const* who, std::vector<Figures>& all, double seconds) {
+    Figures sum;
+    for (Figures const& one : all) {
+        sum.milliseconds.insert(sum.milliseconds.end(), one.milliseconds.begin(),
+                                one.milliseconds.end());
+        sum.busy += one.busy;
+        if (!one.failure.empty()) {
+            std::printf("failed: %s\n", one.failure.c_str());
+            sum.failure = one.failure;
+        }
+    }
+    double const perSecond = static_cast<double>(sum.milliseconds.size()) / seconds;
+    std::printf(
+        "%zu %s: %zu requests, %.0f a second; half within %.2f ms, 99 %% within %.2f ms; "
+        "%u times busy\n",
+        all.size(), who, sum.milliseconds.size(), perSecond, percentile(sum.milliseconds, 0.5),
+        percentile(sum.milliseconds, 0.99), sum.busy);
+    return sum.failure.empty();
+}
+
+int run(int port, int seconds, char const* journalFile) {
+    auto const start = Clock::now();
+    auto const end = start + std::chrono::seconds(seconds);
+    std::vector<Part> parts;
+    std::vector<Figures> writers(WRITERS);
+    std::vector<Figures> readers(READERS);
+    std::vector<std::thread> threads;
+    for (unsigned int i = 0; i < WRITERS; ++i) {
+        parts.emplace_back(i);
+    }
+    for (unsigned int i = 0; i < WRITERS; ++i) {
+        threads.emplace_back([&, i] {
+            Client client(port, end);
+            for (int step = 0; !client.isOver(); ++step) {
+                parts[i].change(client, step);
+            }
+            writers[i] = client.figures;
+        });
+    }
+    for (unsigned int i = 0; i < READERS; ++i) {
+        threads.emplace_back([&, i] {
+            std::minstd_rand random(i + 1);
+            Client client(port, end);
+            while (!client.isOver()) {
+                client.ask("GET", randomPlace(random), "");
+            }
+            readers[i] = client.figures;
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    double const lasted = std::chrono::duration<double>(Clock::now() - start).count();
+    Json const journal(json_object_new_object());
+    for (Part const& part : parts) {
+        part.write(journal.get());
+    }
+    bool const written = json_object_to_file(journalFile, journal.get()) == 0;
+    bool const writersGood = report("writers", writers, lasted);
+    bool const readersGood = report("readers", readers, lasted);
+    return written && writersGood && readersGood ? 0 : 1;
+}
+
+// Takes the writers' parts out of a document. False when one is neither as it was acknowledged nor
+// as it would be after the request that was not answered.
+bool takeParts(json_object* document, std::string const& type, json_object* journal) {
+    bool isGood = true;
+    json_object_object_foreach(journal, name, entry) {
+        if (type != json_object_get_string(json_object_object_get(entry, "type"))) {
+            continue;
+        }
+        json_object* const found = json_object_object_get(document, name);
+        if (!json_object_equal(found, json_object_object_get(entry, "acknowledged")) &&
+            !json_object_equal(found, json_object_object_get(entry, "next"))) {
+            std::printf("lost: %s %s is %s\n", type.c_str(), name, textOf(found).c_str());
+            isGood = false;
+        }
+        json_object_object_del(document, name);
+    }
+    return isGood;
+}
+
+int check(char const* journalFile, fs::path const& before, fs::path const& after) {
+    Json const journal(json_object_from_file(journalFile));
+    bool isGood = static_cast<bool>(journal);
+    for (std::string const type : TYPES) {
+        std::string const file = type + "/" + type + ".ldb";
+        Json const old(json_object_from_file((before / file).c_str()));
+        Json const now(json_object_from_file((after / file).c_str()));
+        if (!now) {
+            std::printf("torn: %s\n", file.c_str());
+            isGood = false;
+        } else if (isGood && takeParts(now.get(), type, journal.get()) &&
+                   json_object_equal(old.get(), now.get())) {
+            continue;
+        } else {
+            std::printf("changed: %s\n", file.c_str());
+            isGood = false;
+        }
+    }
+    std::printf("%s\n", isGood ? "every acknowledged write is in the files, and nothing else"
+                               : "the files are not as acknowledged");
+    return isGood ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::string const what = argc == 5 ? argv[1] : "";
+    if (what == "run") {
+        return run(atoi(argv[2]), atoi(argv[3]), argv[4]);
+    }
+    if (what == "check") {
+        return check(argv[2], argv[3], argv[4]);
+    }
+    std::fprintf(stderr, "backend_load run PORT SECONDS JOURNAL | check JOURNAL BEFORE AFTER\n");
+    return 2;
+}

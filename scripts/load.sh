@@ -1,0 +1,59 @@
+#!/bin/sh
+# The web back end under load, over the loopback interface: writers and readers for 30 s, then kills in
+# mid-load. Afterwards every acknowledged write has to be in the data files, and nothing else.
+#   scripts/load.sh [SECONDS [KILLS]]
+set -eu
+cd "$(dirname "$0")/.."
+scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libcpp-httplib-dev \
+    libssl-dev
+
+seconds=${1-30}
+kills=${2-10}
+build=build/example
+cmake -S . -B "$build" -DVOBIUTILS_BUILD_TESTS=OFF -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build "$build" --parallel "$(nproc)" >/dev/null
+
+. scripts/backend-functions.sh
+port=$((20000 + $$ % 20000))
+copy=$build/load
+load=$build/examples/backend/backend_load
+journal=$build/journal.json
+backend=$build/examples/backend/backend
+
+begin() {
+    prepare_gateway $copy $port
+    set_setting $copy duplicate_login_enable '"1"'
+    set_setting $copy enable_multidb_mode "$1"
+    set_setting $copy log_warning_enable 0
+    start_backend $backend $copy
+}
+
+check() {
+    $load check $journal examples/gateway/data $copy/data
+}
+
+trap 'kill $backend_pid 2>/dev/null || true' EXIT
+for multidb in 0 1; do
+    echo "== $seconds s of load, enable_multidb_mode $multidb"
+    begin $multidb
+    $load run $port "$seconds" $journal
+    grep VmHWM /proc/$backend_pid/status
+    stop_backend
+    check
+done
+
+for round in $(seq "$kills"); do
+    echo "== kill $round of $kills in mid-load"
+    begin 1
+    $load run $port 60 $journal >$build/figures.txt &
+    load_pid=$!
+    sleep "$((1 + round % 3)).$((round * 37 % 100))"
+    kill -9 $backend_pid
+    wait $backend_pid || true
+    wait $load_pid || { cat $build/figures.txt; exit 1; }
+    cat $build/figures.txt
+    start_backend $backend $copy
+    stop_backend
+    check
+done
+[ "$(find $copy -name '.*.saving*' | wc -l)" -le 3 ]
