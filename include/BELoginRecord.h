@@ -1,19 +1,20 @@
-// Counts login attempts per client address and computes the lock-out.
-//
-// The record is the JSON file ".loginrecord.cfg" in the working directory of the process; every
-// start empties it. From the tenth attempt on an address is locked out: 1 minute after 10 attempts
-// and 2 minutes more for each further one, counted from its last attempt.
-//
-// The file is replaced as a whole, so that a reader or a process that is killed never meets half of
-// it, but it is not synced.
-//
-// A record file that cannot be read, or holds no array, is logged and stops the record: isRunning
-// becomes false, and from then on every operation returns its failure result, silently, until init
-// is called again.
-//
-// Threads: setAttempt, getAttempt and eraseAttempt may be called from any thread at once. init and
-// deinit take part in no lock while they write the file: call them while no other thread is in
-// these functions.
+/// \file
+/// Counts login attempts per client address and computes the lock-out.
+///
+/// The record is the JSON file ".loginrecord.cfg" in the working directory of the process; every
+/// start empties it. From the tenth attempt on an address is locked out: 1 minute after 10 attempts
+/// and 2 minutes more for each further one, counted from its last attempt.
+///
+/// The file is replaced as a whole, so that a reader or a process that is killed never meets half
+/// of it, but it is not synced.
+///
+/// A record file that cannot be read, or holds no array, is logged and stops the record: isRunning
+/// becomes false, and from then on every operation returns its failure result, silently, until init
+/// is called again.
+///
+/// Threads: setAttempt, getAttempt and eraseAttempt may be called from any thread at once. init and
+/// deinit take part in no lock while they write the file: call them while no other thread is in
+/// these functions.
 #ifndef VOBIUTILS_BELOGINRECORD_H
 #define VOBIUTILS_BELOGINRECORD_H
 
@@ -21,35 +22,37 @@
 
 #pragma GCC visibility push(default)
 
+/// What is known of a client address.
 struct LoginAttemptInfo {
-    int attempts;              // attempts since the last erase; 1 when the address is not recorded
-    unsigned int lockMinutes;  // whole minutes the client must still wait; 0 when it may try
+    int attempts;              ///< since the last erase; 1 when the address is not recorded
+    unsigned int lockMinutes;  ///< whole minutes the client must still wait; 0 when it may try
 };
 
+/// \copydoc BELoginRecord.h
 class BELoginRecord {
   public:
-    // Writes an empty record and starts it. Called by BEConfig::init when brute-force prevention is
-    // on. While the record runs, it only logs a warning. Failures (no memory, a file that cannot be
-    // written, no mutex) are reported on standard output and leave the record stopped.
+    /// Writes an empty record and starts it. Called by BEConfig::init when brute-force prevention
+    /// is on. While the record runs, it only logs a warning. Failures (no memory, a file that
+    /// cannot be written, no mutex) are reported on standard output and leave the record stopped.
     static void init();
 
-    // Writes an empty record, reporting on standard output. Does not stop the record.
+    /// Writes an empty record, reporting on standard output. Does not stop the record.
     static void deinit();
 
-    // Counts one attempt of `ipAddress` now. True when it was counted and the file written; false
-    // for a null address, a stopped record or a failed write.
+    /// Counts one attempt of `ipAddress` now. True when it was counted and the file written; false
+    /// for a null address, a stopped record or a failed write.
     static bool setAttempt(char const* ipAddress);
 
-    // What is known of `ipAddress`: its attempts and the minutes left of its lock-out. Attempts 1
-    // and 0 minutes for an address not recorded, a null address and a stopped record.
+    /// What is known of `ipAddress`: its attempts and the minutes left of its lock-out. Attempts 1
+    /// and 0 minutes for an address not recorded, a null address and a stopped record.
     static LoginAttemptInfo getAttempt(char const* ipAddress);
 
-    // Sets the attempts of `ipAddress` to 0, after a successful login. True when the address was
-    // recorded and the file written; false otherwise, and then the file is left as it was.
+    /// Sets the attempts of `ipAddress` to 0, after a successful login. True when the address was
+    /// recorded and the file written; false otherwise, and then the file is left as it was.
     static bool eraseAttempt(char const* ipAddress);
 
-    static bool isRunning;        // the record has been started and its file was good so far
-    static pthread_mutex_t lock;  // held during each read, change and write of the file
+    static bool isRunning;        ///< the record has been started and its file was good so far
+    static pthread_mutex_t lock;  ///< held during each read, change and write of the file
 };
 
 #pragma GCC visibility pop

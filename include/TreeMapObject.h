@@ -1,22 +1,25 @@
-// The handle through which programs hold a JSON document, or a node inside one, and read, change
-// and search it. Paths are those of JsonData.h.
-//
-// Ownership: a handle whose `jobj_parent` is null owns one json-c reference on its node and
-// releases it when deleted. A handle whose `jobj_parent` is set borrows a node of another handle's
-// document and must not outlive it; nothing detects one that does. Every handle returned is new,
-// and the caller deletes it. Handles are not copied.
-//
-// Nulls: a null path never names anything (operations report it as their failure), except where
-// null is said to mean the whole value. A handle without a value (`jobj` null) has no members.
-//
-// A value must not be stored below itself.
-//
-// Limits: recursion is as deep as the document (find, and json-c's writing, copying and releasing):
-// 128 KiB of stack are enough for 256 levels. What is nested deeper is its maker's care.
-// Memory: allocating a returned handle may throw std::bad_alloc; nothing else throws.
-//
-// Threads: a document, with every handle on it, belongs to one thread at a time, for reading too.
-// Different documents may be used by any threads at once.
+/// \file
+/// The handle through which programs hold a JSON document, or a node inside one, and read, change
+/// and search it.
+///
+/// Paths are those of JsonData.h.
+///
+/// Ownership: a handle whose `jobj_parent` is null owns one json-c reference on its node and
+/// releases it when deleted. A handle whose `jobj_parent` is set borrows a node of another handle's
+/// document and must not outlive it; nothing detects one that does. Every handle returned is new,
+/// and the caller deletes it. Handles are not copied.
+///
+/// Nulls: a null path never names anything (operations report it as their failure), except where
+/// null is said to mean the whole value. A handle without a value (`jobj` null) has no members.
+///
+/// A value must not be stored below itself.
+///
+/// Limits: recursion is as deep as the document (find, and json-c's writing, copying and
+/// releasing): 128 KiB of stack are enough for 256 levels. What is nested deeper is its maker's
+/// care. Memory: allocating a returned handle may throw std::bad_alloc; nothing else throws.
+///
+/// Threads: a document, with every handle on it, belongs to one thread at a time, for reading too.
+/// Different documents may be used by any threads at once.
 #ifndef VOBIUTILS_TREEMAPOBJECT_H
 #define VOBIUTILS_TREEMAPOBJECT_H
 
@@ -26,124 +29,140 @@
 
 #pragma GCC visibility push(default)
 
+/// \copydoc TreeMapObject.h
 class TreeMapObject {
   public:
-    json_object* jobj;         // the node; may be null
-    char key_obj[32];          // its name in its parent, where an operation has set it: a member
-                               // name or "[n]"; not terminated when the name has 32 characters
-    json_object* jobj_parent;  // the container of a borrowed node; null when the node is owned
-    int error;                 // 1 when no file name could be formed for the node, else 0
+    json_object* jobj;         ///< the node; may be null
+    char key_obj[32];          ///< its name in its parent, where an operation has set it: a member
+                               ///< name or "[n]"; not terminated when the name has 32 characters
+    json_object* jobj_parent;  ///< the container of a borrowed node; null when the node is owned
+    int error;                 ///< 1 when no file name could be formed for the node, else 0
 
-    // No value.
+    /// No value.
     TreeMapObject();
-    // A new empty array (true) or object (false).
+    /// A new empty array (true) or object (false).
     explicit TreeMapObject(bool array);
-    // The value parsed from `text`; none when it is null or does not begin with JSON.
+    /// The value parsed from `text`; none when it is null or does not begin with JSON.
     explicit TreeMapObject(char const* text);
-    // Takes over one reference that the caller holds on `node`.
+    /// Takes over one reference that the caller holds on `node`.
     explicit TreeMapObject(json_object* node);
-    // The message file of an API type and a communication type (see LocalDbCtrl.h): its value, or a
-    // new empty object when the file is missing or not JSON. For a pair without a message `error`
-    // is 1 and there is no value.
+    /// The message file of an API type and a communication type (see LocalDbCtrl.h): its value, or
+    /// a new empty object when the file is missing or not JSON. For a pair without a message
+    /// `error` is 1 and there is no value.
     TreeMapObject(unsigned int apiType, unsigned int commType);
 
+    /// Releases the node when the handle owns it.
     ~TreeMapObject();
 
+    /// \cond
     TreeMapObject(TreeMapObject const&) = delete;
     TreeMapObject& operator=(TreeMapObject const&) = delete;
+    /// \endcond
 
-    // Typed values. T is one of the types named at each template; no other compiles.
+    /// \name Typed values
+    /// T is one of the types named at each template; no other compiles.
+    /// \{
 
-    // Stores `value` at `path`, by the rules of JsonData::setJObj; a failure is logged. An unsigned
-    // int is stored as a 32-bit signed one (4294967295 as -1). The text is copied; a null text
-    // changes nothing. T: int, unsigned int, char const*, double, bool.
+    /// Stores `value` at `path`, by the rules of JsonData::setJObj; a failure is logged. An
+    /// unsigned int is stored as a 32-bit signed one (4294967295 as -1). The text is copied; a null
+    /// text changes nothing. T: int, unsigned int, char const*, double, bool.
     template <typename T>
     void set(char const* path, T value);
 
-    // The value at `path`, or 0, 0.0, false or null when there is none. A value of another type is
-    // converted by json-c's rules, with a warning (an int or double is a number to both). A text
-    // belongs to the document and holds until its value is changed or released.
-    // T: int, bool, double, char const*.
+    /// The value at `path`, or 0, 0.0, false or null when there is none. A value of another type is
+    /// converted by json-c's rules, with a warning (an int or double is a number to both). A text
+    /// belongs to the document and holds until its value is changed or released.
+    /// T: int, bool, double, char const*.
     template <typename T>
     T get(char const* path);
 
-    // Like get, but true only when `path` names a value of the type (an int or double serves both
-    // numbers). On failure `out` is left as it was, a text becomes null.
-    // T: int, bool, double, char const*.
+    /// Like get, but true only when `path` names a value of the type (an int or double serves both
+    /// numbers). On failure `out` is left as it was, a text becomes null.
+    /// T: int, bool, double, char const*.
     template <typename T>
     bool get_ex(char const* path, T& out);
 
-    // Nodes.
+    /// \}
+    /// \name Nodes
+    /// \{
 
-    // Removes the member at `path`. Array elements, and members that are JSON null, stay.
+    /// Removes the member at `path`. Array elements, and members that are JSON null, stay.
     void del(char const* path);
 
-    // Stores the node of `obj` at `path`; the document takes a reference of its own, `obj` keeps
-    // its. A null `obj` changes nothing; one without a value stores JSON null.
-    // The last token of the path is written into this handle's own key_obj, deliberately: a handle
-    // that borrows an array no longer has the name there under which its parent holds the array,
-    // which delArrayItem and clearArrayItems go by.
+    /// Stores the node of `obj` at `path`; the document takes a reference of its own, `obj` keeps
+    /// its. A null `obj` changes nothing; one without a value stores JSON null.
+    /// The last token of the path is written into this handle's own key_obj, deliberately: a handle
+    /// that borrows an array no longer has the name there under which its parent holds the array,
+    /// which delArrayItem and clearArrayItems go by.
     void set(char const* path, TreeMapObject* obj);
 
-    // A new handle that borrows the node at `path`; null when there is none. For the empty path the
-    // new handle owns a reference of its own on the node.
+    /// A new handle that borrows the node at `path`; null when there is none. For the empty path
+    /// the new handle owns a reference of its own on the node.
     TreeMapObject* get(char const* path);
 
-    // Prints the node at `path` on standard error; see JsonData::dumpObject.
+    /// Prints the node at `path` on standard error; see JsonData::dumpObject.
     int dump(char const* path);
 
-    // Number of elements; -1 when the node is no array.
+    /// Number of elements; -1 when the node is no array.
     int len();
 
-    // A new handle that owns a deep copy of the node at `path` (of the whole value for a null
-    // path); null when there is none or it cannot be copied, see JsonData::cloneObject.
+    /// A new handle that owns a deep copy of the node at `path` (of the whole value for a null
+    /// path); null when there is none or it cannot be copied, see JsonData::cloneObject.
     TreeMapObject* clone(char const* path);
 
-    // Arrays. All of these fail, with -1 or null, when the node is no array.
+    /// \}
+    /// \name Arrays
+    /// All of these fail, with -1 or null, when the node is no array.
+    /// \{
 
-    // A new handle that borrows element `index`, without a value for JSON null; null past the end.
+    /// A new handle that borrows element `index`, without a value for JSON null; null past the end.
     TreeMapObject* at(unsigned int index);
 
-    // Replaces element `index` by the node of `item`, or appends it when `index` is past the end.
-    // The index where it now stands; -1 for a null `item` or one without a value. The array takes a
-    // reference of its own; `item` keeps its, and receives "[n]" in its key_obj.
+    /// Replaces element `index` by the node of `item`, or appends it when `index` is past the end.
+    /// The index where it now stands; -1 for a null `item` or one without a value. The array takes
+    /// a reference of its own; `item` keeps its, and receives "[n]" in its key_obj.
     int setArrayItem(unsigned int index, TreeMapObject* item);
 
-    // Appends the node of `item`, as setArrayItem does. The index of the new element, or -1.
+    /// Appends the node of `item`, as setArrayItem does. The index of the new element, or -1.
     int addArrayItem(TreeMapObject* item);
 
-    // Appends a value. The index of the new element, or -1, also for a null text.
-    // T: int, bool, double, char const*.
+    /// Appends a value. The index of the new element, or -1, also for a null text.
+    /// T: int, bool, double, char const*.
     template <typename T>
     int addArrayItem(T value);
 
-    // Removes element `index`; the new length, or -1. The array is replaced by a new one, which a
-    // handle that borrows stores in its parent under key_obj: only a member name of at most 32
-    // characters finds its place again. An array that is itself an element of an array is refused,
-    // with -1. Handles on the elements, and other handles on the array, are stale afterwards.
+    /// Removes element `index`; the new length, or -1. The array is replaced by a new one, which a
+    /// handle that borrows stores in its parent under key_obj: only a member name of at most 32
+    /// characters finds its place again. An array that is itself an element of an array is refused,
+    /// with -1. Handles on the elements, and other handles on the array, are stale afterwards.
     int delArrayItem(unsigned int index);
 
-    // Removes every element: 0, or -1. Replaces the array as delArrayItem does.
+    /// Removes every element: 0, or -1. Replaces the array as delArrayItem does.
     int clearArrayItems();
 
-    // Search by value.
+    /// \}
+    /// \name Search by value
+    /// \{
 
-    // Looks through the whole document for objects with a primitive member `key` equal to `value`.
-    // For char const* the result holds a new handle on each such object, in document order, each
-    // with a reference of its own; the caller deletes them. For the other types the result is
-    // always empty, deliberately: a search that finds something logs an error and leaks the
-    // handles.
-    // A null or empty key gives an empty list. T: int, unsigned int, double, bool, char const*.
+    /// Looks through the whole document for objects with a primitive member `key` equal to `value`.
+    /// For char const* the result holds a new handle on each such object, in document order, each
+    /// with a reference of its own; the caller deletes them. For the other types the result is
+    /// always empty, deliberately: a search that finds something logs an error and leaks the
+    /// handles.
+    /// A null or empty key gives an empty list. T: int, unsigned int, double, bool, char const*.
     template <typename T>
     std::list<TreeMapObject*> find(char const* key, T value);
 
-    // The two halves of find: they search an object, or the elements of an array, and everything
-    // below, append the hits to `result` and return their number; 0 for a null argument or a value
-    // of another type. `value` stays the caller's.
+    /// One half of find: searches an object and everything below, appends the hits to `result` and
+    /// returns their number; 0 for a null argument or a value of another type. `value` stays the
+    /// caller's.
     int findInObject(std::list<TreeMapObject*>& result, char const* key, json_object* value,
                      json_object* object);
+
+    /// The other half: the same for the elements of an array and everything below.
     int findInArray(std::list<TreeMapObject*>& result, char const* key, json_object* value,
                     json_object* array);
+    /// \}
 
   private:
     // False, but only once a template is used with a type it has no body for.
@@ -152,6 +171,8 @@ class TreeMapObject {
         static bool const value = false;
     };
 };
+
+/// \cond
 
 template <typename T>
 void TreeMapObject::set(char const*, T) {
@@ -228,6 +249,8 @@ template <>
 std::list<TreeMapObject*> TreeMapObject::find<bool>(char const* key, bool value);
 template <>
 std::list<TreeMapObject*> TreeMapObject::find<char const*>(char const* key, char const* value);
+
+/// \endcond
 
 #pragma GCC visibility pop
 

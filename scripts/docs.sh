@@ -1,0 +1,50 @@
+#!/bin/sh
+# Builds the documentation of the public headers below build/docs: html/index.html, and a manual page for
+# each module below man/man3. Fails on anything that is public and has no text.
+set -eu
+cd "$(dirname "$0")/.."
+scripts/install-packages.sh doxygen
+
+rm -rf build/docs
+mkdir -p build/docs
+VOBIUTILS_VERSION=$(sed -n 's/^project(vobiutils VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+export VOBIUTILS_VERSION
+doxygen docs/Doxyfile
+if grep -nE '^ +[A-Z][A-Z_0-9]*( = [0-9]+)?,$' include/*.h; then  # of these Doxygen does not ask it
+    echo "enumerators without a text" >&2
+    exit 1
+fi
+
+# A module is a class and what stands beside it in its header: one page for both, with the headings that
+# readers of manual pages look for, and without the note on their making.
+cd build/docs/man/man3
+for page in *.3; do
+    sed -i -e "s/\`\`/\\\\(dq/g; s/''/\\\\(dq/g" \
+        -e 's/^\.SH "Detailed Description"$/.SH DESCRIPTION/' \
+        -e 's/^\.SH "Member Function Documentation"$/.SH FUNCTIONS/' \
+        -e 's/^\.SH "Function Documentation"$/.SH "OTHER FUNCTIONS"/' \
+        -e 's/^\.SH "\(Member Enumeration\|Enumeration Type\) Documentation"$/.SH ENUMERATIONS/' \
+        -e 's/^\.SH "Constructor & Destructor Documentation"$/.SH "CONSTRUCTORS AND DESTRUCTOR"/' \
+        -e 's/^\.SH "Member Data Documentation"$/.SH VARIABLES/' \
+        -e 's/^\.SH "Variable Documentation"$/.SH "OTHER VARIABLES"/' \
+        -e '/^\.SH "Author"$/,$d' "$page"
+done
+for header in *.h.3; do
+    module=${header%.h.3}
+    if [ -f "$module.3" ]; then
+        {
+            sed '/^\.SH DESCRIPTION$/,$d' "$module.3"
+            sed -n '/^\.SH SYNOPSIS$/,/^\.SH DESCRIPTION$/p' "$header" |
+                sed -n '/^\.SS "\(Functions\|Variables\)"$/,/^\.S[SH]/p' | sed '$d'
+            sed -n '/^\.SH DESCRIPTION$/,$p' "$module.3"
+            sed -n '/^\.SH DESCRIPTION$/,$p' "$header" | sed 1d | sed -n '/^\.SH /,$p'
+        } >page
+    else
+        sed -e "s/$module\\\\*\\.h/$module/" \
+            -e "s/^\\.SH SYNOPSIS\$/&\\n\\\\fC#include <$module.h>\\\\fP\\n.br\\n.PP/" "$header" >page
+    fi
+    mv page "$module.3"
+    rm "$header"
+done
+cd - >/dev/null
+ls build/docs/html/index.html build/docs/man/man3/*
