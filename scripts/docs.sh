@@ -18,6 +18,7 @@ fi
 # A module is a class and what stands beside it in its header: one page for both, with the headings that
 # readers of manual pages look for, and without the note on their making.
 cd build/docs/man/man3
+rm md_*.3  # the pages in Markdown are for HTML
 for page in *.3; do
     sed -i -e "s/\`\`/\\\\(dq/g; s/''/\\\\(dq/g" \
         -e 's/^\.SH "Detailed Description"$/.SH DESCRIPTION/' \
@@ -40,7 +41,7 @@ for header in *.h.3; do
             sed -n '/^\.SH DESCRIPTION$/,$p' "$header" | sed 1d | sed -n '/^\.SH /,$p'
         } >page
     else
-        sed -e "s/$module\\\\*\\.h/$module/" \
+        sed -e "s|include/$module\\\\*\\.h|$module|" \
             -e "s/^\\.SH SYNOPSIS\$/&\\n\\\\fC#include <$module.h>\\\\fP\\n.br\\n.PP/" "$header" >page
     fi
     mv page "$module.3"
