@@ -1,16 +1,21 @@
-# Installation: libraries, headers, a CMake package and a pkg-config file.
+# Installation: libraries (component runtime), headers, a CMake package and a pkg-config file
+# (development), pages (documentation).
 set(VOBIUTILS_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vobiutils)
 
 # The options are private to the build, but a target that is linked must be exported.
 set(VOBIUTILS_INSTALLED vobiutils)
 if(NOT VOBIUTILS_SYSTEM_JSONSCHEMA)
     list(APPEND VOBIUTILS_INSTALLED jsonschema-c)
-    install(FILES jsonschema/jsonschema.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    install(FILES jsonschema/jsonschema.h
+            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 endif()
 install(TARGETS ${VOBIUTILS_INSTALLED} EXPORT vobiutilsTargets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
-install(EXPORT vobiutilsTargets NAMESPACE vobiutils:: DESTINATION ${VOBIUTILS_CMAKE_DIR})
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+                COMPONENT runtime NAMELINK_COMPONENT development)
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        COMPONENT development FILES_MATCHING PATTERN "*.h")
+install(EXPORT vobiutilsTargets NAMESPACE vobiutils::
+        DESTINATION ${VOBIUTILS_CMAKE_DIR} COMPONENT development)
 
 configure_package_config_file(cmake/vobiutilsConfig.cmake.in
     ${PROJECT_BINARY_DIR}/vobiutilsConfig.cmake INSTALL_DESTINATION ${VOBIUTILS_CMAKE_DIR})
@@ -18,9 +23,24 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/vobiutilsConfigVersion.cm
     COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/vobiutilsConfig.cmake
               ${PROJECT_BINARY_DIR}/vobiutilsConfigVersion.cmake
-        DESTINATION ${VOBIUTILS_CMAKE_DIR})
+        DESTINATION ${VOBIUTILS_CMAKE_DIR} COMPONENT development)
 
 # Relative to itself, so that the installed tree can be moved.
 file(RELATIVE_PATH PKGCONFIG_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/vobiutils.pc.in ${PROJECT_BINARY_DIR}/vobiutils.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/vobiutils.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/vobiutils.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+# What scripts/docs.sh has made; the section of the manual pages keeps their common names apart.
+if(VOBIUTILS_DOCS)
+    file(GLOB pages ${VOBIUTILS_DOCS}/man/man3/*.3)
+    foreach(page IN LISTS pages)
+        get_filename_component(name ${page} NAME)
+        install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man3
+                RENAME ${name}vobiutils COMPONENT documentation)
+    endforeach()
+    install(DIRECTORY ${VOBIUTILS_DOCS}/html examples
+            DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+    install(FILES README.md CHANGELOG.md
+            DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+endif()

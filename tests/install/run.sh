@@ -1,7 +1,7 @@
 #!/bin/sh
-# run.sh BUILD NM CXX [TOOLCHAIN]: installs the build to a folder of its own, checks what the library
-# exports, and builds and runs the example of the README against it, through CMake and through
-# pkg-config. RUN is the emulator of a foreign program, if there has to be one.
+# run.sh BUILD NM CXX [TOOLCHAIN]: installs the build to a folder of its own, checks what the libraries
+# export and under which version, and builds and runs the example of the README against them, through
+# CMake and through pkg-config. RUN is the emulator of a foreign program, if there has to be one.
 set -eu
 build=$1
 nm=$2
@@ -14,10 +14,11 @@ prefix=$work/prefix
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
 library=$(find "$prefix" -name libvobiutils.so)
+jsonschema=$(find "$prefix" -name libjsonschema-c.so)
 
-"$nm" -DC --defined-only "$library" | cut -d' ' -f3- | sed 's/@.*//' | grep -v '^VOBIUTILS_' |
+"$nm" -DC --defined-only "$library" ${jsonschema:+"$jsonschema"} | cut -d' ' -f3- | grep @ |
     LC_ALL=C sort -u >"$work/exports"
-diff "$source/exports.txt" "$work/exports"
+grep "${jsonschema:+.}\|@@VOBIUTILS" "$source/exports.txt" | diff - "$work/exports"
 
 {
     echo '#include <cstdio>'

@@ -1,0 +1,31 @@
+# Debian packages: the libraries, what it takes to build with them, and the documentation.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "libvobiutils maintainers <vobiutils@example.net>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_COMPONENTS_ALL runtime development documentation)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_STRIP_FILES ON)
+
+# CMake calls a component after what it is, Debian a package after what is in it.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvobiutils${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+    "Settings, logging, documents with paths, a configuration database of JSON
+ files, a login lock-out record and message names.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvobiutils-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION}), libjson-c-dev")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+    "Headers, a CMake package and a pkg-config file.")
+
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_NAME libvobiutils-doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+set(CPACK_COMPONENT_DOCUMENTATION_DESCRIPTION
+    "Manual pages, the documentation in HTML, and the examples.")
+include(CPack)

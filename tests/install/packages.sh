@@ -1,0 +1,51 @@
+#!/bin/sh
+# packages.sh FOLDER [--chroot]: installs the packages in FOLDER in a root of their own, where the program
+# of the README is built with them and run.
+set -eu
+packages=$(realpath "$1")
+source=$(dirname "$0")
+root=$(mktemp -d)
+trap 'rm -rf "$root"' EXIT
+
+write_program() {
+    echo '#include <TreeMapObject.h>'
+    echo '#include <JsonData.h>'
+    echo '#include <cstdio>'
+    echo 'int main() {'
+    sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '/^```/d'
+    echo 'return failed; }'
+}
+
+if [ "${2-}" = --chroot ]; then
+    mirror=$(apt-cache policy libjson-c-dev | sed -n 's/^ *500 \(http[^ ]*\) .*/\1/p' | head -1)
+    debootstrap --variant=minbase --include=g++,pkg-config,man-db "$(. /etc/os-release
+        echo "$VERSION_CODENAME")" "$root" "$mirror" >/dev/null
+    cp "$packages"/*.deb "$root/tmp"
+    write_program >"$root/tmp/program.cpp"
+    # shellcheck disable=SC2016 # expanded inside
+    chroot "$root" sh -ec 'cd /tmp
+        apt-get install -y --no-install-recommends ./*.deb
+        c++ program.cpp -o program $(pkg-config --cflags --libs vobiutils)
+        ./program >answer
+        man -w LocalDbTransaction
+        apt-get purge -y libvobiutils1
+        ! ls /usr/lib/*/libvobiutils*' >"$root/messages" 2>&1 || { cat "$root/messages"; exit 1; }
+    answer=$root/tmp/answer
+else
+    mkdir -p "$root/var/lib/dpkg"
+    : >"$root/var/lib/dpkg/status"
+    # its dependencies are those of this machine
+    dpkg --root="$root" --force-depends --force-not-root --force-script-chrootless \
+        --log=/dev/null --install "$packages"/*.deb >"$root/messages" 2>&1
+    test -e "$root"/usr/share/man/man3/LocalDbTransaction.3*
+    write_program >"$root/program.cpp"
+    library=$(dirname "$(find "$root/usr" -name libvobiutils.so)")
+    PKG_CONFIG_PATH=$library/pkgconfig
+    export PKG_CONFIG_PATH
+    # shellcheck disable=SC2046 # a list of options
+    c++ "$root/program.cpp" -o "$root/program" $(pkg-config --cflags --libs vobiutils)
+    (cd "$root" && LD_LIBRARY_PATH=$library ./program >answer)
+    answer=$root/answer
+fi
+head -1 "$answer" | grep -qx 192.168.1.1
+echo "the packages install and work"
