@@ -73,7 +73,7 @@ class LocalDbTransaction {
     int keep();
 
   private:
-    struct Lock;
+    struct __attribute__((visibility("hidden"))) Lock;
 
     Lock* lock_;  // null unless LOCKED
     Status status_;

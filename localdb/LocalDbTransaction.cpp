@@ -41,7 +41,7 @@ void giveUp(DbSlot& slot) {
 
 }  // namespace
 
-struct [[gnu::visibility("hidden")]] LocalDbTransaction::Lock {
+struct LocalDbTransaction::Lock {
     explicit Lock(DbSlot const& locked) : slot(locked), before(nullptr) {}
 
     Status open(char const* path);
