@@ -11,71 +11,99 @@
 
 namespace {
 
-// What one token leads to. A member can be found and be null: JSON null.
-struct Step {
-    bool found = false;
-    json_object* value = nullptr;
+// What the level DEBUG tells of a walk. Whether it is on is asked once, and then costs a null test.
+class Trace {
+  public:
+    explicit Trace(char const* path)
+        : path_(logging::enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL) ? path : nullptr) {}
+
+    void parse(PathCursor const& at) const {
+        UTIL_DEBUG_IF(path_ != nullptr, "%s: Parse: idx=%d key=%.*s isEnd=%s\n", "getJObj",
+                      at.index(), TOKEN_ARGS(at.token()), at.isLast() ? "true" : "false");
+    }
+    void member(PathCursor const& at) const {
+        UTIL_DEBUG_IF(path_ != nullptr && at.isLast(), "%s: found the object %.*s\n", "getJObj",
+                      TOKEN_ARGS(at.token()));
+        UTIL_DEBUG_IF(path_ != nullptr && !at.isLast(), "%s: continue search next key\n",
+                      "getJObj");
+    }
+    void strayed() const {
+        UTIL_DEBUG_IF(path_ != nullptr, "%s: cannot found the object %s\n", "getJObj", path_);
+    }
+
+  private:
+    char const* path_;
 };
 
-Step toMember(json_object* container, PathCursor const& at, bool debug) {
+// The steps: false when the token leads nowhere. A member can be found and be null: JSON null.
+bool toMember(json_object* container, PathCursor const& at, Trace trace, json_object*& value) {
     lh_entry const* const member = findMember(container, at.token());
     if (member == nullptr) {
-        return {};
+        return false;
     }
-    if (at.isLast()) {
-        UTIL_DEBUG_IF(debug, "%s: found the object %.*s\n", "getJObj", TOKEN_ARGS(at.token()));
-    } else {
-        UTIL_DEBUG_IF(debug, "%s: continue search next key\n", "getJObj");
-    }
-    return {true, valueOf(member)};
+    trace.member(at);
+    value = valueOf(member);
+    return true;
 }
 
-Step toElement(json_object* container, PathToken token) {
+bool toElement(json_object* container, PathToken token, json_object*& value) {
     if (!token.hasIndexNumber()) {
         UTIL_ERROR("Wrong array index %.*s - size:%d\n", TOKEN_ARGS(token), token.width());
-        return {};
+        return false;
     }
     unsigned int const index = indexOf(token);
     array_list const* const elements = json_object_get_array(container);  // null unless an array
     if (elements == nullptr) {
         UTIL_ERROR("Object is not array '%s'!\n",
                    json_type_to_name(json_object_get_type(container)));
-        return {};
+        return false;
     }
     int const length = static_cast<int>(elements->length);
     if (index >= elements->length) {
         UTIL_ERROR("Request wrong index num=%d len=%d!\n", static_cast<int>(index), length);
-        return {};
+        return false;
     }
-    json_object* const element = static_cast<json_object*>(elements->array[index]);
-    if (element == nullptr) {
+    value = static_cast<json_object*>(elements->array[index]);
+    if (value == nullptr) {
         UTIL_ERROR("Cannot get array index num=%d len=%d!\n", static_cast<int>(index), length);
+        return false;
     }
-    return {element != nullptr, element};
+    return true;
 }
 
-Step take(json_object* container, PathCursor const& at, bool debug) {
-    UTIL_DEBUG_IF(debug, "%s: Parse: idx=%d key=%.*s isEnd=%s\n", "getJObj", at.index(),
-                  TOKEN_ARGS(at.token()), at.isLast() ? "true" : "false");
-    return at.token().isIndex() ? toElement(container, at.token()) : toMember(container, at, debug);
+bool take(json_object* container, PathCursor const& at, Trace trace, json_object*& value) {
+    trace.parse(at);
+    value = nullptr;
+    return at.token().isIndex() ? toElement(container, at.token(), value)
+                                : toMember(container, at, trace, value);
 }
 
-void walk(json_object* root, char const* path, bool debug, Lookup& result) {
+// The path is not empty.
+Lookup walk(json_object* root, char const* path) {
+    Trace const trace(path);
+    Lookup result;
     result.parent = root;
     json_object* container = root;
-    for (PathCursor at(path);; at.advance()) {
-        Step const step = take(container, at, debug);
-        if (step.found) {
-            result.parent = container;
+    json_object* value = nullptr;
+    PathCursor at(path);
+    while (take(container, at, trace, value)) {
+        result.parent = container;
+        if (at.isLast()) {
+            break;
         }
-        if (at.isLast() || !step.found) {
-            result.outcome = at.isLast() ? Lookup::ENDED : Lookup::STRAYED;
-            result.value = step.value;
-            result.last = at.token();
-            return;
-        }
-        container = step.value;
+        container = value;
+        at.advance();
     }
+    result.outcome = at.isLast() ? Lookup::ENDED : Lookup::STRAYED;
+    result.value = value;
+    result.last = at.token();
+    if (result.outcome == Lookup::STRAYED) {
+        trace.strayed();
+    }
+    // said for every walk, whatever it found
+    UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(result.parent),
+              TOKEN_ARGS(result.last));
+    return result;
 }
 
 // Null for an empty token, and without memory.
@@ -95,26 +123,15 @@ char const* copyOf(PathToken token) {
 }  // namespace
 
 Lookup lookUp(json_object* root, char const* path) {
-    Lookup result;
     if (root == nullptr || path == nullptr) {
         UTIL_ERROR("%s: wrong params jobj=%p path=%p\n", "getJObj", static_cast<void*>(root),
                    static_cast<void const*>(path));
-        return result;
+        return {};
     }
     if (*path == '\0') {
-        result.outcome = Lookup::ROOT;
-        result.value = root;
-        return result;
+        return {Lookup::ROOT, root, nullptr, PathToken()};
     }
-    bool const debug = logging::enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL);
-    walk(root, path, debug, result);
-    if (result.outcome == Lookup::STRAYED) {
-        UTIL_DEBUG_IF(debug, "%s: cannot found the object %s\n", "getJObj", path);
-    }
-    // said for every walk, whatever it found
-    UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(result.parent),
-              TOKEN_ARGS(result.last));
-    return result;
+    return walk(root, path);
 }
 
 json_object* JsonData::getJObj(json_object* jobj, char const* path) {

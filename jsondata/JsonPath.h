@@ -5,6 +5,7 @@
 
 #include <limits.h>
 #include <stddef.h>
+#include <string.h>
 
 #include <string_view>
 
@@ -12,27 +13,34 @@
 class PathToken {
   public:
     PathToken() = default;
-    explicit PathToken(std::string_view text) : text_(text) {}
+    PathToken(char const* start, char const* end) : start_(start), end_(end) {}
+    explicit PathToken(std::string_view text)
+        : start_(text.data()), end_(text.data() + text.size()) {}
 
-    std::string_view text() const { return text_; }
+    std::string_view text() const { return {start_, static_cast<size_t>(end_ - start_)}; }
+
+    char const* start() const { return start_; }
+    char const* end() const { return end_; }
 
     // The text ends where the token does, which can then be used as it stands.
-    bool isTerminated() const { return *(start() + text_.size()) == '\0'; }
+    bool isTerminated() const { return *end_ == '\0'; }
 
-    bool isIndex() const { return !text_.empty() && text_.front() == '['; }
+    bool isIndex() const { return *start_ == '['; }
 
     // An index token must have something between its first and its last character.
-    bool hasIndexNumber() const { return text_.size() >= 3; }
+    bool hasIndexNumber() const { return end_ - start_ >= 3; }
 
     // The text between them; the last character need not be "]".
-    std::string_view indexNumberText() const { return {text_.data() + 1, text_.size() - 2}; }
+    std::string_view indexNumberText() const { return text().substr(1, text().size() - 2); }
 
-    // The two arguments of "%.*s"; see TOKEN_ARGS.
-    int width() const { return text_.size() < INT_MAX ? static_cast<int>(text_.size()) : INT_MAX; }
-    char const* start() const { return text_.empty() ? "" : text_.data(); }
+    // With start(), the two arguments of "%.*s"; see TOKEN_ARGS.
+    int width() const {
+        return end_ - start_ < INT_MAX ? static_cast<int>(end_ - start_) : INT_MAX;
+    }
 
   private:
-    std::string_view text_;
+    char const* start_ = "";
+    char const* end_ = start_;
 };
 
 // A token as the arguments of "%.*s" in a log line.
@@ -46,41 +54,22 @@ class PathToken {
 //   }
 class PathCursor {
   public:
-    explicit PathCursor(char const* path) : rest_(path) { cut(); }
+    explicit PathCursor(char const* path) : token_(tokenAt(path)) {}
 
     PathToken token() const { return token_; }
     int index() const { return index_; }
 
     // A dot at the very end adds no token.
-    bool isLast() const { return *rest_ == '\0'; }
+    bool isLast() const { return token_.isTerminated() || *(token_.end() + 1) == '\0'; }
 
     void advance() {
         ++index_;
-        cut();
+        token_ = tokenAt(token_.end() + 1);
     }
 
   private:
-    // Tokens are short: a call would cost more. Nearly all that stands in them comes behind the dot
-    // in the character set, so that one comparison each is enough.
-    static char const* endOfToken(char const* text) {
-        for (;; ++text) {
-            while (static_cast<unsigned char>(*text) > '.') {
-                ++text;
-            }
-            if (*text == '.' || *text == '\0') {
-                return text;
-            }
-        }
-    }
+    static PathToken tokenAt(char const* text) { return PathToken(text, strchrnul(text, '.')); }
 
-    void cut() {
-        char const* const end = endOfToken(rest_);
-        std::string_view const text(rest_, static_cast<size_t>(end - rest_));
-        token_ = PathToken(text);
-        rest_ = *end == '.' ? end + 1 : end;
-    }
-
-    char const* rest_;
     PathToken token_;
     int index_ = 0;
 };
