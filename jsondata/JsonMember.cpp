@@ -41,9 +41,10 @@ class TerminatedName {
     char stack_[STACK_LENGTH + 1];
 };
 
+// Two letters tell most names apart without a call.
 bool isNamed(lh_entry const* entry, std::string_view name) {
     char const* const key = static_cast<char const*>(lh_entry_k(entry));
-    if (!name.empty() && key[0] != name[0]) {
+    if (name.size() > 1 && (key[0] != name[0] || key[1] != name[1])) {
         return false;
     }
     return strncmp(key, name.data(), name.size()) == 0 && key[name.size()] == '\0';
@@ -66,7 +67,7 @@ bool store(json_object* container, PathToken name, json_object* value, unsigned 
 // Comparing a few names costs less than copying and hashing one. A very long name is not worth a
 // heap block either.
 lh_entry* scanOrHash(lh_table* members, PathToken name) {
-    int const scanLimit = 10;
+    int const scanLimit = 20;
     std::string_view const text = name.text();
     if (lh_table_length(members) > scanLimit && text.size() <= TerminatedName::STACK_LENGTH) {
         return copyAndHash(members, name);

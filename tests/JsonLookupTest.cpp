@@ -22,25 +22,31 @@ TEST_F(JsonLookupTest, LeavesOutParametersAloneWithoutDocumentOrPath) {
     EXPECT_STREQ(key, "kept");
 }
 
-// Few members are compared one by one, many through json-c's hash, and long names always one by
-// one.
+// As the end of a path a name is hashed in place. On the way, few members are compared one by one, many
+// through json-c's hash, and long names always one by one.
 TEST_F(JsonLookupTest, FindsMembersInObjectsOfEverySize) {
-    for (int count : {1, 10, 11, 500}) {
+    for (int count : {1, 20, 21, 500}) {
         JsonRef const object(json_object_new_object());
         auto const name = [](int i) {
             return (i % 2 != 0 ? std::string(300, 'n') : "n") + std::to_string(i);
         };
         for (int i = 0; i < count; ++i) {
-            json_object_object_add(object.get(), name(i).c_str(), json_object_new_int(i));
+            json_object* const member = json_object_new_object();
+            json_object_object_add(member, "v", json_object_new_int(i));
+            json_object_object_add(object.get(), name(i).c_str(), member);
         }
         printed([&] {
             for (int i = 0; i < count; ++i) {
-                json_object* const value = JsonData::getJObj(object.get(), name(i).c_str());
+                json_object* const member = JsonData::getJObj(object.get(), name(i).c_str());
+                json_object* const value =
+                    JsonData::getJObj(object.get(), (name(i) + ".v").c_str());
+                EXPECT_EQ(json_object_object_get(member, "v"), value);
                 EXPECT_EQ(json_object_get_int(value), i);
                 EXPECT_NE(value, nullptr);
             }
-            EXPECT_EQ(JsonData::getJObj(object.get(), "n"), nullptr);
-            EXPECT_EQ(JsonData::getJObj(object.get(), "n00"), nullptr);
+            for (char const* const missing : {"n", "n.v", "n00", "n00.v", "m0.v", ".v"}) {
+                EXPECT_EQ(JsonData::getJObj(object.get(), missing), nullptr) << missing;
+            }
         });
     }
 }
