@@ -17,7 +17,11 @@ class TerminatedName {
             text_ = copy(name.text());
         }
     }
-    ~TerminatedName() { free(heap_); }
+    ~TerminatedName() {
+        if (heap_ != nullptr) {  // seldom: a call less
+            free(heap_);
+        }
+    }
     TerminatedName(TerminatedName const&) = delete;
     TerminatedName& operator=(TerminatedName const&) = delete;
 
