@@ -54,7 +54,7 @@ class PathToken {
 //   }
 class PathCursor {
   public:
-    explicit PathCursor(char const* path) : token_(tokenAt(path)) {}
+    explicit PathCursor(char const* path) : end_(path + strlen(path)), token_(tokenAt(path)) {}
 
     PathToken token() const { return token_; }
     int index() const { return index_; }
@@ -68,8 +68,12 @@ class PathCursor {
     }
 
   private:
-    static PathToken tokenAt(char const* text) { return PathToken(text, strchrnul(text, '.')); }
+    PathToken tokenAt(char const* text) const {
+        void const* const dot = memchr(text, '.', static_cast<size_t>(end_ - text));
+        return {text, dot != nullptr ? static_cast<char const*>(dot) : end_};
+    }
 
+    char const* end_;
     PathToken token_;
     int index_ = 0;
 };
