@@ -1,7 +1,8 @@
 // Message names of the API type mediashare, in the order of their communication types.
-#include "CommLabel.h"
+#ifndef VOBIUTILS_LABELS_MEDIASHARELABELS_H
+#define VOBIUTILS_LABELS_MEDIASHARELABELS_H
 
-char const* MEDIASHARE_LBL[60] = {
+inline constexpr char const* MEDIASHARE_TEXTS[] = {
     "MEDIASHARE_USB_GET_REQ",
     "MEDIASHARE_USB_GET_RESP",
     "MEDIASHARE_USB_REMOVE_REQ",
@@ -63,3 +64,5 @@ char const* MEDIASHARE_LBL[60] = {
     "MEDIASHARE_ITUNES_SERVER_UPDATE_REQ",
     "MEDIASHARE_ITUNES_SERVER_UPDATE_RESP",
 };
+
+#endif

@@ -1,7 +1,8 @@
 // Message names of the API type network, in the order of their communication types.
-#include "CommLabel.h"
+#ifndef VOBIUTILS_LABELS_NETWORKLABELS_H
+#define VOBIUTILS_LABELS_NETWORKLABELS_H
 
-char const* NETWORK_LBL[78] = {
+inline constexpr char const* NETWORK_TEXTS[] = {
     "NETWORK_LAN_GET_REQ",
     "NETWORK_LAN_GET_RESP",
     "NETWORK_LAN_UPDATE_REQ",
@@ -81,3 +82,5 @@ char const* NETWORK_LBL[78] = {
     "NETWORK_PHYSICAL_INTERFACES_GET_REQ",
     "NETWORK_PHYSICAL_INTERFACES_GET_RESP",
 };
+
+#endif

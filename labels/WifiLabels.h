@@ -1,7 +1,8 @@
 // Message names of the API type wifi, in the order of their communication types.
-#include "CommLabel.h"
+#ifndef VOBIUTILS_LABELS_WIFILABELS_H
+#define VOBIUTILS_LABELS_WIFILABELS_H
 
-char const* WIFI_LBL[84] = {
+inline constexpr char const* WIFI_TEXTS[] = {
     "WIFI_INTERFACE_GET_REQ",
     "WIFI_INTERFACE_GET_RESP",
     "WIFI_RADIO_GET_REQ",
@@ -87,3 +88,5 @@ char const* WIFI_LBL[84] = {
     "WIFI_SCAN_RESULT_SSID_REQ",
     "WIFI_SCAN_RESULT_SSID_RESP",
 };
+
+#endif

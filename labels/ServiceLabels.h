@@ -1,8 +1,9 @@
 // Message names of the API type service, in the order of their communication types.
 // Intended: "PORTILTERING" at indexes 20 and 21 is spelled so.
-#include "CommLabel.h"
+#ifndef VOBIUTILS_LABELS_SERVICELABELS_H
+#define VOBIUTILS_LABELS_SERVICELABELS_H
 
-char const* SERVICE_LBL[164] = {
+inline constexpr char const* SERVICE_TEXTS[] = {
     "SERVICE_MACFILTERING_LIST_REQ",
     "SERVICE_MACFILTERING_LIST_RESP",
     "SERVICE_MACFILTERING_UPDATE_REQ",
@@ -168,3 +169,5 @@ char const* SERVICE_LBL[164] = {
     "SERVICE_LOG_CLEAR_REQ",
     "SERVICE_LOG_CLEAR_RESP",
 };
+
+#endif

@@ -1,7 +1,8 @@
 // Message names of the API type security, in the order of their communication types.
-#include "CommLabel.h"
+#ifndef VOBIUTILS_LABELS_SECURITYLABELS_H
+#define VOBIUTILS_LABELS_SECURITYLABELS_H
 
-char const* SECURITY_LBL[112] = {
+inline constexpr char const* SECURITY_TEXTS[] = {
     "SECURITY_FIREWALL_GET_REQ",
     "SECURITY_FIREWALL_GET_RESP",
     "SECURITY_FIREWALL_UPDATE_REQ",
@@ -115,3 +116,5 @@ char const* SECURITY_LBL[112] = {
     "SECURITY_OPENVPN_UPLOAD_REQ",
     "SECURITY_OPENVPN_UPLOAD_RESP",
 };
+
+#endif

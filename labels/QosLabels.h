@@ -1,7 +1,8 @@
 // Message names of the API type qos, in the order of their communication types.
-#include "CommLabel.h"
+#ifndef VOBIUTILS_LABELS_QOSLABELS_H
+#define VOBIUTILS_LABELS_QOSLABELS_H
 
-char const* QOS_LBL[20] = {
+inline constexpr char const* QOS_TEXTS[] = {
     "QOS_CONFIGURATION_LIST_REQ",
     "QOS_CONFIGURATION_LIST_RESP",
     "QOS_CONFIGURATION_UPDATE_REQ",
@@ -23,3 +24,5 @@ char const* QOS_LBL[20] = {
     "QOS_IPTV_UPDATE_REQ",
     "QOS_IPTV_UPDATE_RESP",
 };
+
+#endif

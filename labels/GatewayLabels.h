@@ -1,8 +1,9 @@
 // Message names of the API type gateway, in the order of their communication types.
 // Intended: index 73 is one joined text, so that from 74 on the responses stand at even indexes.
-#include "CommLabel.h"
+#ifndef VOBIUTILS_LABELS_GATEWAYLABELS_H
+#define VOBIUTILS_LABELS_GATEWAYLABELS_H
 
-char const* GATEWAY_LBL[89] = {
+inline constexpr char const* GATEWAY_TEXTS[] = {
     "GATEWAY_LOGIN_REQ",
     "GATEWAY_LOGIN_RESP",
     "GATEWAY_LOGOUT_REQ",
@@ -93,3 +94,5 @@ char const* GATEWAY_LBL[89] = {
     "GATEWAY_PRIVACY_POLICY_UPDATE_REQ",
     "GATEWAY_PRIVACY_POLICY_UPDATE_RESP",
 };
+
+#endif
