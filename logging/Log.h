@@ -1,7 +1,8 @@
 // The library's own way to the log: one short word per level, group UTIL fixed.
 //
 // A line that is switched off costs a flag test: its arguments are not evaluated, so they must have
-// no side effects.
+// no side effects. In a build for size it costs the call of Logger::print, which makes the same test:
+// the lines are many.
 #ifndef VOBIUTILS_LOGGING_LOG_H
 #define VOBIUTILS_LOGGING_LOG_H
 
@@ -24,16 +25,25 @@ inline bool enabled(LOG_TYPE_T level, LOG_GROUP_T group) {
     return (Logger::mask & (1U << (group % 32U))) != 0 && levelEnabled(level);
 }
 
+// What a line asks before it calls Logger::print.
+inline bool mayPrint([[maybe_unused]] LOG_TYPE_T level, [[maybe_unused]] LOG_GROUP_T group) {
+#ifdef __OPTIMIZE_SIZE__
+    return true;
+#else
+    return enabled(level, group);
+#endif
+}
+
 // A text for "%s": not every system library accepts a null there.
 inline char const* printable(char const* text) { return text != nullptr ? text : "(null)"; }
 
 }  // namespace logging
 
-#define VOBIUTILS_LOG(level, ...)                                   \
-    do {                                                            \
-        if (logging::enabled(level, LOG_GROUP_UTIL)) [[unlikely]] { \
-            Logger::print(level, LOG_GROUP_UTIL, __VA_ARGS__);      \
-        }                                                           \
+#define VOBIUTILS_LOG(level, ...)                                    \
+    do {                                                             \
+        if (logging::mayPrint(level, LOG_GROUP_UTIL)) [[unlikely]] { \
+            Logger::print(level, LOG_GROUP_UTIL, __VA_ARGS__);       \
+        }                                                            \
     } while (false)
 
 #define UTIL_INFO(...) VOBIUTILS_LOG(LOG_TYPE_INFO, __VA_ARGS__)
