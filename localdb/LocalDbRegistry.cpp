@@ -19,22 +19,45 @@ char const DEFAULT_KEY[] = "default";
 
 pthread_mutex_t registryLock = PTHREAD_MUTEX_INITIALIZER;
 
-bool isRegistered(std::string const& key) {
-    MutexGuard const guard(registryLock);
-    return LocalDbCtrl::controllers.count(key) != 0;
+// What follows is called with the guard held, or holds it itself where it says so.
+
+// The entry of a key, or the end. Makes no std::string of the key: a writer must be able to end its
+// lock when memory is short.
+Registry::iterator find(char const* key) {
+    Registry& controllers = LocalDbCtrl::controllers;
+    Registry::iterator entry = controllers.begin();
+    while (entry != controllers.end() && entry->first != key) {
+        ++entry;
+    }
+    return entry;
 }
 
-// False when the key is registered already.
-bool add(std::string const& key, LOCALDB_HANDLER* controller) {
-    MutexGuard const guard(registryLock);
-    return LocalDbCtrl::controllers.emplace(key, controller).second;
+bool isThere(Registry::iterator entry) { return entry != LocalDbCtrl::controllers.end(); }
+
+// The controller of a key, null in an entry that has to be made for it.
+LOCALDB_HANDLER*& controllerOf(char const* key) {
+    Registry::iterator entry = find(key);
+    if (!isThere(entry)) {
+        entry = LocalDbCtrl::controllers.emplace(key, nullptr).first;
+    }
+    return entry->second;
 }
 
-// Takes the entry out. False when there is none; `controller` may be null when there is.
-bool takeOut(std::string const& key, LOCALDB_HANDLER*& controller) {
+// Guarded. False when the key is registered already.
+bool add(char const* key, LOCALDB_HANDLER* controller) {
     MutexGuard const guard(registryLock);
-    Registry::iterator const entry = LocalDbCtrl::controllers.find(key);
-    if (entry == LocalDbCtrl::controllers.end()) {
+    if (isThere(find(key))) {
+        return false;
+    }
+    controllerOf(key) = controller;
+    return true;
+}
+
+// Guarded. Takes the entry out. False when there is none; `controller` may be null when there is.
+bool takeOut(char const* key, LOCALDB_HANDLER*& controller) {
+    MutexGuard const guard(registryLock);
+    Registry::iterator const entry = find(key);
+    if (!isThere(entry)) {
         return false;
     }
     controller = entry->second;
@@ -42,22 +65,21 @@ bool takeOut(std::string const& key, LOCALDB_HANDLER*& controller) {
     return true;
 }
 
-// Makes no std::string of the key: a writer must be able to end its lock when memory is short.
-bool find(char const* key, LOCALDB_HANDLER*& controller) {
+// Guarded. False when the key is not registered.
+bool look(char const* key, LOCALDB_HANDLER*& controller) {
     MutexGuard const guard(registryLock);
-    for (Registry::value_type const& entry : LocalDbCtrl::controllers) {
-        if (entry.first == key) {
-            controller = entry.second;
-            return true;
-        }
+    Registry::iterator const entry = find(key);
+    if (!isThere(entry)) {
+        return false;
     }
-    return false;
+    controller = entry->second;
+    return true;
 }
 
-// intended: registers "default" with a null controller when it is absent.
+// Guarded. intended: registers "default" with a null controller when it is absent.
 LOCALDB_HANDLER* defaultController() {
     MutexGuard const guard(registryLock);
-    return LocalDbCtrl::controllers[DEFAULT_KEY];
+    return controllerOf(DEFAULT_KEY);
 }
 
 int refuseRegistered(char const* key) {
@@ -74,7 +96,7 @@ void LocalDbCtrl::init() {
     }
     std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
     MutexGuard const guard(registryLock);
-    controllers[DEFAULT_KEY] = controller.get();
+    controllerOf(DEFAULT_KEY) = controller.get();
     controller.release();
 }
 
@@ -83,8 +105,8 @@ int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
         UTIL_WARN("%s: sessionKey is NULL, nothing to be created\n", "cloneNewDB");
         return 0;
     }
-    std::string const key(sessionKey);
-    if (isRegistered(key)) {
+    LOCALDB_HANDLER* controllerThere = nullptr;
+    if (look(sessionKey, controllerThere)) {
         return refuseRegistered(sessionKey);
     }
     std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
@@ -92,7 +114,7 @@ int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
         DbSlot(*controller, type).load("cloneNewDB", static_cast<int>(type));
     }
     UTIL_DEBUG("%s: new handler created for session %s\n", "cloneNewDB", sessionKey);
-    if (!add(key, controller.get())) {  // another thread was faster
+    if (!add(sessionKey, controller.get())) {  // another thread was faster
         controller.reset();
         return refuseRegistered(sessionKey);
     }
@@ -106,7 +128,7 @@ LOCALDB_HANDLER* LocalDbCtrl::getDBByKey(char const* sessionKey) {
         return defaultController();
     }
     LOCALDB_HANDLER* controller = nullptr;
-    if (!find(sessionKey, controller)) {
+    if (!look(sessionKey, controller)) {
         UTIL_ERROR("%s: Cannot found key %s, return the default controller\n", "getDBByKey",
                    sessionKey);
         return defaultController();
