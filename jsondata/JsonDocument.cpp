@@ -1,13 +1,10 @@
-// Documents from and to text and files; copies and dumps.
+// Documents to text and files; copies and dumps.
 #include <stdio.h>
 #include <string.h>
-#include <sys/stat.h>
 
 #include "JsonData.h"
-#include "JsonFile.h"
 #include "JsonSave.h"
 #include "Log.h"
-#include "OwningHandle.h"
 #include "TreeMapObject.h"
 
 namespace {
@@ -29,11 +26,6 @@ bool namesWholeValue(char const* path) {
 
 }  // namespace
 
-TreeMapObject* JsonData::createObject(char const* text) {
-    json_object* const document = text != nullptr ? json_tokener_parse(text) : nullptr;
-    return document != nullptr ? newOwningHandle(document) : nullptr;
-}
-
 char const* JsonData::getJson(TreeMapObject* obj) {
     if (obj == nullptr || obj->error != 0 || obj->jobj == nullptr) {
         return nullptr;
@@ -53,14 +45,6 @@ json_object* JsonData::cloneObject(json_object* jobj) {
         UTIL_ERROR("%s: fail to create new object\n", "cloneObject");
     }
     return copy;
-}
-
-TreeMapObject* JsonData::createObjectFromFile(char const* file) {
-    struct stat status;
-    if (file == nullptr || stat(file, &status) != 0) {
-        return nullptr;
-    }
-    return newOwningHandle(readJsonFile(file));  // intended: also when that reads nothing
 }
 
 int JsonData::saveObjectToFile(char const* file, TreeMapObject* obj) {

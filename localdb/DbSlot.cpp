@@ -1,8 +1,11 @@
 #include "DbSlot.h"
 
+#include <new>
+
 #include "FileName.h"
 #include "JsonData.h"
 #include "Log.h"
+#include "TreeMapObject.h"
 
 void DbSlot::load(char const* function, int number) {
     FileName const file = FileName::ofData(apiType);
@@ -16,4 +19,22 @@ void DbSlot::load(char const* function, int number) {
     }
     setState(DB_STATE_ACCESSIBLE);
     UTIL_DEBUG("%s: Initialized local database for api type %d\n", function, number);
+}
+
+bool DbSlot::tryLoad(char const* function, int number) {
+    try {
+        load(function, number);
+        return true;
+    } catch (std::bad_alloc const&) {
+        return false;
+    }
+}
+
+bool DbSlot::tryGet(char const* path, TreeMapObject*& node) {
+    try {
+        node = object->get(path);
+        return true;
+    } catch (std::bad_alloc const&) {
+        return false;
+    }
 }

@@ -27,6 +27,10 @@ class DbSlot {
     // line calls the type.
     void load(char const* function, int number);
 
+    // As load, and as the document's get. False, with nothing changed, when memory ran out.
+    bool tryLoad(char const* function, int number);
+    bool tryGet(char const* path, TreeMapObject*& node);
+
   private:
     std::atomic_ref<int> state_;
 };

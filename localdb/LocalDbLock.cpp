@@ -10,7 +10,6 @@
 //   unlock  2      document there           1            released   0
 //   either  2      no document              0            released   2
 //   either  0, 1   -                        unchanged    released   2
-#include <new>
 #include <optional>
 
 #include "LocalDbCtrl.h"
@@ -23,26 +22,20 @@ namespace {
 int const SUCCESS = 0;
 int const FAILURE = 2;
 
-// The document, loaded if it has to be, or the node at `path` in it; null when there is none.
+// The document, loaded if it has to be, or the node at `path` in it; null when there is none. Without
+// memory for a handle there is no handle: the caller gets null, as for a missing node.
 TreeMapObject* open(DbSlot& slot, char const* path) {
-    if (slot.state() == DB_STATE_UNINITIALIZED) {
-        slot.load("lockDbObject", 1);  // intended: the line says 1, whatever the type
+    if (slot.state() == DB_STATE_UNINITIALIZED &&
+        !slot.tryLoad("lockDbObject", 1)) {  // intended: the line says 1, whatever the type
+        return nullptr;
     }
     if (slot.object == nullptr) {
         UTIL_ERROR("%s: There is something wrong! localdb %d is null in accessable state %d\n",
                    "lockDbObject", static_cast<int>(slot.apiType), slot.state());
         return nullptr;
     }
-    return *path != '\0' ? slot.object->get(path) : slot.object;
-}
-
-// Without memory for a handle there is no handle: the caller gets null, as for a missing node.
-TreeMapObject* tryOpen(DbSlot& slot, char const* path) {
-    try {
-        return open(slot, path);
-    } catch (std::bad_alloc const&) {
-        return nullptr;
-    }
+    TreeMapObject* node = slot.object;
+    return *path == '\0' || slot.tryGet(path, node) ? node : nullptr;
 }
 
 TreeMapObject* refuseLock(unsigned int apiType, char const* path) {
@@ -84,7 +77,7 @@ TreeMapObject* LocalDbCtrl::lockDbObject(unsigned int apiType, char const* path,
         return nullptr;
     }
     acquire(*slot);
-    TreeMapObject* const object = tryOpen(*slot, path);
+    TreeMapObject* const object = open(*slot, path);
     if (object != nullptr) {
         slot->setState(DB_STATE_WRITING);
     }

@@ -61,7 +61,9 @@ struct LocalDbTransaction::Lock {
 LocalDbTransaction::Status LocalDbTransaction::Lock::open(char const* path) {
     bool const wasLoaded = slot.state() == DB_STATE_ACCESSIBLE;
     if (!wasLoaded) {
-        slot.load("LocalDbTransaction", static_cast<int>(slot.apiType));
+        if (!slot.tryLoad("LocalDbTransaction", static_cast<int>(slot.apiType))) {
+            return NO_MEMORY;
+        }
         if (slot.object == nullptr) {
             return NO_FILE;
         }
@@ -81,8 +83,10 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::open(char const* path) {
 LocalDbTransaction::Status LocalDbTransaction::Lock::openNode(char const* path) {
     object = slot.object;
     if (*path != '\0') {
-        node.reset(slot.object->get(path));
-        object = node.get();
+        if (!slot.tryGet(path, object)) {
+            return NO_MEMORY;
+        }
+        node.reset(object);
     }
     if (object == nullptr) {
         return NO_NODE;
@@ -125,12 +129,8 @@ LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
         status_ = BUSY;
         return;
     }
-    try {
-        lock_ = new Lock(*slot);
-        status_ = lock_->open(path);
-    } catch (std::bad_alloc const&) {
-        status_ = NO_MEMORY;
-    }
+    lock_ = new (std::nothrow) Lock(*slot);
+    status_ = lock_ != nullptr ? lock_->open(path) : NO_MEMORY;
     if (status_ != LOCKED) {
         delete lock_;
         lock_ = nullptr;

@@ -71,18 +71,6 @@ bool replaceArray(TreeMapObject& handle, JsonRef& replacement) {
 
 }  // namespace
 
-TreeMapObject* TreeMapObject::at(unsigned int index) {
-    array_list const* const elements = json_object_get_array(jobj);  // null unless it is an array
-    if (elements == nullptr || index >= elements->length) {
-        return nullptr;
-    }
-    TreeMapObject* const element =
-        new TreeMapObject(static_cast<json_object*>(elements->array[index]));
-    element->jobj_parent = jobj;
-    setElementName(*element, index);
-    return element;
-}
-
 // intended: an index past the end appends, without a gap.
 int TreeMapObject::setArrayItem(unsigned int index, TreeMapObject* item) {
     int const length = len();

@@ -1,13 +1,10 @@
 // Search by value: the walk over a document, and what find makes of its hits.
 #include <string.h>
 
-#include <memory>
-#include <new>
-
 #include "JsonData.h"
 #include "JsonRef.h"
 #include "Log.h"
-#include "OwningHandle.h"
+#include "NewHandles.h"
 #include "TreeMapObject.h"
 #include "ValueTraits.h"
 
@@ -91,15 +88,9 @@ bool Search::matches(char const* name, json_object* member) {
 }
 
 bool Search::add(json_object* object) {
-    try {
-        std::unique_ptr<TreeMapObject> hit(newOwningHandle(json_object_get(object)));
-        hits_.push_back(hit.get());
-        hit.release();
-        return true;
-    } catch (std::bad_alloc const&) {
-        complete_ = false;
-        return false;
-    }
+    bool const added = appendHandle(hits_, object);
+    complete_ = complete_ && added;
+    return added;
 }
 
 void deleteAll(Hits& hits) {

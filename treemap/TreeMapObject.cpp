@@ -1,4 +1,4 @@
-// The handle itself: its life, what it owns, and the handles on nodes inside its document.
+// The handle itself: its life, what it owns, and its node in the document.
 #include "TreeMapObject.h"
 
 #include <stdlib.h>
@@ -9,7 +9,6 @@
 #include "JsonMember.h"
 #include "KeyName.h"
 #include "Log.h"
-#include "OwningHandle.h"
 
 TreeMapObject::TreeMapObject() : TreeMapObject(static_cast<json_object*>(nullptr)) {}
 
@@ -59,21 +58,6 @@ void TreeMapObject::set(char const* path, TreeMapObject* obj) {
     }
 }
 
-TreeMapObject* TreeMapObject::get(char const* path) {
-    Lookup const found = lookUp(jobj, path);
-    if (found.value == nullptr) {
-        return nullptr;
-    }
-    TreeMapObject* const node = new TreeMapObject(found.value);
-    if (found.outcome == Lookup::ROOT) {
-        json_object_get(found.value);  // a second owner, so that either may go first
-        return node;
-    }
-    node->jobj_parent = found.parent;
-    setKeyName(*node, found.last.text());
-    return node;
-}
-
 int TreeMapObject::dump(char const* path) {
     UTIL_INFO("Dump object content:\n");
     return JsonData::dumpObject(this, path);
@@ -82,18 +66,4 @@ int TreeMapObject::dump(char const* path) {
 int TreeMapObject::len() {
     array_list const* const elements = json_object_get_array(jobj);  // null unless it is an array
     return elements != nullptr ? static_cast<int>(elements->length) : -1;
-}
-
-TreeMapObject* TreeMapObject::clone(char const* path) {
-    json_object* const source = path == nullptr ? jobj : JsonData::getJObj(jobj, path);
-    if (source == nullptr) {
-        UTIL_ERROR("%s: fail to get object by path\n", "clone");
-        return nullptr;
-    }
-    json_object* const copy = JsonData::cloneObject(source);
-    if (copy == nullptr) {
-        UTIL_ERROR("%s: fail to clone object\n", "clone");
-        return nullptr;
-    }
-    return newOwningHandle(copy);
 }

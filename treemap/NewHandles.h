@@ -1,0 +1,15 @@
+// Handles on nodes whose memory may run out where no exception may leave.
+#ifndef VOBIUTILS_TREEMAP_NEWHANDLES_H
+#define VOBIUTILS_TREEMAP_NEWHANDLES_H
+
+#include <json-c/json.h>
+
+#include <list>
+
+#include "TreeMapObject.h"
+
+// Appends a new handle with a reference of its own on `node`. False, and nothing appended, when there
+// is no memory.
+bool appendHandle(std::list<TreeMapObject*>& list, json_object* node);
+
+#endif
