@@ -105,17 +105,10 @@ void readSystem(json_object* system) {
     }
 }
 
-void prefixUrlRewrite(std::string const& prefix) {
-    try {
-        BEConfig::URL_REWRITE.insert(0, prefix);
-    } catch (std::exception const&) {  // no memory: the setting stays
-    }
-}
-
 void readSettings(json_object* file) {
     Extras extras;
     readTopLevel(file, extras);
-    prefixUrlRewrite(extras.urlPrefix);
+    prepend(extras.urlPrefix, BEConfig::URL_REWRITE);
     json_object* system = nullptr;
     if (json_object_object_get_ex(file, "system", &system)) {
         readSystem(system);

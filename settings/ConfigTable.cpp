@@ -40,3 +40,10 @@ void readRow(json_object* object, ConfigRow const& row) {
         printf("Configuration is wrong, use default value for %s\n", row.key);
     }
 }
+
+void prepend(std::string const& prefix, std::string& text) {
+    try {
+        text.insert(0, prefix);
+    } catch (std::exception const&) {
+    }
+}

@@ -25,4 +25,7 @@ void readRows(json_object* object, ConfigRow const (&rows)[N]) {
     }
 }
 
+// Leaves the text as it is when there is no memory.
+void prepend(std::string const& prefix, std::string& text);
+
 #endif

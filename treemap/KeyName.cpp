@@ -2,18 +2,29 @@
 
 #include <string.h>
 
-#include <charconv>
-
 namespace {
 
-// There is room for any number.
+// There is room for any number. Most have one digit or two, and the table of pairs behind
+// std::to_chars would be larger than all else here.
 template <size_t SIZE>
 void writeName(char (&text)[SIZE], int index) {
     static_assert(SIZE >= sizeof "[-2147483648]");
-    text[0] = '[';
-    char* const end = std::to_chars(text + 1, text + SIZE, index).ptr;
-    end[0] = ']';
-    end[1] = '\0';
+    char* end = text;
+    *end++ = '[';
+    unsigned int rest = static_cast<unsigned int>(index);
+    if (index < 0) {
+        *end++ = '-';
+        rest = 0U - rest;
+    }
+    for (unsigned int longer = rest; longer >= 10U; longer /= 10U) {
+        ++end;
+    }
+    end[1] = ']';
+    end[2] = '\0';
+    do {
+        *end-- = static_cast<char>('0' + rest % 10U);
+        rest /= 10U;
+    } while (rest != 0);
 }
 
 }  // namespace
