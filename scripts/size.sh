@@ -17,7 +17,7 @@ weigh() { # MACHINE FOLDER TOOL-PREFIX
     for name in libvobiutils jsonschema/libjsonschema-c; do
         library=$2/$name.so
         stripped=$2/stripped.so
-        "$3strip" -R .comment -R .pdr -R .gnu.attributes -o "$stripped" "$library"
+        "$3strip" -o "$stripped" "$library"
         printf '%-8s %-20s ' "$1" "$(basename "$library")"
         "$3size" "$stripped" | awk 'NR == 2 { printf "text %d data %d bss %d ", $1, $2, $3 }'
         printf 'file %d ' "$(wc -c <"$stripped")"
@@ -29,9 +29,8 @@ native=build/size
 build $native
 scripts/cross.sh mips -- true
 build_mips=build/size-mips
-scripts/cross.sh mips -- cmake -S . -B $build_mips -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/cross.cmake" \
-    -DCMAKE_BUILD_TYPE=MinSizeRel -DCMAKE_CXX_FLAGS=-mips16 -DVOBIUTILS_BUILD_TESTS=OFF \
-    -DVOBIUTILS_BUILD_EXAMPLES=OFF >/dev/null
+scripts/cross.sh mips -- cmake --preset mips -B $build_mips -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON \
+    -DVOBIUTILS_BUILD_TESTS=OFF -DVOBIUTILS_BUILD_EXAMPLES=OFF >/dev/null
 scripts/cross.sh mips -- cmake --build $build_mips --parallel "$(nproc)" >/dev/null
 
 weigh x86-64 $native ""
