@@ -128,13 +128,11 @@ void addShuffled() {
     collectLeaves(root, {}, leaves);
     std::shuffle(leaves.begin(), leaves.end(), std::minstd_rand(4000));
     leaves.resize(4000);
-    std::vector<std::string> pointers;
-    for (Leaf const& leaf : leaves) {
-        pointers.push_back(pointerOf(leaf.path));
-    }
-    std::vector<std::string> paths;
-    for (Leaf const& leaf : leaves) {
-        paths.push_back(leaf.path);
+    std::vector<std::string> paths(leaves.size());
+    std::vector<std::string> pointers(leaves.size());
+    for (size_t i = 0; i < leaves.size(); ++i) {
+        paths[i] = leaves[i].path;
+        pointers[i] = pointerOf(leaves[i].path);
     }
     Work const product = inTurn(paths, [root](std::string const& path) {
         benchmark::DoNotOptimize(JsonData::getJObj(root, path.c_str()));

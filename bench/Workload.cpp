@@ -190,7 +190,7 @@ class OneLineEach : public benchmark::BenchmarkReporter {
 
 }  // namespace
 
-void add(Comparison comparison) {
+void add(Comparison const& comparison) {
     comparisons().push_back(comparison);
     benchmark::RegisterBenchmark(
         comparison.name.c_str(),
@@ -199,7 +199,7 @@ void add(Comparison comparison) {
         ->UseManualTime();
 }
 
-void add(Growth growth) {
+void add(Growth const& growth) {
     benchmark::RegisterBenchmark(growth.name.c_str(),
                                  [growth](benchmark::State& state) { grow(state, growth); })
         ->Iterations(ROUNDS)

@@ -41,8 +41,8 @@ struct Growth {
     double goal;  // cost of a unit at the last size: at most so many times that at the first one
 };
 
-void add(Comparison comparison);
-void add(Growth growth);
+void add(Comparison const& comparison);
+void add(Growth const& growth);
 
 // Runs the comparisons whose name holds `pattern` a thousand times per variant, each for a dump of
 // its own by callgrind.

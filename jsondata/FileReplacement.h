@@ -16,6 +16,6 @@ enum class Durability { SYNCED, UNSYNCED };
 // without any promise for a write that fails, a file whose folder allows no replacement.
 //
 // May be called from any number of threads and processes at once: the last one wins, whole.
-bool replaceFile(char const* file, char const* text, size_t length, Durability durability);
+bool replaceFile(char const* file, char const* bytes, size_t length, Durability durability);
 
 #endif

@@ -9,6 +9,6 @@
 
 // A new value, the caller's to release; null when the file (or its name) is missing, cannot be read
 // or holds no JSON, and when it holds null.
-json_object* readJsonFile(char const* file);
+json_object* readJsonFile(char const* name);
 
 #endif

@@ -30,7 +30,7 @@ bool DbSlot::tryLoad(char const* function, int number) {
     }
 }
 
-bool DbSlot::tryGet(char const* path, TreeMapObject*& node) {
+bool DbSlot::tryGet(char const* path, TreeMapObject*& node) const {
     try {
         node = object->get(path);
         return true;

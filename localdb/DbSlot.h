@@ -29,7 +29,7 @@ class DbSlot {
 
     // As load, and as the document's get. False, with nothing changed, when memory ran out.
     bool tryLoad(char const* function, int number);
-    bool tryGet(char const* path, TreeMapObject*& node);
+    bool tryGet(char const* path, TreeMapObject*& node) const;
 
   private:
     std::atomic_ref<int> state_;

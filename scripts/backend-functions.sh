@@ -1,3 +1,4 @@
+# shellcheck shell=sh
 # For scripts that run the web back end in a copy of the sample gateway: sourced, from the project's
 # folder.
 
@@ -33,8 +34,8 @@ start_backend() { # PROGRAM FOLDER
 
 # Ends it; what it says when it does not end well is shown.
 stop_backend() {
-    kill $backend_pid 2>/dev/null || true
-    wait $backend_pid || {
+    kill "$backend_pid" 2>/dev/null || true
+    wait "$backend_pid" || {
         echo "the back end ended with $?:"
         cat "$backend_folder/output.txt"
         return 1

@@ -20,7 +20,7 @@ count() {
     valgrind --tool=callgrind --callgrind-out-file="$counts/out" "$build/bench/bench" --count "$1" \
         2>/dev/null
     # each dump tells the workload and variant that it belongs to, for a thousand operations
-    cat $(ls -v "$counts"/out.*) | awk '
+    find "$counts" -name 'out.*' -print0 | sort -zV | xargs -0 cat | awk '
         /^desc: Trigger: Client Request: / { sub(/^.*Request: /, ""); split($0, name, "|") }
         /^summary: / && name[1] != "" {
             if (name[1] != last) { printf "%s%-42s", last != "" ? "\n" : "", name[1]; last = name[1] }

@@ -15,7 +15,7 @@ cmake -S . -B $build -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
     >/dev/null
 cmake --build $build --parallel "$(nproc)" >/dev/null
 (cd $build && cpack >/dev/null 2>&1)
-for package in $build/*.deb; do
+for package in "$build"/*.deb; do
     echo "== $(basename "$package")"
     dpkg-deb --field "$package" Package Version Architecture Depends Installed-Size
 done

@@ -60,7 +60,8 @@ std::string refused(std::string const& keys) {
 // A file that has for each key a value of its own, from 100 on, and then one more member.
 std::string fileWith(std::string const& key, std::string const& json) {
     std::istringstream keys(TEXT_KEYS + NUMBER_KEYS);
-    std::string each, file = "{";
+    std::string each;
+    std::string file = "{";
     for (int value = 100; keys >> each; ++value) {
         std::string const quote = value < 114 ? "'" : "";
         file += "'" + each + "': " + quote + std::to_string(value) + quote + ", ";

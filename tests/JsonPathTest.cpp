@@ -71,8 +71,7 @@ TEST(JsonPath, IndexNumbersAgreeWithStreamExtraction) {
         std::string(100000, '0') + "7",
         std::string(100000, '9'),
         "5\xA0",
-        "\xA0"
-        "5",
+        std::string("\xA0") + "5",
     };
     std::vector<std::string> const shortOnes = allTexts(" +-09x", 4);
     texts.insert(texts.end(), shortOnes.begin(), shortOnes.end());

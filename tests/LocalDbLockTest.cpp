@@ -130,9 +130,9 @@ TEST_F(LocalDbLockTest, HandsTheTypeOverAfterANullResult) {
 // Whoever releases what nobody holds disturbs neither the mutex nor the others who do so.
 TEST_F(LocalDbLockTest, SurvivesStrayReleasesOfAFreeType) {
     Logger::mask = 0;
-    std::vector<std::thread> threads;
+    std::thread threads[4];
     for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([] {
+        threads[i] = std::thread([] {
             for (int round = 0; round < 5000; ++round) {
                 EXPECT_EQ(LocalDbCtrl::unlockDbObject(LAN, "default"), 2);
                 EXPECT_EQ(LocalDbCtrl::saveDbObject(API_NETWORK, "default"), 2);

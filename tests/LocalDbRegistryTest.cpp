@@ -50,9 +50,9 @@ TEST_F(LocalDbRegistryTest, RemovesControllersEvenWhileOneTypeIsWritten) {
 TEST_F(LocalDbRegistryTest, IsSafeFromManyThreads) {
     Logger::mask = 0;
     std::atomic<int> made = 0;
-    std::vector<std::thread> threads;
+    std::thread threads[8];
     for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&made, own = "own" + std::to_string(i)] {
+        threads[i] = std::thread([&made, own = "own" + std::to_string(i)] {
             for (int round = 0; round < 20; ++round) {
                 EXPECT_EQ(LocalDbCtrl::cloneNewDB(own.c_str()), 1);
                 EXPECT_NE(LocalDbCtrl::getDBByKey(own.c_str()), LocalDbCtrl::getDBByKey("none"));

@@ -25,20 +25,21 @@ char const* contentType(fs::path const& file) {
     return "application/octet-stream";
 }
 
+fs::path canonicalOrEmpty(std::string const& folder) {
+    std::error_code missing;
+    return fs::canonical(folder, missing);
+}
+
 bool isHidden(fs::path const& part) { return part.native().front() == '.'; }
 
 }  // namespace
 
-DocumentRoot::DocumentRoot(std::string const& folder) {
-    std::error_code missing;
-    root_ = fs::canonical(folder, missing);
-}
+DocumentRoot::DocumentRoot(std::string const& folder) : root_(canonicalOrEmpty(folder)) {}
 
 Reply DocumentRoot::get(std::string const& urlPath) const {
-    Reply const notFound = refuse(404, "no such page");
     std::string const relative = urlPath == "/" ? "index.html" : urlPath.substr(1);
     if (root_.empty() || relative.empty() || relative.find('\0') != std::string::npos) {
-        return notFound;
+        return refuse(404, "no such page");
     }
     std::error_code error;
     fs::path const file = fs::canonical(root_ / relative, error);
@@ -46,7 +47,7 @@ Reply DocumentRoot::get(std::string const& urlPath) const {
         std::mismatch(root_.begin(), root_.end(), file.begin(), file.end());
     if (error || rootEnd != root_.end() || std::any_of(rest, file.end(), isHidden) ||
         !fs::is_regular_file(file, error) || fs::file_size(file, error) > MAX_FILE) {
-        return notFound;
+        return refuse(404, "no such page");
     }
     std::ifstream content(file, std::ios::binary);
     Reply reply;

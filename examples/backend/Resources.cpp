@@ -128,7 +128,7 @@ Reply reading(Place const& place, std::function<Reply(TreeMapObject&)> const& us
 
 // Saves the shared document, and brings it to the controller of the session.
 Reply save(Place const& place, LocalDbTransaction& database, Reply success) {
-    Reply const failure = refuse(500, "the change could not be saved; nothing is changed");
+    Reply failure = refuse(500, "the change could not be saved; nothing is changed");
     if (!place.session.hasDatabase()) {
         return database.save() == 0 ? success : failure;
     }
@@ -158,7 +158,7 @@ Reply writing(Place const& place,
         return refuseLock(database.status());
     }
     Path changed = place.path;
-    Reply const reply = change(*database.object(), changed);
+    Reply reply = change(*database.object(), changed);
     if (reply.status >= 300) {
         return reply;
     }

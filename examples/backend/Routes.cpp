@@ -64,8 +64,8 @@ std::string parameter(Request const& request, char const* name) {
 Reply answerPlace(Request const& request, Place const& place) {
     if (request.method == "GET") {
         std::string const key = parameter(request, "find");
-        bool const isSearch = request.parameters.count("find") > 0;
-        if (isSearch && (key.empty() || request.parameters.count("value") == 0)) {
+        bool const isSearch = request.parameters.contains("find");
+        if (isSearch && (key.empty() || !request.parameters.contains("value"))) {
             return refuse(400, "a search needs find=<key> and value=<value>");
         }
         return isSearch ? findResources(place, key, parameter(request, "value"))
@@ -81,6 +81,24 @@ Reply answerPlace(Request const& request, Place const& place) {
         return removeResource(place);
     }
     return refuse(405, "only GET, PUT, POST and DELETE");
+}
+
+// /api lists the types; /api/<type>/<path> is a place.
+Reply answerResource(Request const& request, Session const& session) {
+    std::string const rest = request.path.substr(std::min(sizeof(API), request.path.size()));
+    if (rest.empty()) {
+        return request.method == "GET" ? listTypes() : refuse(405, "only GET here");
+    }
+    size_t const slash = std::min(rest.find('/'), rest.size());
+    unsigned int const type = typeNamed(rest.substr(0, slash));
+    if (type == API_TYPE_COUNT) {
+        return refuse(404, "there is no such API type");
+    }
+    std::optional<Path> const path = Path::parse(rest.substr(std::min(slash + 1, rest.size())));
+    if (!path) {
+        return refuse(400, "this is no path: names and indexes like [0], with dots between them");
+    }
+    return answerPlace(request, {type, *path, session});
 }
 
 }  // namespace
@@ -120,22 +138,4 @@ Reply Routes::answer(Request const& request) {
     Reply reply;
     reply.status = 204;
     return reply;
-}
-
-// /api lists the types; /api/<type>/<path> is a place.
-Reply Routes::answerResource(Request const& request, Session const& session) {
-    std::string const rest = request.path.substr(std::min(sizeof(API), request.path.size()));
-    if (rest.empty()) {
-        return request.method == "GET" ? listTypes() : refuse(405, "only GET here");
-    }
-    size_t const slash = std::min(rest.find('/'), rest.size());
-    unsigned int const type = typeNamed(rest.substr(0, slash));
-    if (type == API_TYPE_COUNT) {
-        return refuse(404, "there is no such API type");
-    }
-    std::optional<Path> const path = Path::parse(rest.substr(std::min(slash + 1, rest.size())));
-    if (!path) {
-        return refuse(400, "this is no path: names and indexes like [0], with dots between them");
-    }
-    return answerPlace(request, {type, *path, session});
 }

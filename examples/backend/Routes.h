@@ -26,7 +26,6 @@ class Routes {
     Reply answer(Request const& request);
 
   private:
-    Reply answerResource(Request const& request, Session const& session);
     SessionRef sessionOf(Request const& request);
 
     Sessions sessions_;

@@ -13,7 +13,7 @@
 // One logged-in user. In multi-database mode a session has a controller of its own, which lives as
 // long as the session or the last request that uses it.
 struct Session {
-    Session(std::string user, std::string role, std::string databaseKey);
+    Session(std::string name, std::string itsRole, std::string key);
     ~Session();
     Session(Session const&) = delete;
     Session& operator=(Session const&) = delete;

@@ -46,7 +46,8 @@ check() {
 }
 
 login() { # USER PASSWORD: the status, and the token in a file
-    token= ask POST /login "{\"username\": \"$1\", \"password\": \"$2\"}"
+    token=""
+    ask POST /login "{\"username\": \"$1\", \"password\": \"$2\"}"
     sed -n 's/.*"token": "\([0-9a-f]*\)".*/\1/p' "$work/answer" >"$work/token"
 }
 
@@ -213,10 +214,11 @@ rm "$work/gateway/data/misc/misc.ldb"
 mkfifo "$work/gateway/data/misc/misc.ldb"
 expect "log in" 200 "$(login admin sample-admin-password)"
 token=$(cat "$work/token")
+readers=
 for reader in 1 2; do
     curl --silent --output /dev/null --dump-header "$work/headers$reader" \
         --header "Authorization: Bearer $token" "$url/api/misc" &
-    eval "reader$reader=$!"
+    readers="$readers $!"
 done
 tries=0
 until grep -qs '^Retry-After: 1' "$work/headers1" "$work/headers2" || [ $tries -gt 100 ]; do
@@ -225,7 +227,8 @@ until grep -qs '^Retry-After: 1' "$work/headers1" "$work/headers2" || [ $tries -
 done
 expect "one has to come back" 1 "$(cat "$work"/headers? | grep -c '^HTTP/1.1 503')"
 echo '{"a": 1}' >"$work/gateway/data/misc/misc.ldb"
-wait "$reader1" "$reader2"
+# shellcheck disable=SC2086 # two numbers
+wait $readers
 check <<'END'
 200 GET /api/misc
 200 GET /api/wifi

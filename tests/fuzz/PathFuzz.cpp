@@ -86,7 +86,7 @@ bool assign(Node& root, std::string path, Node const& value) {
         Node const& next = i + 1 < tokens.size() ? object : value;
         bool const isLast = &next == &value;
         if (token[0] != '[') {
-            isNew = at->members.count(token) == 0;
+            isNew = !at->members.contains(token);
             if (at->kind != Node::OBJECT && (isNew || isLast)) {
                 return false;
             }

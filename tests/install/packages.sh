@@ -12,6 +12,7 @@ write_program() {
     echo '#include <JsonData.h>'
     echo '#include <cstdio>'
     echo 'int main() {'
+    # shellcheck disable=SC2016 # a pattern
     sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '/^```/d'
     echo 'return failed; }'
 }

@@ -26,6 +26,7 @@ grep "${jsonschema:+.}\|@@VOBIUTILS" "$source/exports.txt" | diff - "$work/expor
         echo "#include <$(basename "$header")>"
     done
     echo 'int main() {'
+    # shellcheck disable=SC2016 # a pattern
     sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '/^```/d'
     echo 'return failed; }'
 } >"$work/example.cpp"

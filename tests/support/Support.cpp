@@ -58,6 +58,8 @@ class Redirection {
         saved_ = dup(fileno(stream_));
         dup2(fileno(file_), fileno(stream_));
     }
+    Redirection(Redirection const&) = delete;
+    Redirection& operator=(Redirection const&) = delete;
     ~Redirection() {
         restore();
         fclose(file_);
