@@ -15,7 +15,7 @@ int const FAILURE = 2;
 
 timespec deadlineIn(unsigned int milliseconds) {
     timespec deadline = {0, 0};
-    clock_gettime(CLOCK_REALTIME, &deadline);
+    clock_gettime(CLOCK_MONOTONIC, &deadline);
     deadline.tv_sec += static_cast<time_t>(milliseconds / 1000U);
     deadline.tv_nsec += static_cast<long>(milliseconds % 1000U) * 1000000L;
     if (deadline.tv_nsec >= 1000000000L) {

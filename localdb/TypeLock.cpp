@@ -12,40 +12,51 @@
 
 namespace {
 
+// A condition whose waits end by the clock that nobody sets.
+class Condition {
+  public:
+    Condition() {
+        pthread_condattr_t attributes;
+        pthread_condattr_init(&attributes);
+        pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+        pthread_cond_init(&condition_, &attributes);
+        pthread_condattr_destroy(&attributes);
+    }
+
+    void notify() { pthread_cond_broadcast(&condition_); }
+
+    // False when the deadline, if there is one, has passed.
+    bool wait(pthread_mutex_t& mutex, timespec const* deadline) {
+        return deadline == nullptr
+                   ? pthread_cond_wait(&condition_, &mutex) == 0
+                   : pthread_cond_timedwait(&condition_, &mutex, deadline) != ETIMEDOUT;
+    }
+
+  private:
+    pthread_cond_t condition_;
+};
+
 // Guards the moments in which a type changes hands; one lock and one condition serve all types.
 pthread_mutex_t handOver = PTHREAD_MUTEX_INITIALIZER;
-pthread_cond_t writingEnded = PTHREAD_COND_INITIALIZER;
+Condition released;  // a mutex, or a state of "writing"
 
-// False when the deadline, if there is one, has passed.
-bool waitWhileWriting(DbSlot const& slot, timespec const* deadline) {
+void waitWhileWriting(DbSlot const& slot) {
     MutexGuard const guard(handOver);
     while (slot.state() == DB_STATE_WRITING) {
-        int const error = deadline != nullptr
-                              ? pthread_cond_timedwait(&writingEnded, &handOver, deadline)
-                              : pthread_cond_wait(&writingEnded, &handOver);
-        if (error == ETIMEDOUT) {
-            return false;
-        }
+        released.wait(handOver, nullptr);
     }
-    return true;  // the state may have changed again: whoever asks has to lock first
 }
 
-bool lockMutex(DbSlot& slot, timespec const* deadline) {
-    return (deadline != nullptr ? pthread_mutex_timedlock(&slot.mutex, deadline)
-                                : pthread_mutex_lock(&slot.mutex)) == 0;
-}
-
-bool acquire(DbSlot& slot, timespec const* deadline) {
-    while (lockMutex(slot, deadline)) {
-        if (slot.state() != DB_STATE_WRITING) {
-            return true;
-        }
-        releaseMutex(slot);
-        if (!waitWhileWriting(slot, deadline)) {
-            return false;
-        }
+// With the guard held, under which a mutex is released.
+bool tryAcquire(DbSlot& slot) {
+    if (pthread_mutex_trylock(&slot.mutex) != 0) {
+        return false;
     }
-    return false;
+    bool const isFree = slot.state() != DB_STATE_WRITING;
+    if (!isFree) {
+        pthread_mutex_unlock(&slot.mutex);
+    }
+    return isFree;
 }
 
 }  // namespace
@@ -60,20 +71,36 @@ std::optional<DbSlot> findSlot(unsigned int apiType, char const* sessionKey) {
                                  : std::nullopt;
 }
 
-void acquire(DbSlot& slot) { acquire(slot, nullptr); }
+void acquire(DbSlot& slot) {
+    pthread_mutex_lock(&slot.mutex);
+    while (slot.state() == DB_STATE_WRITING) {
+        releaseMutex(slot);
+        waitWhileWriting(slot);
+        pthread_mutex_lock(&slot.mutex);
+    }
+}
 
-bool acquireBefore(DbSlot& slot, timespec const& deadline) { return acquire(slot, &deadline); }
+bool acquireBefore(DbSlot& slot, timespec const& deadline) {
+    MutexGuard const guard(handOver);
+    while (!tryAcquire(slot)) {
+        if (!released.wait(handOver, &deadline)) {
+            return false;
+        }
+    }
+    return true;
+}
 
 void releaseMutex(DbSlot& slot) {
     MutexGuard const guard(handOver);
     pthread_mutex_trylock(&slot.mutex);
     pthread_mutex_unlock(&slot.mutex);
+    released.notify();
 }
 
 void endWriting(DbSlot& slot, int state) {
     MutexGuard const guard(handOver);
     slot.setState(state);
-    pthread_cond_broadcast(&writingEnded);
+    released.notify();
 }
 
 int saveAndDrop(DbSlot& slot) {

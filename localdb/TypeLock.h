@@ -18,8 +18,8 @@
 // Nothing for a bad type and for a key without a controller.
 std::optional<DbSlot> findSlot(unsigned int apiType, char const* sessionKey);
 
-// Returns holding the mutex of a type that nobody is writing, saving or destroying. With a deadline (of
-// the real-time clock), false when it has passed before.
+// Returns holding the mutex of a type that nobody is writing, saving or destroying. With a deadline, by
+// the monotonic clock, false when it has passed before.
 void acquire(DbSlot& slot);
 bool acquireBefore(DbSlot& slot, timespec const& deadline);
 

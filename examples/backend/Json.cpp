@@ -1,19 +1,48 @@
 #include "Json.h"
 
+#include <cmath>
+#include <utility>
+
 #include "Limits.h"
+
+namespace {
+
+// Some number in it is none that JSON has.
+bool isInfinite(json_object* value) {
+    if (json_object_is_type(value, json_type_array)) {
+        for (size_t i = 0; i < json_object_array_length(value); ++i) {
+            if (isInfinite(json_object_array_get_idx(value, i))) {
+                return true;
+            }
+        }
+    } else if (json_object_is_type(value, json_type_object)) {
+        json_object_object_foreach(value, name, member) {
+            static_cast<void>(name);
+            if (isInfinite(member)) {
+                return true;
+            }
+        }
+    }
+    return json_object_is_type(value, json_type_double) &&
+           !std::isfinite(json_object_get_double(value));
+}
+
+}  // namespace
 
 Json parseJson(std::string const& text) {
     std::unique_ptr<json_tokener, void (*)(json_tokener*)> const tokener(
         json_tokener_new_ex(MAX_BODY_DEPTH), json_tokener_free);
     size_t const end = text.find_last_not_of(" \t\r\n");
     std::string const value = text.substr(0, end + 1);  // nothing may follow, not even a space
-    if (!tokener || value.find('\0') != std::string::npos) {
+    if (!tokener || value.find('\0') != std::string::npos ||
+        value.find("\\u0000") != std::string::npos) {
         return Json();
     }
     json_tokener_set_flags(tokener.get(), JSON_TOKENER_STRICT | JSON_TOKENER_VALIDATE_UTF8);
     // With its terminator, which ends a number.
-    return Json(
+    Json parsed(
         json_tokener_parse_ex(tokener.get(), value.c_str(), static_cast<int>(value.size() + 1)));
+    return isInfinite(parsed.get()) ? Json() : std::move(parsed);
 }
 
 Json copyOf(json_object* value) {

@@ -12,8 +12,8 @@ struct JsonRelease {
 };
 typedef std::unique_ptr<json_object, JsonRelease> Json;
 
-// Exactly one JSON value, nested to half of what a file may hold, in UTF-8. Null for anything else,
-// JSON null included.
+// Exactly one JSON value, nested to half of what a file may hold, in UTF-8, its numbers finite and its
+// texts without the character 0. Null for anything else, JSON null included.
 Json parseJson(std::string const& text);
 
 Json copyOf(json_object* value);

@@ -4,7 +4,10 @@
 #include <BELoginRecord.h>
 #include <LocalDbTransaction.h>
 #include <Logger.h>
+#include <arpa/inet.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include "Json.h"
@@ -18,7 +21,8 @@ char const REQUEST[] = "GATEWAY_LOGIN_REQ";
 char const RESPONSE[] = "GATEWAY_LOGIN_RESP";
 
 struct User {
-    bool isKnown = false;  // and may log in
+    bool isKnown = false;
+    bool isEnabled = false;
     std::string role;
     std::string password;  // hashed
 };
@@ -37,11 +41,23 @@ bool findUser(std::string const& name, User& user) {
         bool enabled = false;
         if (entry->get_ex("name", itsName) && name == itsName && entry->get_ex("role", role) &&
             entry->get_ex("password", password) && entry->get_ex("enabled", enabled)) {
-            user = {enabled, role, password};
+            user = {true, enabled, role, password};
         }
     }
     users.keep();
     return true;
+}
+
+// An address as it is recorded: whoever has one address of IPv6 has its whole network.
+std::string clientOf(std::string const& address) {
+    in6_addr six = {};
+    if (inet_pton(AF_INET6, address.c_str(), &six) != 1) {
+        return address;
+    }
+    std::fill(std::begin(six.s6_addr) + 8, std::end(six.s6_addr), 0);
+    char text[INET6_ADDRSTRLEN] = "";
+    inet_ntop(AF_INET6, &six, text, sizeof(text));
+    return std::string(text) + "/64";
 }
 
 Reply welcome(std::string const& token, std::string const& role) {
@@ -71,26 +87,40 @@ Reply Login::attempt(std::string const& address, std::string const& body) {
     std::string const password =
         json_object_get_string(json_object_object_get(value.get(), "password"));
 
+    std::string const client = clientOf(address);
     std::lock_guard<std::mutex> const guard(oneAtATime_);
-    if (unsigned int const minutes = BELoginRecord::getAttempt(address.c_str()).lockMinutes) {
+    if (unsigned int const minutes = BELoginRecord::getAttempt(client.c_str()).lockMinutes) {
         return refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);
     }
-    if (records_ && !BELoginRecord::setAttempt(address.c_str())) {
+    if (records_ && !BELoginRecord::setAttempt(client.c_str())) {
         return refuse(503, "attempts cannot be recorded: no login");
     }
     User user;
     if (!findUser(name, user)) {
         return refuse(503, "somebody else is writing here", 1);
     }
-    if (!passwordMatches(user.password, password) || !user.isKnown) {
+    if (!passwordMatches(user.password, password) || !user.isEnabled) {
+        ++failures_[client][user.isKnown ? name : ""];
         Logger::print(LOG_TYPE_WARN, LOG_GROUP_APIV1_GATEWAY, "login from %s refused\n",
                       address.c_str());
         return refuse(401, "wrong user name or password");
     }
+    forgive(client, name);
     std::string const token = sessions_.open(name, user.role);
-    if (token.empty()) {
-        return refuse(503, "too many sessions", 60);
+    return token.empty() ? refuse(503, "too many sessions", 60) : welcome(token, user.role);
+}
+
+// Otherwise whoever has an account could guess at another one for ever, and log in between.
+void Login::forgive(std::string const& client, std::string const& name) {
+    Failures& failures = failures_[client];
+    failures.erase(name);
+    BELoginRecord::eraseAttempt(client.c_str());
+    for (auto const& [user, count] : failures) {
+        for (unsigned int i = 0; i < count; ++i) {
+            BELoginRecord::setAttempt(client.c_str());
+        }
     }
-    BELoginRecord::eraseAttempt(address.c_str());
-    return welcome(token, user.role);
+    if (failures.empty()) {
+        failures_.erase(client);
+    }
 }

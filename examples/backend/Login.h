@@ -2,6 +2,7 @@
 #ifndef BACKEND_LOGIN_H
 #define BACKEND_LOGIN_H
 
+#include <map>
 #include <mutex>
 #include <string>
 
@@ -16,12 +17,18 @@ class Login {
     // unknown user and one who is disabled, alike. 429 with the minutes to wait once an address is
     // locked out, whatever password comes then. Every attempt is recorded before the password is
     // looked at, and one attempt at a time: guessing in parallel gains nothing, and when an attempt
-    // cannot be recorded, nobody gets in (503).
+    // cannot be recorded, nobody gets in (503). A success erases the record of the address, but for
+    // what was guessed at other users. Addresses of IPv6 count by their network of 64 bits.
     Reply attempt(std::string const& address, std::string const& body);
 
   private:
+    typedef std::map<std::string, unsigned int> Failures;  // by user name, "" for all unknown ones
+
+    void forgive(std::string const& client, std::string const& name);
+
     Sessions& sessions_;
-    bool const records_;  // brute-force prevention is on
+    bool const records_;                        // brute-force prevention is on
+    std::map<std::string, Failures> failures_;  // by client, since its record was last erased
     std::mutex oneAtATime_;
 };
 

@@ -89,7 +89,7 @@ class Checker {
         }
         json_object* member = nullptr;
         if (wanted != ANY) {
-            return !json_object_object_get_ex(node, wanted.c_str(), &member) ||
+            return json_object_object_get_ex(node, wanted.c_str(), &member) &&
                    isGood(member, depth + 1);
         }
         size_t const length =

@@ -7,10 +7,14 @@
 #include <string>
 #include <vector>
 
+// Whether a text that a client has sent is UTF-8 without control characters: with one, the same text
+// could mean two things to those who read it by its length and by its end.
+bool isPlainText(std::string const& text);
+
 class Path {
   public:
-    // Nothing for a path with control characters, empty names, too many tokens, or an index that is
-    // not "[n]" in plain decimal digits.
+    // Nothing for a path with empty or long names, too many tokens, or an index that is not "[n]" in
+    // plain decimal digits.
     static std::optional<Path> parse(std::string const& text);
 
     static bool isIndex(std::string const& token) { return token.front() == '['; }

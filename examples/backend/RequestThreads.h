@@ -17,7 +17,7 @@ class RequestThreads : public httplib::TaskQueue {
     RequestThreads(unsigned int threads, std::size_t maxWaiting);
 
     void enqueue(std::function<void()> job) override;  // waits for room
-    void shutdown() override;                          // serves what waits, and ends the threads
+    void shutdown() override;                          // does what waits, and ends the threads
 
   private:
     void serve();

@@ -8,8 +8,11 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <iterator>
+#include <limits>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "Json.h"
 #include "Limits.h"
@@ -23,12 +26,12 @@ typedef std::unique_ptr<TreeMapObject> Node;
 
 // Who may see and do what.
 
+char const* const SECRETS[] = {"password", "passphrase", "presharedKey", "pin", "wpsPin"};
+
 bool isSecret(Place const& place, std::string const& name) {
-    if (name == "password" && place.type == API_GATEWAY) {
-        return true;
-    }
-    return !place.session.isAdministrator() &&
-           (name == "password" || name == "passphrase" || name == "wpsPin");
+    bool const isHash = name == "password" && place.type == API_GATEWAY;
+    return isHash || (!place.session.isAdministrator() &&
+                      std::find(std::begin(SECRETS), std::end(SECRETS), name) != std::end(SECRETS));
 }
 
 bool namesSecret(Place const& place) {
@@ -43,7 +46,7 @@ void removeSecrets(Place const& place, json_object* value) {
             removeSecrets(place, json_object_array_get_idx(value, i));
         }
     } else if (json_object_is_type(value, json_type_object)) {
-        for (char const* name : {"password", "passphrase", "wpsPin"}) {
+        for (char const* const name : SECRETS) {
             if (isSecret(place, name)) {
                 json_object_object_del(value, name);
             }
@@ -126,6 +129,51 @@ Reply reading(Place const& place, std::function<Reply(TreeMapObject&)> const& us
     return reply;
 }
 
+// Gives the session's controller a copy of the shared document. False when there is no memory.
+bool renew(LocalDbTransaction& own, LocalDbTransaction& database) {
+    json_object* copy = nullptr;
+    if (json_object_deep_copy(database->jobj, &copy, nullptr) != 0) {
+        return false;
+    }
+    json_object_put(own->jobj);
+    own->jobj = copy;
+    return true;
+}
+
+// Whether the first array that the path has an index into is the same for the session and for all.
+bool seesTheSame(Place const& place, TreeMapObject& own, TreeMapObject& shared) {
+    Path array;
+    for (std::string const& token : place.path.tokens) {
+        if (Path::isIndex(token)) {
+            std::string const path = array.text();
+            return json_object_equal(JsonData::getJObj(own.jobj, path.c_str()),
+                                     JsonData::getJObj(shared.jobj, path.c_str())) != 0;
+        }
+        array.tokens.push_back(token);
+    }
+    return true;
+}
+
+// An index is no name: what the session sees at it must be what would be changed. If it is not, the
+// session sees from now on what all see.
+std::optional<Reply> refuseStale(Place const& place, LocalDbTransaction& database) {
+    if (!place.session.hasDatabase()) {
+        return std::nullopt;
+    }
+    LocalDbTransaction own(place.type, "", place.session.databaseKey.c_str(), MAX_WAIT_MS);
+    if (!own) {
+        return refuseLock(own.status());
+    }
+    if (seesTheSame(place, *own.object(), *database.object())) {
+        own.keep();
+        return std::nullopt;
+    }
+    if (renew(own, database)) {
+        own.keep();
+    }
+    return refuse(409, "this has been changed in another session: read it again");
+}
+
 // Saves the shared document, and brings it to the controller of the session.
 Reply save(Place const& place, LocalDbTransaction& database, Reply success) {
     Reply failure = refuse(500, "the change could not be saved; nothing is changed");
@@ -133,12 +181,9 @@ Reply save(Place const& place, LocalDbTransaction& database, Reply success) {
         return database.save() == 0 ? success : failure;
     }
     LocalDbTransaction own(place.type, "", place.session.databaseKey.c_str(), MAX_WAIT_MS);
-    json_object* copy = nullptr;
-    if (!own || json_object_deep_copy(database->jobj, &copy, nullptr) != 0) {
+    if (!own || !renew(own, database)) {
         return own ? refuse(503, "out of memory", 1) : refuseLock(own.status());
     }
-    json_object_put(own->jobj);
-    own->jobj = copy;
     if (database.save() != 0) {
         return failure;
     }
@@ -156,6 +201,9 @@ Reply writing(Place const& place,
     LocalDbTransaction database(place.type, "", SHARED, MAX_WAIT_MS);
     if (!database) {
         return refuseLock(database.status());
+    }
+    if (std::optional<Reply> const refusal = refuseStale(place, database)) {
+        return *refusal;
     }
     Path changed = place.path;
     Reply reply = change(*database.object(), changed);
@@ -185,18 +233,55 @@ bool canHold(TreeMapObject const& container, std::string const& token) {
     return !Path::isIndex(token) && json_object_is_type(container.jobj, json_type_object);
 }
 
-// The highest "id" among the elements; nothing when there is none, or one has none.
-std::optional<int> highestId(TreeMapObject& array) {
-    std::optional<int> highest;
+// The "id" of each element; none when one has none.
+std::set<int> idsIn(TreeMapObject& array) {
+    std::set<int> ids;
     for (unsigned int i = 0; i < static_cast<unsigned int>(array.len()); ++i) {
         Node const element(array.at(i));
         int id = 0;
         if (element == nullptr || !element->get_ex("id", id)) {
-            return std::nullopt;
+            return {};
         }
-        highest = std::max(highest.value_or(id), id);
+        ids.insert(id);
     }
-    return highest;
+    return ids;
+}
+
+// Gives a new element an id like those of the others, if they have any. False when its own is taken,
+// or there is none left.
+bool settleId(TreeMapObject& element, std::set<int> const& ids) {
+    int id = 0;
+    if (ids.empty()) {
+        return true;
+    }
+    if (element.get_ex("id", id)) {
+        return !ids.contains(id);
+    }
+    if (*ids.rbegin() == std::numeric_limits<int>::max()) {
+        return false;
+    }
+    element.set("id", *ids.rbegin() + 1);
+    return true;
+}
+
+// Appends the objects that have such a member, with one of the wanted values, in document order. The
+// library's own search logs a line for each plain value in an array: too much at anybody's request.
+void findObjects(json_object* value, char const* key, Json const (&wanted)[2], json_object* found) {
+    if (json_object_is_type(value, json_type_array)) {
+        for (size_t i = 0; i < json_object_array_length(value); ++i) {
+            findObjects(json_object_array_get_idx(value, i), key, wanted, found);
+        }
+    } else if (json_object_is_type(value, json_type_object)) {
+        json_object* const member = json_object_object_get(value, key);
+        if (member != nullptr && (json_object_equal(member, wanted[0].get()) ||
+                                  json_object_equal(member, wanted[1].get()))) {
+            json_object_array_add(found, json_object_get(value));
+        }
+        json_object_object_foreach(value, name, child) {
+            static_cast<void>(name);
+            findObjects(child, key, wanted, found);
+        }
+    }
 }
 
 bool isFull(TreeMapObject& document, Path const& array, int length) {
@@ -222,21 +307,10 @@ Reply findResources(Place const& place, std::string const& key, std::string cons
         return refuse(403, "this is not shown");
     }
     return reading(place, [&](TreeMapObject& node) {
-        std::list<TreeMapObject*> hits;
-        Json const text(json_object_new_string(value.c_str()));
-        Json const primitive = parseJson(value);  // a number or a Boolean as well
-        for (json_object* const wanted : {text.get(), primitive.get()}) {
-            if (wanted != nullptr && json_object_is_type(node.jobj, json_type_array)) {
-                node.findInArray(hits, key.c_str(), wanted, node.jobj);
-            } else if (wanted != nullptr) {
-                node.findInObject(hits, key.c_str(), wanted, node.jobj);
-            }
-        }
+        // a number or a Boolean as well
+        Json const wanted[] = {Json(json_object_new_string(value.c_str())), parseJson(value)};
         Json const found(json_object_new_array());
-        for (TreeMapObject* const hit : hits) {
-            json_object_array_add(found.get(), json_object_get(hit->jobj));
-            delete hit;
-        }
+        findObjects(node.jobj, key.c_str(), wanted, found.get());
         return answer(place, 200, found.get(), nullptr);
     });
 }
@@ -268,7 +342,7 @@ Reply changeResource(Place const& place, std::string const& body) {
             return refuse(500, "the value cannot be stored");
         }
         Node const changed(document.get(path.c_str()));
-        return answer(place, existing != nullptr ? 200 : 201, changed->jobj, message);
+        return answer(place, existing != nullptr ? 200 : 201, changed->jobj, nullptr);
     });
 }
 
@@ -295,16 +369,15 @@ Reply appendResource(Place const& place, std::string const& body) {
             return refuseKind(first->jobj);
         }
         TreeMapObject element(json_object_get(value.get()));
-        std::optional<int> const id = highestId(*array);
-        if (id && json_object_object_get(value.get(), "id") == nullptr) {
-            element.set("id", *id + 1);
+        if (!settleId(element, idsIn(*array))) {
+            return refuse(409, "this id is taken, or there is none left");
         }
         int const index = array->addArrayItem(&element);
         if (index < 0) {
             return refuse(500, "the value cannot be stored");
         }
         changed.tokens.push_back("[" + std::to_string(index) + "]");
-        Reply reply = answer(place, 201, element.jobj, message);
+        Reply reply = answer(place, 201, element.jobj, nullptr);
         reply.location =
             std::string("/api/") + LocalDbCtrl::getApiDir(place.type) + "/" + changed.text();
         return reply;

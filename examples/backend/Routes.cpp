@@ -10,6 +10,7 @@
 
 #include "Json.h"
 #include "Limits.h"
+#include "Path.h"
 #include "Resources.h"
 
 namespace {
@@ -33,7 +34,7 @@ unsigned int typeNamed(std::string const& name) {
 Reply listTypes() {
     Json const types(json_object_new_array());
     for (char const* const folder : API_DATA_DIR) {
-        json_object_array_add(types.get(), json_object_new_string(folder));
+        json_object_array_add(types.get(), json_object_new_string(folder != nullptr ? folder : ""));
     }
     Reply reply;
     reply.body = textOf(types.get());
@@ -54,6 +55,12 @@ Reply logTail(Session const& session) {
     reply.type = "text/plain; charset=utf-8";
     reply.body = start == 0 ? text : text.substr(std::min(text.find('\n'), text.size() - 1) + 1);
     return reply;
+}
+
+bool isPlain(Request const& request) {
+    return request.path.rfind('/', 0) == 0 && isPlainText(request.path) &&
+           std::all_of(request.parameters.begin(), request.parameters.end(),
+                       [](auto const& parameter) { return isPlainText(parameter.second); });
 }
 
 std::string parameter(Request const& request, char const* name) {
@@ -111,6 +118,9 @@ SessionRef Routes::sessionOf(Request const& request) {
 }
 
 Reply Routes::answer(Request const& request) {
+    if (!isPlain(request)) {
+        return refuse(400, "a path begins with a slash, and is plain text");
+    }
     bool const isPost = request.method == "POST";
     if (request.path == "/login" && isPost) {
         return login_.attempt(request.address, request.body);

@@ -1,17 +1,14 @@
-// HTTP around the routes: ports, limits, headers.
+// The ports that the settings name, listened on.
 #ifndef BACKEND_SERVER_H
 #define BACKEND_SERVER_H
 
+#include <openssl/ssl.h>
+
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include "Routes.h"
-
-namespace httplib {
-class Server;
-}
+#include "Listener.h"
 
 class Server {
   public:
@@ -19,18 +16,24 @@ class Server {
     // over IPv6 on those among IPV6_ALLOW_PORTS. On the loopback interface only, or on all. With
     // HTTPS where BEConfig says so.
     Server(Routes& routes, bool onAllInterfaces);
-    ~Server();
 
-    // False, with the reason on standard error, when a port cannot be listened on, or there is none.
+    // True when all of them are served. False, with the reason on standard error, when one cannot be
+    // listened on, or there is none; then nothing is served.
     bool start();
 
   private:
-    bool listen(int port, int family, std::string const& host);
+    struct FreeContext {
+        void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
+    };
+
+    bool loadCertificate();
+    bool bind(int family, std::string const& host, int port);
 
     Routes& routes_;
     bool const onAllInterfaces_;
-    std::vector<std::unique_ptr<httplib::Server>> listeners_;
-    std::vector<std::thread> threads_;
+    std::unique_ptr<SSL_CTX, FreeContext> tls_;
+    std::vector<std::unique_ptr<Listener>> listeners_;
+    std::vector<std::string> addresses_;
 };
 
 #endif

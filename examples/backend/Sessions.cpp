@@ -76,7 +76,10 @@ std::string Sessions::open(std::string const& user, std::string const& role) {
     auto const session = std::make_shared<Session const>(
         user, role, BEConfig::MULTIDB_MODE_ENABLE != 0 ? "session-" + id : "default");
     std::lock_guard<std::mutex> const guard(mutex_);
-    if (entries_.size() >= MAX_SESSIONS) {
+    auto const ofUser = std::count_if(entries_.begin(), entries_.end(), [&](auto const& entry) {
+        return entry.second.session->user == user;
+    });
+    if (entries_.size() >= MAX_SESSIONS || ofUser >= MAX_SESSIONS_OF_ONE) {
         return "";
     }
     entries_[id] = {session, Clock::now()};
