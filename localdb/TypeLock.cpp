@@ -82,10 +82,12 @@ void acquire(DbSlot& slot) {
 
 bool acquireBefore(DbSlot& slot, timespec const& deadline) {
     MutexGuard const guard(handOver);
+    bool inTime = true;
     while (!tryAcquire(slot)) {
-        if (!released.wait(handOver, &deadline)) {
+        if (!inTime) {
             return false;
         }
+        inTime = released.wait(handOver, &deadline);
     }
     return true;
 }
