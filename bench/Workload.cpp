@@ -179,7 +179,7 @@ class OneLineEach : public benchmark::BenchmarkReporter {
         }
     }
     void Finalize() override {
-        fprintf(report_, "%d workloads, %d below their goal\n", count_, missed_);
+        fprintf(report_, "%d workloads, %d miss their goal\n", count_, missed_);
     }
 
   private:

@@ -39,8 +39,8 @@ if(VOBIUTILS_DOCS)
         install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man3
                 RENAME ${name}vobiutils COMPONENT documentation)
     endforeach()
-    install(DIRECTORY ${VOBIUTILS_DOCS}/html examples
+    install(DIRECTORY ${VOBIUTILS_DOCS}/html docs examples
             DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
-    install(FILES README.md CHANGELOG.md
+    install(FILES README.md CHANGELOG.md CONTRIBUTING.md
             DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 endif()

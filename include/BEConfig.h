@@ -24,7 +24,7 @@ class BEConfig {
     /// read, BELoginRecord::init follows, unless its "enable_bruteforce_prevent" is false or a
     /// number other than 1.
     ///
-    /// A file that is missing, unreadable or not JSON (or a null `file`) leaves every default in
+    /// A file that is missing, unreadable, not JSON or `null` (or a null `file`) leaves every default in
     /// force, silently. A file whose top value is not an object ENDS THE PROCESS with exit status
     /// 0, after a line on standard output.
     static void init(char const* file);

@@ -6,7 +6,8 @@
 /// table of that API type. Requests end in "_REQ", responses in "_RESP".
 ///
 /// The texts are static; nobody frees or changes them. The tables are writable, so that a program
-/// may put its own text at an index, at start-up; the library reads them at each use.
+/// may put its own text at an index, at start-up; the library reads them at each use. Their sizes
+/// are part of the binary interface.
 ///
 /// Threads: any thread may read.
 #ifndef VOBIUTILS_COMMLABEL_H

@@ -1,5 +1,5 @@
-// Replacing the content of a file as a whole: at any instant, and after a loss of power at any
-// instant, the file holds the old content or the new one.
+// Replacing the content of a file as a whole. Where its folder allows it, the file holds the old
+// content or the new one at any instant, and after a loss of power at any instant.
 #ifndef VOBIUTILS_JSONDATA_FILEREPLACEMENT_H
 #define VOBIUTILS_JSONDATA_FILEREPLACEMENT_H
 
@@ -8,7 +8,7 @@
 // Whether the new content has to outlive a loss of power from the moment of success on.
 enum class Durability { SYNCED, UNSYNCED };
 
-// Makes `file` hold `text` and nothing else. True when it does; on failure it is as it was, and
+// Makes `file` hold `bytes` and nothing else. True when it does; on failure it is as it was, and
 // nothing is left beside it.
 //
 // The permission bits, the owner (where that is allowed) and symbolic links stay; a new file gets

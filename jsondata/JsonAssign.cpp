@@ -273,6 +273,7 @@ Assignment::Outcome Assignment::appendFailed(unsigned int index) {
     return REFUSED;
 }
 
+// The caller of the library releases it with free.
 char* copyOf(PathToken token) {
     size_t const length = token.text().size();
     char* const copy = static_cast<char*>(malloc(length + 1));

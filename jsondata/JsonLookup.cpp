@@ -107,6 +107,7 @@ Lookup walk(json_object* root, char const* path) {
 }
 
 // Null for an empty token, and without memory.
+// The caller of the library releases it with delete[].
 char const* copyOf(PathToken token) {
     size_t const length = token.text().size();
     if (length == 0) {

@@ -3,6 +3,8 @@
 #include <errno.h>
 #include <stddef.h>
 
+#include "JsonMember.h"
+
 namespace {
 
 // Whether a reader gets as deep as `value` is nested: it opens one container less than its depth
@@ -14,7 +16,7 @@ bool isReadable(json_object* value, int depth = JSON_TOKENER_DEFAULT_DEPTH) {
     if (json_object_is_type(value, json_type_object)) {
         lh_entry* entry = nullptr;
         lh_foreach(json_object_get_object(value), entry) {
-            if (!isReadable(static_cast<json_object*>(lh_entry_v(entry)), depth - 1)) {
+            if (!isReadable(valueOf(entry), depth - 1)) {
                 return false;
             }
         }

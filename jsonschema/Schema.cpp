@@ -23,12 +23,12 @@ int draftOf(json_object* document) {
     return 7;
 }
 
-bool isNumber(json_object* value) {
+bool isFiniteNumber(json_object* value) {
     json_type const type = json_object_get_type(value);
     return type == json_type_int || (type == json_type_double && Number(value).isFinite());
 }
 
-bool isCount(json_object* value) { return isNumber(value) && Number(value).isCount(); }
+bool isCount(json_object* value) { return isFiniteNumber(value) && Number(value).isCount(); }
 
 bool isBoolean(json_object* value) { return json_object_is_type(value, json_type_boolean); }
 bool isText(json_object* value) { return json_object_is_type(value, json_type_string); }
@@ -127,9 +127,9 @@ bool Schema::readKeyword(Keyword const& keyword, json_object* operand, std::stri
         case Form::TEXT: return isText(operand);
         case Form::PATTERN: return isText(operand) && readPattern(operand, textOf(operand));
         case Form::BOOLEAN: return isBoolean(operand);
-        case Form::NUMBER: return isNumber(operand);
-        case Form::NUMBER_OR_BOOLEAN: return isNumber(operand) || isBoolean(operand);
-        case Form::POSITIVE_NUMBER: return isNumber(operand) && Number(operand).isPositive();
+        case Form::NUMBER: return isFiniteNumber(operand);
+        case Form::NUMBER_OR_BOOLEAN: return isFiniteNumber(operand) || isBoolean(operand);
+        case Form::POSITIVE_NUMBER: return isFiniteNumber(operand) && Number(operand).isPositive();
         case Form::COUNT: return isCount(operand);
         case Form::TYPES: return isTypeName(operand) || isArrayOf(operand, isTypeName, budget_);
         case Form::TEXTS: return isArrayOf(operand, isText, budget_);

@@ -3,6 +3,7 @@
 #ifndef VOBIUTILS_LABELS_PACKEDTEXTS_H
 #define VOBIUTILS_LABELS_PACKEDTEXTS_H
 
+#include <limits.h>
 #include <stddef.h>
 
 #include <string_view>
@@ -23,12 +24,17 @@ consteval size_t charsIn(char const* const (&texts)[COUNT]) {
     return chars;
 }
 
+int aTextIsTooLong();
+
 template <auto const&... ARRAYS>
 consteval auto pack() {
     PackedTexts<(sizeof ARRAYS + ...) / sizeof(char const*), (charsIn(ARRAYS) + ...)> packed;
     char* chars = packed.chars;
     unsigned char* size = packed.sizes;
     auto const append = [&](std::string_view text) {
+        if (text.size() >= UCHAR_MAX) {
+            *size = static_cast<unsigned char>(aTextIsTooLong());  // no constant: stops the build
+        }
         chars += text.copy(chars, text.size()) + 1;
         *size++ = static_cast<unsigned char>(text.size() + 1);
     };

@@ -1,3 +1,4 @@
+// The names of the files of the data directory, and validation against the schema files.
 #include <string.h>
 
 #include <thread>

@@ -1,3 +1,4 @@
+// Assignment by path, on bare json-c values.
 #include <stdlib.h>
 #include <string.h>
 

@@ -1,3 +1,4 @@
+// Documents from and to text and files.
 #include <memory>
 
 #include "JsonData.h"

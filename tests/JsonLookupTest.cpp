@@ -1,3 +1,4 @@
+// Look-up by path, on bare json-c values.
 #include "JsonData.h"
 #include "JsonRef.h"
 #include "Support.h"

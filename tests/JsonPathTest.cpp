@@ -1,3 +1,4 @@
+// The path language as text: tokens and index numbers.
 #include "JsonPath.h"
 
 #include <gtest/gtest.h>

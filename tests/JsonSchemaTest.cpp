@@ -1,3 +1,4 @@
+// The validator: numbers, limits and hostile schemas. What the drafts ask is in JsonSchemaSuite.cpp.
 #include <jsonschema.h>
 
 #include <chrono>

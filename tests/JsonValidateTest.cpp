@@ -1,3 +1,4 @@
+// Passes and refusals around the validator.
 #include "BEConfig.h"
 #include "JsonData.h"
 #include "LocalDbCtrl.h"

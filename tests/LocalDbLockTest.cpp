@@ -1,3 +1,4 @@
+// Lock, save and unlock between threads.
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>

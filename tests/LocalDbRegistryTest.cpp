@@ -1,3 +1,4 @@
+// The controllers and their keys.
 #include <atomic>
 #include <thread>
 #include <vector>

@@ -1,3 +1,4 @@
+// Transactions: what they say, hold, keep and discard.
 #include "LocalDbTransaction.h"
 
 #include <atomic>

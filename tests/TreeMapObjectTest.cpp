@@ -1,3 +1,4 @@
+// The handle: ownership, names, and what the golden sessions cannot show.
 #include "TreeMapObject.h"
 
 #include <string.h>

@@ -1,4 +1,4 @@
-// Handles on nodes whose memory may run out where no exception may leave.
+// Making a handle where no exception may leave: memory that runs out is a result.
 #ifndef VOBIUTILS_TREEMAP_NEWHANDLES_H
 #define VOBIUTILS_TREEMAP_NEWHANDLES_H
 

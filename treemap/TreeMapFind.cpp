@@ -2,6 +2,7 @@
 #include <string.h>
 
 #include "JsonData.h"
+#include "JsonMember.h"
 #include "JsonRef.h"
 #include "Log.h"
 #include "NewHandles.h"
@@ -55,7 +56,7 @@ int Search::inObject(json_object* object) {
     bool matched = false;
     lh_entry* entry = nullptr;
     lh_foreach(json_object_get_object(object), entry) {
-        json_object* const member = static_cast<json_object*>(lh_entry_v(entry));
+        json_object* const member = valueOf(entry);
         if (isContainer(member)) {
             count += in(member);
         } else if (!matched && matches(static_cast<char const*>(lh_entry_k(entry)), member)) {

@@ -2,7 +2,6 @@
 #include "TreeMapObject.h"
 
 #include <stdlib.h>
-#include <string.h>
 
 #include "JsonData.h"
 #include "JsonLookup.h"
