@@ -23,6 +23,9 @@
 
 namespace fs = std::filesystem;
 
+// In a build that measures coverage; see scripts/coverage.sh.
+extern "C" [[gnu::weak]] void __gcov_dump();
+
 TempDir::TempDir() : before_(fs::current_path()) {
     char name[] = "/tmp/vobiutils-test-XXXXXX";
     path_ = mkdtemp(name);
@@ -140,6 +143,9 @@ ChildResult inChild(std::function<void()> const& action) {
         if (child == 0) {
             action();
             fflush(stdout);
+            if (__gcov_dump != nullptr) {
+                __gcov_dump();  // _exit would lose the child's counts
+            }
             _exit(0);
         }
         int status = 0;
