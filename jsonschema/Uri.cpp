@@ -91,9 +91,6 @@ UriParts::UriParts(std::string_view uri) : document(uri.substr(0, uri.find('#'))
 json_object* followPointer(json_object* document, std::string_view fragment) {
     json_object* value = document;
     while (!fragment.empty() && value != nullptr) {
-        if (fragment[0] != '/') {
-            return nullptr;
-        }
         size_t const end = fragment.find('/', 1);
         std::string_view const token = fragment.substr(1, end == fragment.npos ? end : end - 1);
         value = childAt(value, decodedToken(token));

@@ -19,8 +19,8 @@ struct UriParts {
     std::string_view fragment;
 };
 
-// The value a JSON pointer names, written as the fragment of a URI ("/definitions/a~1b%25"); null when
-// it leads nowhere.
+// The value a JSON pointer names, written as the fragment of a URI ("/definitions/a~1b%25", empty, or
+// beginning with a slash); null when it leads nowhere.
 json_object* followPointer(json_object* document, std::string_view fragment);
 
 #endif

@@ -90,9 +90,6 @@ bool setLastAttempt(json_object* client, uint64_t time) {
 
 uint64_t lastAttemptOf(json_object* client) {
     char const* const text = textMember(client, "lastAttempt");
-    if (text == nullptr) {
-        return UINT64_MAX;
-    }
     char* end = nullptr;
     uint64_t const time = strtoull(text, &end, 10);
     return end != text ? time : UINT64_MAX;

@@ -36,7 +36,8 @@ int attemptsOf(json_object* client);
 bool setAttempts(json_object* client, int attempts);
 bool hasLastAttempt(json_object* client);
 bool setLastAttempt(json_object* client, uint64_t time);
-// The stored time, in seconds since the epoch; one that is no number counts as the end of time.
+// The stored time, if there is one, in seconds since the epoch; one that is no number counts as the
+// end of time.
 uint64_t lastAttemptOf(json_object* client);
 
 #endif

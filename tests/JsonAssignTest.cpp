@@ -38,6 +38,8 @@ TEST_F(JsonAssignTest, LetsAValueTakeItsOwnPlace) {
         EXPECT_EQ(set(root.get(), path, value), 0) << path;
     }
     EXPECT_EQ(text(root.get()), "{'a':{'b':1},'l':[{'c':2}]}");
+    EXPECT_EQ(set(root.get(), "a", root.get()), 2);  // nor its own member
+    EXPECT_EQ(set(root.get(), "new", root.get()), 2);
     EXPECT_EQ(set(root.get(), "null", nullptr), 0);
     EXPECT_EQ(text(root.get()), "{'a':{'b':1},'l':[{'c':2}],'null':null}");
 }

@@ -24,11 +24,16 @@ TEST_F(JsonDocumentTest, ClonesNoDeeperThanTextIsRead) {
               "DEBUG: cloneObject: clone json object PTR\n"
               "DEBUG: cloneObject: parser json to create new object\n"
               "ERROR: cloneObject: fail to create new object\n");
+    EXPECT_EQ(transcript([] { EXPECT_EQ(JsonData::cloneObject(nullptr), nullptr); }),
+              "ERROR: cloneObject: bad pobj param jobj=NIL\n");
 }
 
 TEST_F(JsonDocumentTest, DumpsWhatALongPathNames) {
     EXPECT_EQ(printedOnError([] { JsonData::dumpObject(nullptr, ""); }),
               "dumpObject: wrong params obj=(nil)\n");
+    EXPECT_EQ(
+        printedOnError([] { printed([] { TreeMapObject().dump(""); }); }).find("dumpObject: wr"),
+        0U);
     std::string const longKey(300, 'k');
     TreeMapObject document("{}");
     printed([&] {
@@ -41,6 +46,8 @@ TEST_F(JsonDocumentTest, DumpsWhatALongPathNames) {
 TEST_F(JsonDocumentTest, FindsNullPointersUnequal) {
     for (json_type type : {json_type_string, json_type_int, json_type_double, json_type_object}) {
         EXPECT_FALSE(JsonData::compareObjVal(nullptr, type, nullptr, type));
+        JsonRef const value(json("'1'"));
+        EXPECT_FALSE(JsonData::compareObjVal(value.get(), type, nullptr, type));
     }
 }
 

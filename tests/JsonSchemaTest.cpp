@@ -36,7 +36,11 @@ bool isValid(std::string const& schema, std::string const& instance) {
 // Most cases stand in golden/schemas.json; these are no JSON.
 TEST(JsonSchema, RefusesWhatIsNoNumber) {
     EXPECT_FALSE(isValid("{'maximum':5}", "NaN"));
+    EXPECT_FALSE(isValid("{'maximum':5.5}", "NaN"));
+    EXPECT_FALSE(isValid("{'const':5}", "NaN"));
+    EXPECT_FALSE(isValid("{'const':NaN}", "5.5"));
     EXPECT_FALSE(isValid("{'multipleOf':1}", "Infinity"));
+    EXPECT_FALSE(isValid("{'type':'integer'}", "Infinity"));
     EXPECT_FALSE(isValid("{'minimum':NaN}", "{}"));
     EXPECT_FALSE(isValid("{'not':{'minimum':NaN}}", "{}"));
     EXPECT_EQ(json_validate_instance(nullptr, nullptr), 0);
@@ -64,6 +68,7 @@ TEST(JsonSchema, BearsHostileInput) {
     }
     auto const number = [](int i) { return std::to_string(i); };
     std::string const numbers = "[" + list(50000, number) + "]";
+    std::string const texts = "[" + list(100000, [](int) { return std::string("'a:'"); }) + "]";
     auto const stamp = [](int i) { return std::to_string(1732317444000000000 + i); };
     auto const unknown = [](int i) { return "'u" + std::to_string(i) + "':1"; };
     std::string optional;
@@ -109,6 +114,10 @@ TEST(JsonSchema, BearsHostileInput) {
         {"pattern given by the instance", "{'format':'regex'}", "'" + letters + "'", false},
         {"bytes that are not UTF-8", "{'not':{'pattern':'b'}}", "'a\xFF'", false},
         {"long reference", "{'$ref':'#/" + letters + "'}", "1", false},
+        {"long identifier", "{'$id':'" + letters + "','items':{'$ref':'#'}}", "1", false},
+        {"many texts matched", "{'items':{'pattern':'a'}}", texts, false},
+        {"many texts of a format", "{'items':{'format':'uri'}}", texts, false},
+        {"too many elements", "{'uniqueItems':true}", "[" + list(260000, number) + "]", false},
         {"many elements", "{'uniqueItems':true}", numbers, true},
         {"large numbers close together", "{'uniqueItems':true}", "[" + list(8000, stamp) + "]",
          true},

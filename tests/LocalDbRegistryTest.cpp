@@ -1,4 +1,8 @@
 // The controllers and their keys.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <atomic>
 #include <thread>
 #include <vector>
@@ -67,6 +71,26 @@ TEST_F(LocalDbRegistryTest, IsSafeFromManyThreads) {
     }
     EXPECT_EQ(made, 20);  // of each shared key exactly one
     EXPECT_EQ(LocalDbCtrl::controllers.size(), 21U);
+}
+
+// While the first call reads, a second one is faster: the first one's controller is dropped.
+TEST_F(LocalDbRegistryTest, RegistersASessionOnce) {
+    char const pipe[] = "data/network/network.ldb";
+    remove(pipe);
+    ASSERT_EQ(mkfifo(pipe, 0600), 0);
+    int first = -1;
+    int second = -1;
+    printed([&] {
+        std::thread slow([&] { first = LocalDbCtrl::cloneNewDB("s1"); });
+        int const fd = open(pipe, O_WRONLY);  // waits for the reader
+        remove(pipe);
+        second = LocalDbCtrl::cloneNewDB("s1");
+        close(fd);
+        slow.join();
+    });
+    EXPECT_EQ(first, 0);
+    EXPECT_EQ(second, 1);
+    EXPECT_EQ(LocalDbCtrl::getDBByKey("s1")->dbObject[API_NETWORK], nullptr);
 }
 
 }  // namespace

@@ -1,11 +1,14 @@
 // Transactions: what they say, hold, keep and discard.
 #include "LocalDbTransaction.h"
 
+#include <sys/stat.h>
+
 #include <atomic>
 #include <chrono>
 #include <stdexcept>
 #include <thread>
 
+#include "BEConfig.h"
 #include "Logger.h"
 #include "Support.h"
 
@@ -98,6 +101,11 @@ TEST_F(LocalDbTransactionTest, SaysWhyAndHoldsNothing) {
     LocalDbCtrl::unlockDbObject(API_WIFI, "default");
     EXPECT_EQ(Transaction(API_WIFI, "", "default").status(), Transaction::UNREADABLE);
     EXPECT_EQ(memory(API_WIFI), "0 free");
+    controller->state[API_QOS] = DB_STATE_ACCESSIBLE;  // and no document
+    EXPECT_EQ(Transaction(API_QOS, "", "default").status(), Transaction::UNREADABLE);
+    EXPECT_EQ(memory(API_QOS), "0 free");
+    BEConfig::DATA_LOCATION.assign(300, 'd');  // no file name has room for it
+    EXPECT_EQ(Transaction(API_QOS, "", "default").status(), Transaction::NO_FILE);
 }
 
 TEST_F(LocalDbTransactionTest, WaitsForABusyType) {
@@ -115,10 +123,29 @@ TEST_F(LocalDbTransactionTest, WaitsForABusyType) {
     EXPECT_EQ(LocalDbTransaction(API_NETWORK, "", "default").status(), LocalDbTransaction::BUSY);
     EXPECT_EQ(LocalDbTransaction(API_NETWORK, "", "default", 10).status(),
               LocalDbTransaction::BUSY);
-    LocalDbTransaction second(API_NETWORK, "", "default", 60000);
+    LocalDbTransaction second(API_NETWORK, "", "default", 60999);
     ASSERT_TRUE(second);
     EXPECT_EQ(second->get<int>("lan.mtu"), 1);
     writer.join();
+}
+
+// The mutex is free then, and the type is not.
+TEST_F(LocalDbTransactionTest, WaitsNoLongerForASaveThatTakesLong) {
+    std::atomic<bool> locked = false;
+    std::thread writer([&] {
+        LocalDbTransaction first(API_NETWORK, "", "default");
+        remove(FILE_OF_LAN);
+        EXPECT_EQ(mkfifo(FILE_OF_LAN, 0600), 0);  // a save waits for its reader
+        locked = true;
+        EXPECT_EQ(first.save(), 0);
+    });
+    while (!locked || isHeld(controller->lock[API_NETWORK])) {
+    }
+    EXPECT_EQ(LocalDbTransaction(API_NETWORK, "", "default", 10).status(),
+              LocalDbTransaction::BUSY);
+    EXPECT_EQ(TempDir::read(FILE_OF_LAN), "{\n  \"lan\":{\n    \"mtu\":1500\n  }\n}");
+    writer.join();
+    EXPECT_EQ(memory(), "0 free");
 }
 
 }  // namespace

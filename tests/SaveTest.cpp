@@ -60,13 +60,15 @@ class SaveTest : public LibraryTest {
 TEST_F(SaveTest, KeepsModeAndOwner) {
     uid_t const other = geteuid() == 0 ? 1234 : geteuid();
     for (mode_t mode : {0600U, 0640U, 0666U, 0444U}) {
+        uid_t const owner = mode == 0640U ? geteuid() : other;
         dir.write("d/f", ONE);
-        ASSERT_EQ(chown("d/f", other, other), 0);
+        ASSERT_EQ(chown("d/f", owner, other), 0);
         chmod("d/f", mode);
         EXPECT_EQ(save("d/f", TWO), 0);
         EXPECT_EQ(TempDir::read("d/f"), TWO);
         EXPECT_EQ(statusOf("d/f").st_mode & 07777, mode);
-        EXPECT_EQ(statusOf("d/f").st_uid, other);
+        EXPECT_EQ(statusOf("d/f").st_uid, owner);
+        EXPECT_EQ(statusOf("d/f").st_gid, other);
         remove("d/f");
     }
     mode_t const before = umask(027);
@@ -131,6 +133,15 @@ TEST_F(SaveTest, TakesTheLongestNames) {
     EXPECT_EQ(save("d/" + std::string(256, 'f'), ONE), 2);
     EXPECT_EQ(save(std::string(5000, 'f'), ONE), 2);
     EXPECT_EQ(entriesOf("d"), 3);
+    std::string roundabout;  // to the same folder
+    while (roundabout.size() < 4080) {
+        roundabout += "./";
+    }
+    fs::create_symlink(std::string(200, 'f'), "d/link");
+    EXPECT_EQ(save(roundabout + "d/f", ONE), 0);
+    EXPECT_EQ(save(roundabout + "d/ffffffffff", ONE), 2);  // no room for the temporary file's name
+    EXPECT_EQ(save(roundabout + "d/link", ONE), 2);        // nor for the target's
+    EXPECT_EQ(entriesOf("d"), 5);
 }
 
 // What is written can be read, for every kind of container and of innermost value.
@@ -237,6 +248,9 @@ TEST_F(SaveTest, GoesRoundWhatHasTheTemporaryName) {
         EXPECT_EQ(entriesOf("d"), stays ? before : 1) << command;
         ASSERT_EQ(system("rm -r d/.f.* 2>/dev/null; rm -f d/.f.*"), 0);
     }
+    ASSERT_EQ(system("for i in '' 1 2 3 4 5 6 7 8 9; do mkdir d/.f.saving$i; done"), 0);
+    EXPECT_EQ(save("d/f", TWO), 2);  // none of the names is free
+    EXPECT_EQ(TempDir::read("d/f"), ONE);
 }
 
 // Two versions of a document, saved in turn, until the process is killed.

@@ -7,15 +7,11 @@ namespace {
 // There is room for any number. Most have one digit or two, and the table of pairs behind
 // std::to_chars would be larger than all else here.
 template <size_t SIZE>
-void writeName(char (&text)[SIZE], int index) {
-    static_assert(SIZE >= sizeof "[-2147483648]");
+void writeName(char (&text)[SIZE], unsigned int index) {
+    static_assert(SIZE >= sizeof "[4294967295]");
     char* end = text;
     *end++ = '[';
-    unsigned int rest = static_cast<unsigned int>(index);
-    if (index < 0) {
-        *end++ = '-';
-        rest = 0U - rest;
-    }
+    unsigned int rest = index;
     for (unsigned int longer = rest; longer >= 10U; longer /= 10U) {
         ++end;
     }
@@ -34,11 +30,9 @@ void setKeyName(TreeMapObject& handle, std::string_view name) {
     memset(handle.key_obj + length, 0, sizeof handle.key_obj - length);
 }
 
-ElementName::ElementName(int index) { writeName(text, index); }
+ElementName::ElementName(unsigned int index) { writeName(text, index); }
 
-void setElementName(TreeMapObject& handle, size_t index) {
-    writeName(handle.key_obj, static_cast<int>(index));
-}
+void setElementName(TreeMapObject& handle, unsigned int index) { writeName(handle.key_obj, index); }
 
 KeyName::KeyName(TreeMapObject const& handle) {
     memcpy(text, handle.key_obj, sizeof handle.key_obj);

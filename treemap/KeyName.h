@@ -13,10 +13,10 @@ void setKeyName(TreeMapObject& handle, std::string_view name);
 
 // "[n]", the name of an array element and the path to it from the array.
 struct ElementName {
-    explicit ElementName(int index);
+    explicit ElementName(unsigned int index);
     char text[16];
 };
-void setElementName(TreeMapObject& handle, size_t index);
+void setElementName(TreeMapObject& handle, unsigned int index);
 
 // The name in a handle, terminated.
 struct KeyName {

@@ -27,7 +27,8 @@ int addNode(TreeMapObject& array, int length, json_object* node, ValueWords cons
         UTIL_ERROR("TreeMapObject::setting NULL for string, ignore\n");
         return -1;
     }
-    if (node == nullptr || !assign(array.jobj, ElementName(length).text, node)) {
+    if (node == nullptr ||
+        !assign(array.jobj, ElementName(static_cast<unsigned int>(length)).text, node)) {
         UTIL_ERROR("TreeMapObject::set: fail to add %s value to the array\n", words.addedAs);
         return -1;
     }
@@ -84,7 +85,7 @@ int TreeMapObject::setArrayItem(unsigned int index, TreeMapObject* item) {
     node.release();
     unsigned int const end = static_cast<unsigned int>(length);
     int const position = static_cast<int>(index < end ? index : end);
-    setElementName(*item, static_cast<size_t>(position));
+    setElementName(*item, static_cast<unsigned int>(position));
     return position;
 }
 

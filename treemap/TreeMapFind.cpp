@@ -19,7 +19,7 @@ class Search {
     Search(Hits& hits, char const* key, json_object* value)
         : hits_(hits), key_(key), value_(value), type_(json_object_get_type(value)) {}
 
-    // The number of hits in an object or array and everything below; 0 for any other value.
+    // The number of hits in an object or array and everything below.
     int in(json_object* container);
 
     bool isComplete() const { return complete_; }  // false when memory ran out
@@ -43,11 +43,8 @@ bool isContainer(json_object* value) {
 }
 
 int Search::in(json_object* container) {
-    switch (json_object_get_type(container)) {
-        case json_type_object: return inObject(container);
-        case json_type_array: return inArray(container);
-        default: return 0;
-    }
+    return json_object_is_type(container, json_type_object) ? inObject(container)
+                                                            : inArray(container);
 }
 
 // An object is a hit once at most; members that are containers are searched, never compared.

@@ -2,12 +2,16 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <json-c/json.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <sys/uio.h>
 
 #include <atomic>
 #include <new>
+#include <type_traits>
 
 namespace {
 
@@ -24,6 +28,16 @@ bool fails(faults::Call call) {
     return true;
 }
 
+// What a call says that has failed.
+template <typename Result>
+Result failure() {
+    if constexpr (std::is_pointer_v<Result>) {
+        return nullptr;
+    } else {
+        return -1;
+    }
+}
+
 }  // namespace
 
 void faults::arm(Call call, int n, int error) {
@@ -37,16 +51,17 @@ bool faults::disarm() { return countdown.exchange(0) < 0; }
 #pragma GCC visibility push(default)  // a sanitizer looks for some of the names
 
 // NAME fails as CALL; otherwise it is what it was.
-#define WRAP(CALL, RESULT, NAME, PARAMETERS, ...)                               \
-    extern "C" RESULT __real_##NAME PARAMETERS;                                 \
-    extern "C" RESULT __wrap_##NAME PARAMETERS;                                 \
-    RESULT __wrap_##NAME PARAMETERS {                                           \
-        return fails(faults::CALL) ? (RESULT)(-1) : __real_##NAME(__VA_ARGS__); \
+#define WRAP(CALL, RESULT, NAME, PARAMETERS, ...)                                    \
+    extern "C" RESULT __real_##NAME PARAMETERS;                                      \
+    extern "C" RESULT __wrap_##NAME PARAMETERS;                                      \
+    RESULT __wrap_##NAME PARAMETERS {                                                \
+        return fails(faults::CALL) ? failure<RESULT>() : __real_##NAME(__VA_ARGS__); \
     }
 
-#pragma GCC diagnostic ignored "-Wold-style-cast"
 WRAP(OPEN, int, open, (char const* name, int flags, mode_t mode), name, flags, mode)
 WRAP(OPEN, int, open64, (char const* name, int flags, mode_t mode), name, flags, mode)
+WRAP(OPEN, FILE*, fopen, (char const* name, char const* mode), name, mode)
+WRAP(OPEN, FILE*, fopen64, (char const* name, char const* mode), name, mode)
 WRAP(READ, ssize_t, read, (int fd, void* bytes, size_t size), fd, bytes, size)
 WRAP(SYNC, int, fsync, (int fd), fd)
 WRAP(RENAME, int, rename, (char const* from, char const* to), from, to)
@@ -61,6 +76,29 @@ WRAP(MODE, int, fchmod, (int fd, mode_t mode), fd, mode)
 WRAP(DUPLICATE, int, fcntl, (int fd, int command, int from), fd, command, from)
 WRAP(DUPLICATE, int, fcntl64, (int fd, int command, int from), fd, command, from)
 WRAP(LINK, ssize_t, readlink, (char const* name, char* to, size_t size), name, to, size)
+
+// json-c without memory
+WRAP(JSON, json_object*, json_object_new_object, ())
+WRAP(JSON, json_object*, json_object_new_array, ())
+WRAP(JSON, json_object*, json_object_new_boolean, (json_bool value), value)
+WRAP(JSON, json_object*, json_object_new_int, (int32_t value), value)
+WRAP(JSON, json_object*, json_object_new_double, (double value), value)
+WRAP(JSON, json_object*, json_object_new_string, (char const* text), text)
+WRAP(JSON, int, json_object_object_add, (json_object * object, char const* key, json_object* value),
+     object, key, value)
+WRAP(JSON, int, json_object_object_add_ex,
+     (json_object * object, char const* key, json_object* value, unsigned int options), object, key,
+     value, options)
+WRAP(JSON, int, json_object_array_add, (json_object * array, json_object* value), array, value)
+WRAP(JSON, int, json_object_array_put_idx, (json_object * array, size_t index, json_object* value),
+     array, index, value)
+WRAP(JSON, int, json_object_deep_copy,
+     (json_object * from, json_object** to, json_c_shallow_copy_fn* copy), from, to, copy)
+WRAP(JSON, char const*, json_object_to_json_string, (json_object * value), value)
+WRAP(JSON, char const*, json_object_to_json_string_length,
+     (json_object * value, int flags, size_t* length), value, flags, length)
+WRAP(JSON, json_object*, json_tokener_parse, (char const* text), text)
+WRAP(JSON, json_tokener*, json_tokener_new, ())
 
 // The file is closed all the same.
 extern "C" int __real_close(int fd);
@@ -78,6 +116,16 @@ extern "C" ssize_t __wrap_write(int fd, void const* bytes, size_t size);
 ssize_t __wrap_write(int fd, void const* bytes, size_t size) {
     return fails(faults::WRITE) ? -1
                                 : __real_write(fd, bytes, fails(faults::SHORT_WRITE) ? 1 : size);
+}
+
+extern "C" ssize_t __real_writev(int fd, iovec const* parts, int count);
+extern "C" ssize_t __wrap_writev(int fd, iovec const* parts, int count);
+ssize_t __wrap_writev(int fd, iovec const* parts, int count) {
+    if (fails(faults::WRITE)) {
+        return -1;
+    }
+    return fails(faults::SHORT_WRITE) ? __real_write(fd, parts->iov_base, 1)
+                                      : __real_writev(fd, parts, count);
 }
 
 extern "C" void* __real_malloc(size_t size);

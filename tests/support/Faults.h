@@ -1,5 +1,6 @@
 // Faults on purpose: makes one of the calls that the library makes to the system fail. Programs that
-// use it are linked with the calls wrapped (see tests/CMakeLists.txt); json-c's own calls are not.
+// use it are linked with the calls wrapped (see tests/CMakeLists.txt), those to json-c among them;
+// json-c's own calls are not.
 #ifndef VOBIUTILS_TESTS_FAULTS_H
 #define VOBIUTILS_TESTS_FAULTS_H
 
@@ -19,7 +20,8 @@ enum Call {
     MODE,
     DUPLICATE,
     LINK,
-    ALLOCATION
+    ALLOCATION,
+    JSON  // a call to json-c, for lack of memory
 };
 
 // From now on, in all threads, the n-th (from 1) call of that kind fails with `error`; a
