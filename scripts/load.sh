@@ -14,7 +14,7 @@ cmake -S . -B "$build" -DVOBIUTILS_BUILD_TESTS=OFF -DCMAKE_BUILD_TYPE=Release >/
 cmake --build "$build" --parallel "$(nproc)" >/dev/null
 
 . scripts/backend-functions.sh
-port=$((20000 + $$ % 20000))
+port=$((10000 + $$ % 20000))
 copy=$build/load
 load=$build/examples/backend/backend_load
 journal=$build/journal.json

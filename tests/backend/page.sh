@@ -6,7 +6,7 @@ for tool in chromium chromedriver curl jq; do
     command -v $tool >/dev/null || { echo "skipped: there is no $tool"; exit 77; }
 done
 work=$(mktemp -d)
-port=$((20000 + $$ % 20000))
+port=$((10000 + $$ % 20000))
 driver=http://127.0.0.1:$((port + 1))
 . scripts/backend-functions.sh
 prepare_gateway "$work/gateway" $port

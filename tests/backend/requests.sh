@@ -4,7 +4,7 @@
 set -eu
 command -v curl >/dev/null || { echo "skipped: there is no curl"; exit 77; }
 work=$(mktemp -d)
-port=$((20000 + $$ % 20000))
+port=$((10000 + $$ % 20000))
 url=http://127.0.0.1:$port
 failures=0
 . scripts/backend-functions.sh
