@@ -100,14 +100,15 @@ Lookup walk(json_object* root, char const* path) {
     if (result.outcome == Lookup::STRAYED) {
         trace.strayed();
     }
-    // said for every walk, whatever it found
-    UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(result.parent),
-              TOKEN_ARGS(result.last));
+    // said for every walk, whatever it found: a flag test in a build for size, too
+    if (logging::enabled(LOG_TYPE_INFO, LOG_GROUP_UTIL)) {
+        UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(result.parent),
+                  TOKEN_ARGS(result.last));
+    }
     return result;
 }
 
-// Null for an empty token, and without memory.
-// The caller of the library releases it with delete[].
+// Null for an empty token, and without memory. The caller of the library releases it with delete[].
 char const* copyOf(PathToken token) {
     size_t const length = token.text().size();
     if (length == 0) {

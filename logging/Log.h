@@ -1,8 +1,8 @@
 // The library's own way to the log: one short word per level, group UTIL fixed.
 //
 // A line that is switched off costs a flag test: its arguments are not evaluated, so they must have
-// no side effects. In a build for size it costs the call of Logger::print, which makes the same test:
-// the lines are many.
+// no side effects. In a build for size most cost the call of Logger::print, which makes the same test, as
+// they are many; those of each step along a path do not.
 #ifndef VOBIUTILS_LOGGING_LOG_H
 #define VOBIUTILS_LOGGING_LOG_H
 

@@ -251,6 +251,14 @@ check <<'END'
 END
 stop_backend
 
+# A port that is taken ends the start, also behind one that is free.
+begin enable_multidb_mode 0
+prepare_gateway "$work/second" "$((port + 1)),$port"
+status=0
+(cd "$work/second" && timeout 20 "$program" >/dev/null 2>&1) || status=$?
+expect "a port that is taken" 1 "$status"
+stop_backend
+
 # A type that is busy, here being read from a pipe, is asked for again.
 begin enable_multidb_mode 0
 rm "$work/gateway/data/misc/misc.ldb"
