@@ -2,8 +2,6 @@
 //
 // Each step says what it does, does it, and says so when it fails; the walk knows only outcomes.
 #include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
 
 #include "JsonAssign.h"
 #include "JsonData.h"
@@ -43,7 +41,7 @@ class Assignment {
     Outcome setMember(PathToken key);
     bool replaceMember(lh_entry* member);
     Outcome enterMember(PathToken key);
-    Outcome createMember(PathToken key);
+    Outcome createMember(PathToken key, unsigned long hash);
 
     Outcome takeIndex(PathCursor const& at);
     bool becomeArray();
@@ -119,9 +117,9 @@ Assignment::Outcome Assignment::setMember(PathToken key) {
     UTIL_DEBUG_IF(debug_, "%s: set jval to current object jcrr=%p jval=%p %.*s.%.*s\n", SET_JOBJ,
                   static_cast<void*>(container_), static_cast<void*>(reference_.get()),
                   TOKEN_ARGS(previous_), TOKEN_ARGS(key));
-    lh_entry* const member = findMember(container_, key);
-    if (member != nullptr ? !replaceMember(member)
-                          : !addMember(container_, key, reference_.get())) {
+    MemberPlace const place = findMember(container_, key);
+    if (place.entry != nullptr ? !replaceMember(place.entry)
+                               : !addMember(container_, key, place.hash, reference_.get())) {
         UTIL_ERROR("%s: fail to add jval '%.*s' to jcrr=%p jprt=%p\n", SET_JOBJ, TOKEN_ARGS(key),
                    static_cast<void*>(container_), static_cast<void*>(parent_));
         return REFUSED;
@@ -141,22 +139,22 @@ bool Assignment::replaceMember(lh_entry* member) {
 
 // intended: an existing member is entered whatever its type; the next step finds out.
 Assignment::Outcome Assignment::enterMember(PathToken key) {
-    lh_entry const* const member = findMember(container_, key);
-    isNew_ = member == nullptr;
+    MemberPlace const place = findMember(container_, key);
+    isNew_ = place.entry == nullptr;
     UTIL_DEBUG_IF(debug_, "%s: get child object at '%.*s.%.*s' isNew=%s\n", SET_JOBJ,
                   TOKEN_ARGS(previous_), TOKEN_ARGS(key), word(isNew_));
     if (isNew_) {
-        return createMember(key);
+        return createMember(key, place.hash);
     }
-    enter(valueOf(member));
+    enter(valueOf(place.entry));
     return CONTINUE;
 }
 
-Assignment::Outcome Assignment::createMember(PathToken key) {
+Assignment::Outcome Assignment::createMember(PathToken key, unsigned long hash) {
     UTIL_DEBUG_IF(debug_, "%s: create new empty jchl to current object %.*s.%.*s\n", SET_JOBJ,
                   TOKEN_ARGS(previous_), TOKEN_ARGS(key));
     JsonRef child(json_object_new_object());
-    if (!child || !addMember(container_, key, child.get())) {
+    if (!child || !addMember(container_, key, hash, child.get())) {
         UTIL_ERROR("%s: fail to add new object '%.*s'\n", SET_JOBJ, TOKEN_ARGS(key));
         return REFUSED;
     }
@@ -166,11 +164,11 @@ Assignment::Outcome Assignment::createMember(PathToken key) {
 
 Assignment::Outcome Assignment::takeIndex(PathCursor const& at) {
     PathToken const token = at.token();
-    if (!token.hasIndexNumber()) {
+    unsigned int index = 0;
+    if (!readIndex(token, index)) {
         UTIL_ERROR("%s: wrong array format %.*s\n", SET_JOBJ, TOKEN_ARGS(token));
         return REFUSED;
     }
-    unsigned int const index = indexOf(token);
     if (!becomeArray()) {
         return REFUSED;
     }
@@ -273,17 +271,6 @@ Assignment::Outcome Assignment::appendFailed(unsigned int index) {
     return REFUSED;
 }
 
-// The caller of the library releases it with free.
-char* copyOf(PathToken token) {
-    size_t const length = token.text().size();
-    char* const copy = static_cast<char*>(malloc(length + 1));
-    if (copy != nullptr) {
-        memcpy(copy, token.start(), length);
-        copy[length] = '\0';
-    }
-    return copy;
-}
-
 bool isAcceptable(json_object* root, char const* path) {
     if (root == nullptr || path == nullptr || *path == '\0') {
         UTIL_ERROR("%s: wrong params jobj=%p path=%p\n", SET_JOBJ, static_cast<void*>(root),
@@ -316,6 +303,6 @@ int JsonData::setJObj(json_object* jobj, char const* path, json_object* jval, js
         return FAILED;
     }
     parent = assignment.container();
-    key = copyOf(assignment.lastToken());
+    key = duplicate(assignment.lastToken());  // the caller releases it with free
     return STORED;
 }

@@ -37,7 +37,7 @@ class Trace {
 
 // The steps: false when the token leads nowhere. A member can be found and be null: JSON null.
 bool toMember(json_object* container, PathCursor const& at, Trace trace, json_object*& value) {
-    lh_entry const* const member = findMember(container, at.token());
+    lh_entry const* const member = findMember(container, at.token()).entry;
     if (member == nullptr) {
         return false;
     }
@@ -47,11 +47,12 @@ bool toMember(json_object* container, PathCursor const& at, Trace trace, json_ob
 }
 
 bool toElement(json_object* container, PathToken token, json_object*& value) {
-    if (!token.hasIndexNumber()) {
-        UTIL_ERROR("Wrong array index %.*s - size:%d\n", TOKEN_ARGS(token), token.width());
+    unsigned int index = 0;
+    if (!readIndex(token, index)) {
+        UTIL_ERROR("Wrong array index %.*s - size:%d\n", TOKEN_ARGS(token),
+                   static_cast<int>(token.text().size()));
         return false;
     }
-    unsigned int const index = indexOf(token);
     array_list const* const elements = json_object_get_array(container);  // null unless an array
     if (elements == nullptr) {
         UTIL_ERROR("Object is not array '%s'!\n",
@@ -81,31 +82,28 @@ bool take(json_object* container, PathCursor const& at, Trace trace, json_object
 // The path is not empty.
 Lookup walk(json_object* root, char const* path) {
     Trace const trace(path);
-    Lookup result;
-    result.parent = root;
+    json_object* parent = root;
     json_object* container = root;
     json_object* value = nullptr;
     PathCursor at(path);
     while (take(container, at, trace, value)) {
-        result.parent = container;
+        parent = container;
         if (at.isLast()) {
             break;
         }
         container = value;
         at.advance();
     }
-    result.outcome = at.isLast() ? Lookup::ENDED : Lookup::STRAYED;
-    result.value = value;
-    result.last = at.token();
-    if (result.outcome == Lookup::STRAYED) {
+    bool const ended = at.isLast();
+    if (!ended) {
         trace.strayed();
     }
     // said for every walk, whatever it found: a flag test in a build for size, too
     if (logging::enabled(LOG_TYPE_INFO, LOG_GROUP_UTIL)) {
-        UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(result.parent),
-                  TOKEN_ARGS(result.last));
+        UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(parent),
+                  TOKEN_ARGS(at.token()));
     }
-    return result;
+    return {ended ? Lookup::ENDED : Lookup::STRAYED, value, parent, at.token()};
 }
 
 // Null for an empty token, and without memory. The caller of the library releases it with delete[].

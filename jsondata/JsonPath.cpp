@@ -2,6 +2,8 @@
 
 #include <stdint.h>
 #include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
 
 namespace {
 
@@ -70,4 +72,23 @@ unsigned int BE_StrTo(std::string_view text) {
         return UINT32_MAX;
     }
     return negative ? 0U - digits.value : digits.value;
+}
+
+bool readIndexText(PathToken token, unsigned int& index) {
+    std::string_view const text = token.text();
+    if (text.size() < 3) {
+        return false;
+    }
+    index = BE_StrTo(text.substr(1, text.size() - 2));
+    return true;
+}
+
+char* duplicate(PathToken token) {
+    std::string_view const text = token.text();
+    char* const copy = static_cast<char*>(malloc(text.size() + 1));
+    if (copy != nullptr) {
+        memcpy(copy, text.data(), text.size());
+        copy[text.size()] = '\0';
+    }
+    return copy;
 }

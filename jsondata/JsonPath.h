@@ -3,44 +3,51 @@
 #ifndef VOBIUTILS_JSONDATA_JSONPATH_H
 #define VOBIUTILS_JSONDATA_JSONPATH_H
 
-#include <limits.h>
 #include <stddef.h>
 #include <string.h>
 
 #include <string_view>
 
-// One step of a path: a piece of a terminated text, used in place.
+// One step of a path: a piece of a terminated text, used in place. The last token ends where the text
+// does, and is measured only when somebody asks.
 class PathToken {
   public:
     PathToken() = default;
-    PathToken(char const* start, char const* end) : start_(start), end_(end) {}
-    explicit PathToken(std::string_view text)
-        : start_(text.data()), end_(text.data() + text.size()) {}
 
-    std::string_view text() const { return {start_, static_cast<size_t>(end_ - start_)}; }
+    // What is there up to the dot, or all when that is null.
+    explicit PathToken(char const* start, char const* dot = nullptr)
+        : start_(start), length_(dot != nullptr ? dot - start : TO_THE_END) {}
 
     char const* start() const { return start_; }
-    char const* end() const { return end_; }
 
     // The text ends where the token does, which can then be used as it stands.
-    bool isTerminated() const { return *end_ == '\0'; }
+    bool isTerminated() const { return length_ == TO_THE_END; }
 
-    bool isIndex() const { return *start_ == '['; }
+    // Of a token that is not terminated: it ends at a dot.
+    char const* dot() const { return start_ + length_; }
 
-    // An index token must have something between its first and its last character.
-    bool hasIndexNumber() const { return end_ - start_ >= 3; }
-
-    // The text between them; the last character need not be "]".
-    std::string_view indexNumberText() const { return text().substr(1, text().size() - 2); }
-
-    // With start(), the two arguments of "%.*s"; see TOKEN_ARGS.
-    int width() const {
-        return end_ - start_ < INT_MAX ? static_cast<int>(end_ - start_) : INT_MAX;
+    std::string_view text() const {
+        return isTerminated() ? std::string_view(start_)
+                              : std::string_view(start_, static_cast<size_t>(length_));
     }
 
+    // For a place in the token, or behind its last character.
+    bool endsAt(char const* place) const {
+        return isTerminated() ? *place == '\0' : place == dot();
+    }
+
+    bool isEmpty() const { return endsAt(start_); }
+    bool isIndex() const { return *start_ == '['; }
+
+    // With start(), the two arguments of "%.*s", which prints all when the width is negative; see
+    // TOKEN_ARGS.
+    int width() const { return static_cast<int>(length_); }
+
   private:
+    static ptrdiff_t const TO_THE_END = -1;
+
     char const* start_ = "";
-    char const* end_ = start_;
+    ptrdiff_t length_ = TO_THE_END;
 };
 
 // A token as the arguments of "%.*s" in a log line.
@@ -54,26 +61,22 @@ class PathToken {
 //   }
 class PathCursor {
   public:
-    explicit PathCursor(char const* path) : end_(path + strlen(path)), token_(tokenAt(path)) {}
+    explicit PathCursor(char const* path) : token_(tokenAt(path)) {}
 
     PathToken token() const { return token_; }
     int index() const { return index_; }
 
     // A dot at the very end adds no token.
-    bool isLast() const { return token_.isTerminated() || *(token_.end() + 1) == '\0'; }
+    bool isLast() const { return token_.isTerminated() || token_.dot()[1] == '\0'; }
 
     void advance() {
         ++index_;
-        token_ = tokenAt(token_.end() + 1);
+        token_ = tokenAt(token_.dot() + 1);
     }
 
   private:
-    PathToken tokenAt(char const* text) const {
-        void const* const dot = memchr(text, '.', static_cast<size_t>(end_ - text));
-        return {text, dot != nullptr ? static_cast<char const*>(dot) : end_};
-    }
+    static PathToken tokenAt(char const* text) { return PathToken(text, strchr(text, '.')); }
 
-    char const* end_;
     PathToken token_;
     int index_ = 0;
 };
@@ -83,21 +86,24 @@ class PathCursor {
 // all gives 0. Text left over is reported on standard output.
 unsigned int BE_StrTo(std::string_view text);
 
-// The number of an index token. Nearly every one is a few digits, which need no call.
-inline unsigned int indexOf(PathToken token) {
-    std::string_view const text = token.indexNumberText();
-    unsigned int number = 0;
-    if (text.size() > 9) {  // it may be too large
-        return BE_StrTo(text);
+// The number of an index token, between its first and its last character, which need not be "]".
+// False when there is nothing between them.
+bool readIndexText(PathToken token, unsigned int& index);
+
+// The same: nearly every index is a few digits, which need no call.
+inline bool readIndex(PathToken token, unsigned int& index) {
+    ptrdiff_t const maxDigits = 9;  // more may be too large
+    char const* const start = token.start() + 1;
+    char const* at = start;
+    index = 0;
+    for (; *at >= '0' && *at <= '9'; ++at) {
+        index = index * 10 + static_cast<unsigned int>(*at - '0');
     }
-    for (char const c : text) {
-        unsigned int const digit = static_cast<unsigned int>(c) - '0';
-        if (digit > 9) {
-            return BE_StrTo(text);
-        }
-        number = number * 10 + digit;
-    }
-    return number;
+    return (*at == ']' && at != start && at - start <= maxDigits && token.endsAt(at + 1)) ||
+           readIndexText(token, index);
 }
+
+// The token as a text of its own, for free(); null without memory.
+char* duplicate(PathToken token);
 
 #endif
