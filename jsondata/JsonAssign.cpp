@@ -164,11 +164,12 @@ Assignment::Outcome Assignment::createMember(PathToken key, unsigned long hash) 
 
 Assignment::Outcome Assignment::takeIndex(PathCursor const& at) {
     PathToken const token = at.token();
-    unsigned int index = 0;
-    if (!readIndex(token, index)) {
+    int64_t const number = indexOf(token);
+    if (number < 0) {
         UTIL_ERROR("%s: wrong array format %.*s\n", SET_JOBJ, TOKEN_ARGS(token));
         return REFUSED;
     }
+    unsigned int const index = static_cast<unsigned int>(number);
     if (!becomeArray()) {
         return REFUSED;
     }

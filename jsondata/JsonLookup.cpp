@@ -47,12 +47,13 @@ bool toMember(json_object* container, PathCursor const& at, Trace trace, json_ob
 }
 
 bool toElement(json_object* container, PathToken token, json_object*& value) {
-    unsigned int index = 0;
-    if (!readIndex(token, index)) {
+    int64_t const number = indexOf(token);
+    if (number < 0) {
         UTIL_ERROR("Wrong array index %.*s - size:%d\n", TOKEN_ARGS(token),
                    static_cast<int>(token.text().size()));
         return false;
     }
+    unsigned int const index = static_cast<unsigned int>(number);
     array_list const* const elements = json_object_get_array(container);  // null unless an array
     if (elements == nullptr) {
         UTIL_ERROR("Object is not array '%s'!\n",

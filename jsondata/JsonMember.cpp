@@ -46,8 +46,10 @@ bool addMember(json_object* container, PathToken name, unsigned long hash, json_
     if (key == nullptr) {
         return false;
     }
-    if (lh_table_insert_w_hash(members, key, value, hash != 0 ? hash : lh_get_hash(members, key),
-                               0) != 0) {
+    if (hash == 0) {  // rather of the old text: hashing has to wait for a new one
+        hash = lh_get_hash(members, name.isTerminated() ? name.start() : key);
+    }
+    if (lh_table_insert_w_hash(members, key, value, hash, 0) != 0) {
         free(key);
         return false;
     }

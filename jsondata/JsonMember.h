@@ -35,7 +35,7 @@ MemberPlace findByHashOfCopy(lh_table* members, std::string_view name);
 // worth a heap block either.
 inline bool isScanned(lh_table const* members, PathToken name) {
     if (name.isTerminated()) {
-        return members->count <= 4;
+        return members->count <= 6;
     }
     return members->count <= 10 || name.text().size() > NAME_ON_STACK;
 }

@@ -74,13 +74,9 @@ unsigned int BE_StrTo(std::string_view text) {
     return negative ? 0U - digits.value : digits.value;
 }
 
-bool readIndexText(PathToken token, unsigned int& index) {
+int64_t indexFromText(PathToken token) {
     std::string_view const text = token.text();
-    if (text.size() < 3) {
-        return false;
-    }
-    index = BE_StrTo(text.substr(1, text.size() - 2));
-    return true;
+    return text.size() < 3 ? -1 : int64_t{BE_StrTo(text.substr(1, text.size() - 2))};
 }
 
 char* duplicate(PathToken token) {

@@ -4,6 +4,7 @@
 #define VOBIUTILS_JSONDATA_JSONPATH_H
 
 #include <stddef.h>
+#include <stdint.h>
 #include <string.h>
 
 #include <string_view>
@@ -86,21 +87,22 @@ class PathCursor {
 // all gives 0. Text left over is reported on standard output.
 unsigned int BE_StrTo(std::string_view text);
 
-// The number of an index token, between its first and its last character, which need not be "]".
-// False when there is nothing between them.
-bool readIndexText(PathToken token, unsigned int& index);
+// The number of an index token, between its first and its last character, which need not be "]"; -1
+// when there is nothing between them.
+int64_t indexFromText(PathToken token);
 
 // The same: nearly every index is a few digits, which need no call.
-inline bool readIndex(PathToken token, unsigned int& index) {
+inline int64_t indexOf(PathToken token) {
     ptrdiff_t const maxDigits = 9;  // more may be too large
     char const* const start = token.start() + 1;
     char const* at = start;
-    index = 0;
+    unsigned int index = 0;
     for (; *at >= '0' && *at <= '9'; ++at) {
         index = index * 10 + static_cast<unsigned int>(*at - '0');
     }
-    return (*at == ']' && at != start && at - start <= maxDigits && token.endsAt(at + 1)) ||
-           readIndexText(token, index);
+    bool const isPlain =
+        *at == ']' && at != start && at - start <= maxDigits && token.endsAt(at + 1);
+    return isPlain ? index : indexFromText(token);
 }
 
 // The token as a text of its own, for free(); null without memory.
