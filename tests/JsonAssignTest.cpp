@@ -44,4 +44,17 @@ TEST_F(JsonAssignTest, LetsAValueTakeItsOwnPlace) {
     EXPECT_EQ(text(root.get()), "{'a':{'b':1},'l':[{'c':2}],'null':null}");
 }
 
+TEST_F(JsonAssignTest, AddsMembersThatJsonCFinds) {
+    JsonRef const root(json("{}"));
+    for (int count = 0; count < 40; ++count) {
+        std::string const name = "member" + std::to_string(count);
+        JsonRef const value(json_object_new_int(count));
+        ASSERT_EQ(set(root.get(), count % 2 != 0 ? name : name + ".v", value.get()), 0);
+        for (int i = 0; i <= count; ++i) {
+            EXPECT_TRUE(json_object_object_get_ex(root.get(),
+                                                  ("member" + std::to_string(i)).c_str(), nullptr));
+        }
+    }
+}
+
 }  // namespace

@@ -1,4 +1,6 @@
 // Look-up by path, on bare json-c values.
+#include <algorithm>
+
 #include "JsonData.h"
 #include "JsonRef.h"
 #include "Support.h"
@@ -29,7 +31,10 @@ TEST_F(JsonLookupTest, FindsMembersInObjectsOfEverySize) {
     for (int count : {1, 5, 6, 9, 10, 500}) {  // and one whose name is empty
         JsonRef const object(json("{'': {'v': -1}}"));
         auto const name = [](int i) {
-            return (i % 2 != 0 ? std::string(300, 'n') : "n") + std::to_string(i);
+            size_t const lengths[] = {0, 127, 128, 300};
+            std::string text = "n" + std::to_string(i);
+            text.resize(std::max(text.size(), lengths[i % 4]), 'n');
+            return text;
         };
         for (int i = 0; i < count; ++i) {
             json_object* const member = json_object_new_object();
@@ -46,7 +51,7 @@ TEST_F(JsonLookupTest, FindsMembersInObjectsOfEverySize) {
                 EXPECT_NE(value, nullptr);
             }
             EXPECT_EQ(json_object_get_int(JsonData::getJObj(object.get(), ".v")), -1);
-            for (char const* const missing : {"n", "n.v", "nn", "nn.v", "n00", "n00.v", "m0.v"}) {
+            for (char const* const missing : {"n", "n.v", "n1n", "n1n.v", "n00", "n00.v", "m0.v"}) {
                 EXPECT_EQ(JsonData::getJObj(object.get(), missing), nullptr) << missing;
             }
         });
