@@ -3,10 +3,12 @@
 #ifndef VOBIUTILS_JSONDATA_JSONPATH_H
 #define VOBIUTILS_JSONDATA_JSONPATH_H
 
+#include <limits.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <string.h>
 
+#include <algorithm>
 #include <string_view>
 
 // One step of a path: a piece of a terminated text, used in place. The last token ends where the text
@@ -42,7 +44,7 @@ class PathToken {
 
     // With start(), the two arguments of "%.*s", which prints all when the width is negative; see
     // TOKEN_ARGS.
-    int width() const { return static_cast<int>(length_); }
+    int width() const { return static_cast<int>(std::min<ptrdiff_t>(length_, INT_MAX)); }
 
   private:
     static ptrdiff_t const TO_THE_END = -1;
