@@ -61,7 +61,8 @@ inline json_object* valueOf(lh_entry const* member) {
 // reference on `value`. False when that fails; the reference then stays the caller's.
 bool addMember(json_object* container, PathToken name, unsigned long hash, json_object* value);
 
-// Adds or replaces a member, as addMember does. The value replaced is released.
+// Adds or replaces a member, as addMember does, by a value that is not the container itself. The
+// value replaced is released.
 bool putMember(json_object* container, PathToken name, json_object* value);
 
 void deleteMember(json_object* container, PathToken name);
