@@ -28,9 +28,10 @@
 /// Threads: lockDbObject, saveDbObject and unlockDbObject may be called from any thread, and so may
 /// cloneNewDB, getDBByKey and removeDB. Types and controllers never wait for each other, but that
 /// two controllers take turns in writing the file of the same type. The thread that locked a type
-/// is the one that saves or unlocks it. A controller is removed when nobody uses it: the save of a
-/// writer who lost his controller would reach the default one. init belongs to start-up. A program
-/// that walks `controllers` itself does so while no other thread is in the library.
+/// is the one that saves or unlocks it. removeDB waits for the writers of the controller. init belongs
+/// to start-up. A program that walks `controllers` itself does so while no other thread is in the
+/// library. A child process made by fork calls nothing here before it calls exec: another thread may
+/// have held one of the library's own mutexes at the fork.
 #ifndef VOBIUTILS_LOCALDBCTRL_H
 #define VOBIUTILS_LOCALDBCTRL_H
 
@@ -69,7 +70,7 @@ enum DB_STATE_T : int {
 
 /// A controller: the documents of the nine API types with their states and locks, indexed by API
 /// type. Made by LocalDbCtrl and owned by its registry, from which it is deleted (removeDB) when
-/// nobody uses it. Its destructor waits for each lock in turn, and releases every document but one
+/// no call uses it any more. Its destructor waits for each lock in turn, and releases every document but one
 /// whose state is "writing".
 struct LOCALDB_HANDLER {
     TreeMapObject* dbObject[API_TYPE_COUNT];  ///< owned; of meaning only while the state is not 0
@@ -91,8 +92,8 @@ class LocalDbCtrl {
   public:
     /// \name Files
     /// A text returned as char* stands in a buffer of the library's that each function has
-    /// once per thread: it is never freed, and holds until the same thread calls the same function
-    /// again. A name of more than 255 characters cannot be formed. Files need not exist.
+    /// once per thread: the caller does not free it. It holds until the same thread calls the same
+    /// function again, or ends. A name of more than 255 characters cannot be formed. Files need not exist.
     /// \{
 
     /// The folder of an API type, an entry of API_DATA_DIR; null for a type of 9 or more.
@@ -135,6 +136,11 @@ class LocalDbCtrl {
 
     /// Deletes the controller registered under the key, "default" included; nothing for a null or
     /// unknown key. Always 1.
+    ///
+    /// Waits until no thread holds a type of the controller, or is locking, saving or unlocking one; the key
+    /// stays registered until then, and other writers of it are still served. A thread that holds a type
+    /// of the controller itself waits for ever. Of two threads that remove the same controller the second
+    /// one removes nothing. A pointer from getDBByKey is invalid from then on.
     static int removeDB(char const* sessionKey);
 
     /// The registry. Changed only by the functions above, under a guard of the library's.

@@ -16,10 +16,17 @@
 /// Nothing here throws.
 ///
 /// Threads: a transaction belongs to the thread that made it. Any number of threads may make their
-/// own, together with the functions of LocalDbCtrl.h; those of one type follow each other.
-/// One that is refused holds nothing. A controller is not removed while a transaction uses it.
+/// own, together with the functions of LocalDbCtrl.h; those of one type follow each other, in the order
+/// in which they came. One that is refused holds nothing. removeDB waits for a transaction of the
+/// controller to end.
+///
+/// A transaction and the plain operations are not mixed on one lock: a saveDbObject or unlockDbObject of
+/// the type inside the scope ends the lock. From then on the status is ENDED, there is no handle, save and
+/// keep return 2, and the end of the scope only logs an error.
 #ifndef VOBIUTILS_LOCALDBTRANSACTION_H
 #define VOBIUTILS_LOCALDBTRANSACTION_H
+
+#include <memory>
 
 #include "LocalDbCtrl.h"
 #include "TreeMapObject.h"
@@ -32,13 +39,13 @@ class LocalDbTransaction {
     /// What has become of the lock.
     enum Status {
         LOCKED,         ///< the type is locked, and there is a handle
-        BUSY,           ///< another writer held the type, or was saving it, until the time was over
+        BUSY,           ///< another writer held or was saving the type until the time was over
         NO_FILE,        ///< the type has no data file
         UNREADABLE,     ///< the data file cannot be read, or holds no JSON
         NO_NODE,        ///< the document has no node at the path; it stays in memory
         BAD_ARGUMENTS,  ///< an API type of 9 or more, a null path, no default controller
         NO_MEMORY,      ///< there was no room for the handle or the copy; nothing is locked
-        ENDED,          ///< it was locked, and has been saved or kept
+        ENDED,  ///< it was locked, and has been saved or kept, or ended by a plain operation
     };
 
     /// Locks the type; waits for a busy one for up to `milliseconds`. The path and the key are
@@ -75,7 +82,11 @@ class LocalDbTransaction {
   private:
     struct __attribute__((visibility("hidden"))) Lock;
 
-    Lock* lock_;  // null unless LOCKED
+    __attribute__((visibility("hidden"))) bool isHeld() const;
+    template <typename Finish>
+    __attribute__((visibility("hidden"))) bool end(Finish const& finish);
+
+    std::unique_ptr<Lock> lock_;  // null before LOCKED, and once the transaction has ended the lock
     Status status_;
 };
 

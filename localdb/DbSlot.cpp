@@ -17,7 +17,6 @@ void DbSlot::load(char const* function, int number) {
         UTIL_WARN("%s: Cannot load database from %s\n", function, file.get());
         return;
     }
-    setState(DB_STATE_ACCESSIBLE);
     UTIL_DEBUG("%s: Initialized local database for api type %d\n", function, number);
 }
 

@@ -9,12 +9,14 @@
 // The state word is read and written by threads that do not hold the mutex, so always atomically.
 class DbSlot {
   public:
-    DbSlot(LOCALDB_HANDLER& controller, unsigned int type)
-        : apiType(type),
-          object(controller.dbObject[type]),
-          mutex(controller.lock[type]),
-          state_(controller.state[type]) {}
+    DbSlot(LOCALDB_HANDLER& owner, unsigned int type)
+        : controller(owner),
+          apiType(type),
+          object(owner.dbObject[type]),
+          mutex(owner.lock[type]),
+          state_(owner.state[type]) {}
 
+    LOCALDB_HANDLER& controller;
     unsigned int const apiType;
     TreeMapObject*& object;
     pthread_mutex_t& mutex;
@@ -22,9 +24,8 @@ class DbSlot {
     int state() const { return state_.load(std::memory_order_acquire); }
     void setState(int state) { state_.store(state, std::memory_order_release); }
 
-    // Reads the type's data file into `object`, null when there is none; the state becomes 1 when
-    // there is one. Logs under the name of the public function that wants it; `number` is what its
-    // line calls the type.
+    // Reads the type's data file into `object`, which is null when there is none; the state stays. Logs
+    // under the name of the public function that wants it; `number` is what its line calls the type.
     void load(char const* function, int number);
 
     // As load, and as the document's get. False, with nothing changed, when memory ran out.

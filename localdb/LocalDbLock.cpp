@@ -12,6 +12,7 @@
 //   either  0, 1   -                        unchanged    released   2
 #include <optional>
 
+#include "ControllerUse.h"
 #include "LocalDbCtrl.h"
 #include "Log.h"
 #include "TreeMapObject.h"
@@ -25,9 +26,11 @@ int const FAILURE = 2;
 // The document, loaded if it has to be, or the node at `path` in it; null when there is none. Without
 // memory for a handle there is no handle: the caller gets null, as for a missing node.
 TreeMapObject* open(DbSlot& slot, char const* path) {
-    if (slot.state() == DB_STATE_UNINITIALIZED &&
-        !slot.tryLoad("lockDbObject", 1)) {  // intended: the line says 1, whatever the type
-        return nullptr;
+    if (slot.state() == DB_STATE_UNINITIALIZED) {
+        if (!slot.tryLoad("lockDbObject", 1)) {  // intended: the line says 1, whatever the type
+            return nullptr;
+        }
+        slot.setState(slot.object != nullptr ? DB_STATE_ACCESSIBLE : DB_STATE_UNINITIALIZED);
     }
     if (slot.object == nullptr) {
         UTIL_ERROR("%s: There is something wrong! localdb %d is null in accessable state %d\n",
@@ -65,7 +68,8 @@ TreeMapObject* LocalDbCtrl::lockDbObject(unsigned int apiType, char const* path,
     if (path == nullptr) {
         return refuseLock(apiType, path);
     }
-    std::optional<DbSlot> slot = findSlot(apiType, sessionKey);
+    ControllerUse use;
+    std::optional<DbSlot> slot = use.findSlot(apiType, sessionKey);
     if (!slot) {
         return refuseLock(apiType, path);
     }
@@ -85,7 +89,8 @@ TreeMapObject* LocalDbCtrl::lockDbObject(unsigned int apiType, char const* path,
 }
 
 int LocalDbCtrl::saveDbObject(API_TYPE_T apiType, char const* sessionKey) {
-    std::optional<DbSlot> slot = findSlot(apiType, sessionKey);
+    ControllerUse use;
+    std::optional<DbSlot> slot = use.findSlot(apiType, sessionKey);
     if (!slot) {
         return refuseRelease("saveDbObject", apiType);
     }
@@ -105,7 +110,8 @@ int LocalDbCtrl::saveDbObject(API_TYPE_T apiType, char const* sessionKey) {
 }
 
 int LocalDbCtrl::unlockDbObject(unsigned int apiType, char const* sessionKey) {
-    std::optional<DbSlot> slot = findSlot(apiType, sessionKey);
+    ControllerUse use;
+    std::optional<DbSlot> slot = use.findSlot(apiType, sessionKey);
     if (!slot) {
         return refuseRelease("unlockDbObject", apiType);
     }

@@ -1,31 +1,21 @@
 // The lock of a type for the length of a scope.
 #include "LocalDbTransaction.h"
 
-#include <time.h>
-
-#include <memory>
 #include <new>
+#include <optional>
 
+#include "Condition.h"
+#include "ControllerUse.h"
 #include "JsonRef.h"
+#include "Log.h"
 #include "TypeLock.h"
 
 namespace {
 
+int const SUCCESS = 0;
 int const FAILURE = 2;
 
-timespec deadlineIn(unsigned int milliseconds) {
-    timespec deadline = {0, 0};
-    clock_gettime(CLOCK_MONOTONIC, &deadline);
-    deadline.tv_sec += static_cast<time_t>(milliseconds / 1000U);
-    deadline.tv_nsec += static_cast<long>(milliseconds % 1000U) * 1000000L;
-    if (deadline.tv_nsec >= 1000000000L) {
-        deadline.tv_nsec -= 1000000000L;
-        ++deadline.tv_sec;
-    }
-    return deadline;
-}
-
-// Whether the document has a value; one without is of no use to anybody.
+// Whether there is a document, and it has a value.
 bool isLoaded(DbSlot const& slot) { return slot.object != nullptr && slot.object->jobj != nullptr; }
 
 void drop(DbSlot& slot) {
@@ -33,51 +23,69 @@ void drop(DbSlot& slot) {
     slot.object = nullptr;
 }
 
-// Frees a type that was never written: the state says whether it has a document.
-void giveUp(DbSlot& slot) {
-    slot.setState(slot.object != nullptr ? DB_STATE_ACCESSIBLE : DB_STATE_UNINITIALIZED);
-    releaseMutex(slot);
-}
-
 }  // namespace
 
+// The claim holds the mutex of the type, which keeps removeDB from destroying the controller.
 struct LocalDbTransaction::Lock {
-    explicit Lock(DbSlot const& locked) : slot(locked), before(nullptr) {}
+    explicit Lock(DbSlot const& acquired) : slot(acquired), claim(acquired), before(nullptr) {}
 
     Status open(char const* path);
+    Status readDocument();
+    Status copyDocument();
     Status openNode(char const* path);
     template <typename Finish>
-    void end(Finish const& finish);
+    bool end(Finish const& finish);
     int discard();
 
     DbSlot slot;
+    Claim claim;
     TreeMapObject* object = nullptr;  // the document's own handle, or the one in `node`
     std::unique_ptr<TreeMapObject> node;
     JsonRef before;  // a copy of a document that was in memory already
 };
 
-// Reads the document, or copies the one that is there. What it leaves in memory when it fails is
-// what a reader may have: a document, or nothing.
+// The state is "writing" before anything that takes time, so that other callers are refused at once. A
+// failure releases the type; what it leaves in memory is a whole document, or nothing.
 LocalDbTransaction::Status LocalDbTransaction::Lock::open(char const* path) {
     bool const wasLoaded = slot.state() == DB_STATE_ACCESSIBLE;
-    if (!wasLoaded) {
-        if (!slot.tryLoad("LocalDbTransaction", static_cast<int>(slot.apiType))) {
-            return NO_MEMORY;
-        }
-        if (slot.object == nullptr) {
-            return NO_FILE;
-        }
+    slot.setState(DB_STATE_WRITING);
+    Status status = wasLoaded ? copyDocument() : readDocument();
+    if (status == LOCKED) {
+        status = openNode(path);
+    }
+    if (status != LOCKED) {
+        end([this] {
+            return slot.object != nullptr ? DB_STATE_ACCESSIBLE : DB_STATE_UNINITIALIZED;
+        });
+    }
+    return status;
+}
+
+LocalDbTransaction::Status LocalDbTransaction::Lock::readDocument() {
+    if (!slot.tryLoad("LocalDbTransaction", static_cast<int>(slot.apiType))) {
+        return NO_MEMORY;
+    }
+    if (slot.object == nullptr) {
+        return NO_FILE;
     }
     if (!isLoaded(slot)) {
         drop(slot);
         return UNREADABLE;
     }
+    return LOCKED;
+}
+
+LocalDbTransaction::Status LocalDbTransaction::Lock::copyDocument() {
+    if (!isLoaded(slot)) {
+        drop(slot);
+        return UNREADABLE;
+    }
     json_object* copy = nullptr;
-    if (wasLoaded && json_object_deep_copy(slot.object->jobj, &copy, nullptr) != 0) {
+    if (json_object_deep_copy(slot.object->jobj, &copy, nullptr) != 0) {
         return NO_MEMORY;
     }
     before.reset(copy);
-    return openNode(path);
+    return LOCKED;
 }
 
 LocalDbTransaction::Status LocalDbTransaction::Lock::openNode(char const* path) {
@@ -88,21 +96,20 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::openNode(char const* path) 
         }
         node.reset(object);
     }
-    if (object == nullptr) {
-        return NO_NODE;
-    }
-    slot.setState(DB_STATE_WRITING);
-    return LOCKED;
+    return object != nullptr ? LOCKED : NO_NODE;
 }
 
-// In the order of TypeLock.h. `finish` does with the document what there is to do, and gives the state
-// that follows.
+// Releases in the order of TypeLock.h. `finish` does with the document what there is to do, and returns
+// the state that follows. False, with nothing done, when a plain save or unlock has ended the lock.
 template <typename Finish>
-void LocalDbTransaction::Lock::end(Finish const& finish) {
+bool LocalDbTransaction::Lock::end(Finish const& finish) {
     node.reset();
-    releaseMutex(slot);
+    ControllerUse const use(slot.controller);  // begins before the claim ends
+    if (!claim.release()) {
+        return false;
+    }
     endWriting(slot, finish());
-    delete this;  // made by new, and of no more use
+    return true;
 }
 
 // The handle of a document that was in memory stays: others may know it.
@@ -118,62 +125,68 @@ int LocalDbTransaction::Lock::discard() {
 
 LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
                                        char const* sessionKey, unsigned int milliseconds)
-    : lock_(nullptr), status_(BAD_ARGUMENTS) {
+    : status_(BAD_ARGUMENTS) {
+    ControllerUse use;
     std::optional<DbSlot> slot =
-        path != nullptr ? findSlot(apiType, sessionKey) : std::optional<DbSlot>();
+        path != nullptr ? use.findSlot(apiType, sessionKey) : std::optional<DbSlot>();
     if (!slot) {
         return;
     }
-    if ((milliseconds == 0 && slot->state() == DB_STATE_WRITING) ||
-        !acquireBefore(*slot, deadlineIn(milliseconds))) {
+    timespec const deadline = deadlineIn(milliseconds);
+    if ((milliseconds == 0 && slot->state() == DB_STATE_WRITING) || !acquire(*slot, &deadline)) {
         status_ = BUSY;
         return;
     }
-    lock_ = new (std::nothrow) Lock(*slot);
-    status_ = lock_ != nullptr ? lock_->open(path) : NO_MEMORY;
+    lock_.reset(new (std::nothrow) Lock(*slot));
+    if (lock_ == nullptr) {
+        releaseMutex(*slot);
+        status_ = NO_MEMORY;
+        return;
+    }
+    status_ = lock_->open(path);
     if (status_ != LOCKED) {
-        delete lock_;
-        lock_ = nullptr;
-        giveUp(*slot);
+        lock_.reset();
     }
 }
 
 LocalDbTransaction::~LocalDbTransaction() {
-    if (lock_ != nullptr) {
-        lock_->end([this] { return lock_->discard(); });
+    if (lock_ != nullptr && !lock_->end([this] { return lock_->discard(); })) {
+        UTIL_ERROR("%s: a plain save or unlock has ended the lock of api type %d\n",
+                   "LocalDbTransaction", static_cast<int>(lock_->slot.apiType));
     }
 }
 
-LocalDbTransaction::Status LocalDbTransaction::status() const { return status_; }
+bool LocalDbTransaction::isHeld() const { return lock_ != nullptr && lock_->claim.holds(); }
 
-LocalDbTransaction::operator bool() const { return status_ == LOCKED; }
-
-TreeMapObject* LocalDbTransaction::object() const {
-    return lock_ != nullptr ? lock_->object : nullptr;
+LocalDbTransaction::Status LocalDbTransaction::status() const {
+    return lock_ != nullptr && !isHeld() ? ENDED : status_;
 }
+
+LocalDbTransaction::operator bool() const { return isHeld(); }
+
+TreeMapObject* LocalDbTransaction::object() const { return isHeld() ? lock_->object : nullptr; }
 
 TreeMapObject* LocalDbTransaction::operator->() const { return object(); }
 
-int LocalDbTransaction::save() {
-    if (lock_ == nullptr) {
-        return FAILURE;
+template <typename Finish>
+bool LocalDbTransaction::end(Finish const& finish) {
+    if (!isHeld() || !lock_->end(finish)) {
+        return false;
     }
+    lock_.reset();
+    status_ = ENDED;
+    return true;
+}
+
+int LocalDbTransaction::save() {
     int result = FAILURE;
-    lock_->end([&] {
+    end([&] {
         result = saveAndDrop(lock_->slot);
         return DB_STATE_UNINITIALIZED;
     });
-    lock_ = nullptr;
-    status_ = ENDED;
     return result;
 }
 
 int LocalDbTransaction::keep() {
-    if (lock_ == nullptr) {
-        return FAILURE;
-    }
-    lock_->end([] { return DB_STATE_ACCESSIBLE; });
-    lock_ = nullptr;
-    status_ = ENDED;
-    return 0;
+    return end([] { return DB_STATE_ACCESSIBLE; }) ? SUCCESS : FAILURE;
 }

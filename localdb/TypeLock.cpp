@@ -1,9 +1,7 @@
 #include "TypeLock.h"
 
-#include <errno.h>
-
-#include <new>
-
+#include "Chain.h"
+#include "Condition.h"
 #include "FileName.h"
 #include "JsonData.h"
 #include "Log.h"
@@ -12,42 +10,38 @@
 
 namespace {
 
-// A condition whose waits end by the clock that nobody sets.
-class Condition {
-  public:
-    Condition() {
-        pthread_condattr_t attributes;
-        pthread_condattr_init(&attributes);
-        pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
-        pthread_cond_init(&condition_, &attributes);
-        pthread_condattr_destroy(&attributes);
-    }
+// Guards the moments in which a type changes hands, for all types, and the two chains.
+pthread_mutex_t handOver = PTHREAD_MUTEX_INITIALIZER;
 
-    void notify() { pthread_cond_broadcast(&condition_); }
+// A thread that waits for a type.
+struct Waiter {
+    explicit Waiter(pthread_mutex_t const& wanted) : mutex(&wanted) {}
+    ~Waiter() { released.destroy(); }
 
-    // False when the deadline, if there is one, has passed.
-    bool wait(pthread_mutex_t& mutex, timespec const* deadline) {
-        return deadline == nullptr
-                   ? pthread_cond_wait(&condition_, &mutex) == 0
-                   : pthread_cond_timedwait(&condition_, &mutex, deadline) != ETIMEDOUT;
-    }
-
-  private:
-    pthread_cond_t condition_;
+    pthread_mutex_t const* const mutex;
+    Condition released;  // the mutex, or the state "writing"
+    Waiter* next = nullptr;
 };
 
-// Guards the moments in which a type changes hands; one lock and one condition serve all types.
-pthread_mutex_t handOver = PTHREAD_MUTEX_INITIALIZER;
-Condition released;  // a mutex, or a state of "writing"
+Chain<Waiter> waiters;
+Chain<Claim> claims;
 
-void waitWhileWriting(DbSlot const& slot) {
-    MutexGuard const guard(handOver);
-    while (slot.state() == DB_STATE_WRITING) {
-        released.wait(handOver, nullptr);
+// What follows is called with handOver held.
+
+Waiter* firstWaiter(pthread_mutex_t const& mutex) {
+    Waiter* waiter = waiters.first;
+    while (waiter != nullptr && waiter->mutex != &mutex) {
+        waiter = waiter->next;
+    }
+    return waiter;
+}
+
+void wakeFirstWaiter(pthread_mutex_t const& mutex) {
+    if (Waiter* const waiter = firstWaiter(mutex)) {
+        waiter->released.notify();
     }
 }
 
-// With the guard held, under which a mutex is released.
 bool tryAcquire(DbSlot& slot) {
     if (pthread_mutex_trylock(&slot.mutex) != 0) {
         return false;
@@ -59,50 +53,50 @@ bool tryAcquire(DbSlot& slot) {
     return isFree;
 }
 
+bool waitFor(DbSlot& slot, timespec const* deadline) {
+    Waiter self(slot.mutex);
+    waiters.append(&self);
+    bool inTime = true;
+    bool acquired = false;
+    while (!acquired && inTime) {
+        inTime = self.released.wait(handOver, deadline);
+        acquired = firstWaiter(slot.mutex) == &self && tryAcquire(slot);
+    }
+    waiters.remove(&self);
+    if (!acquired) {
+        wakeFirstWaiter(slot.mutex);  // it may have waited behind this one alone
+    }
+    return acquired;
+}
+
+void unlock(DbSlot& slot) {
+    pthread_mutex_trylock(&slot.mutex);
+    pthread_mutex_unlock(&slot.mutex);
+    wakeFirstWaiter(slot.mutex);
+}
+
 }  // namespace
 
-std::optional<DbSlot> findSlot(unsigned int apiType, char const* sessionKey) {
-    LOCALDB_HANDLER* controller = nullptr;
-    try {
-        controller = apiType < API_TYPE_COUNT ? LocalDbCtrl::getDBByKey(sessionKey) : nullptr;
-    } catch (std::bad_alloc const&) {  // there was no default controller, and no room for its entry
-    }
-    return controller != nullptr ? std::optional<DbSlot>(std::in_place, *controller, apiType)
-                                 : std::nullopt;
-}
-
-void acquire(DbSlot& slot) {
-    pthread_mutex_lock(&slot.mutex);
-    while (slot.state() == DB_STATE_WRITING) {
-        releaseMutex(slot);
-        waitWhileWriting(slot);
-        pthread_mutex_lock(&slot.mutex);
-    }
-}
-
-bool acquireBefore(DbSlot& slot, timespec const& deadline) {
+bool acquire(DbSlot& slot, timespec const* deadline) {
     MutexGuard const guard(handOver);
-    bool inTime = true;
-    while (!tryAcquire(slot)) {
-        if (!inTime) {
-            return false;
-        }
-        inTime = released.wait(handOver, &deadline);
-    }
-    return true;
+    return (firstWaiter(slot.mutex) == nullptr && tryAcquire(slot)) || waitFor(slot, deadline);
 }
 
 void releaseMutex(DbSlot& slot) {
     MutexGuard const guard(handOver);
-    pthread_mutex_trylock(&slot.mutex);
-    pthread_mutex_unlock(&slot.mutex);
-    released.notify();
+    for (Claim* claim = claims.first; claim != nullptr; claim = claim->next) {
+        if (&claim->slot_.mutex == &slot.mutex) {
+            claim->end();
+            break;
+        }
+    }
+    unlock(slot);
 }
 
 void endWriting(DbSlot& slot, int state) {
     MutexGuard const guard(handOver);
     slot.setState(state);
-    released.notify();
+    wakeFirstWaiter(slot.mutex);
 }
 
 int saveAndDrop(DbSlot& slot) {
@@ -114,4 +108,38 @@ int saveAndDrop(DbSlot& slot) {
     delete slot.object;  // also after a failed write: the next lock reads the file again
     slot.object = nullptr;
     return result;
+}
+
+// Under the guard, as a stray release must not take the lock that this test holds for a moment.
+bool isUnlocked(LOCALDB_HANDLER& controller) {
+    MutexGuard const guard(handOver);
+    for (pthread_mutex_t& mutex : controller.lock) {
+        if (pthread_mutex_trylock(&mutex) != 0) {
+            return false;
+        }
+        pthread_mutex_unlock(&mutex);
+    }
+    return true;
+}
+
+Claim::Claim(DbSlot const& acquired) : slot_(acquired) {
+    MutexGuard const guard(handOver);
+    claims.append(this);
+}
+
+Claim::~Claim() { release(); }
+
+bool Claim::release() {
+    MutexGuard const guard(handOver);
+    if (!holds()) {
+        return false;
+    }
+    end();
+    unlock(slot_);
+    return true;
+}
+
+void Claim::end() {
+    claims.remove(this);
+    holds_.store(false, std::memory_order_release);
 }

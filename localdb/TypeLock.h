@@ -1,36 +1,63 @@
 // Locking one API type of one controller: what the plain operations and the transaction share.
 //
-// The mutex serialises writers and is held from one call to another: no scope guard fits. The state
-// turns away at once whoever comes while a writer holds the type.
+// The mutex serializes writers. It is held across public calls, so no scope guard fits. The state word
+// lets a latecomer be refused at once instead of blocking.
 //
 // A release frees the mutex first and changes the state last, when the document is saved and
-// destroyed. In between the state still reads 2, and the releasing thread alone owns the document: a
-// writer that gets the mutex in that time gives it back and waits for the state to change.
+// destroyed. In between the state still reads 2, and the releasing thread alone owns the document: the
+// mutex cannot be acquired then.
+//
+// Waiting callers acquire a type in the order in which they came, so none is overtaken without end.
 #ifndef VOBIUTILS_LOCALDB_TYPELOCK_H
 #define VOBIUTILS_LOCALDB_TYPELOCK_H
 
 #include <time.h>
 
-#include <optional>
+#include <atomic>
 
 #include "DbSlot.h"
 
-// Nothing for a bad type and for a key without a controller.
-std::optional<DbSlot> findSlot(unsigned int apiType, char const* sessionKey);
+// Returns holding the mutex of a type that no other thread is writing, saving or destroying. With a
+// deadline on CLOCK_MONOTONIC, false when that passes first.
+bool acquire(DbSlot& slot, timespec const* deadline = nullptr);
 
-// Returns holding the mutex of a type that nobody is writing, saving or destroying. With a deadline, by
-// the monotonic clock, false when it has passed before.
-void acquire(DbSlot& slot);
-bool acquireBefore(DbSlot& slot, timespec const& deadline);
-
-// A mutex that nobody holds must not be unlocked: it is taken first, if it is free. Two releases
-// never come between each other's two steps.
+// The first half of a plain release. Unlocking a mutex that is not held is undefined, so a free one is
+// locked first. A transaction's claim to the type ends.
 void releaseMutex(DbSlot& slot);
 
-// The second half of a release: `state` follows 2, and whoever waits for that goes on.
+// The second half of a release: leaves the "writing" state for `state` and wakes the first waiter.
 void endWriting(DbSlot& slot, int state);
 
 // Writes the document to its file and drops it. 0 or 2.
 int saveAndDrop(DbSlot& slot);
+
+// Whether no thread holds one of the controller's nine mutexes.
+bool isUnlocked(LOCALDB_HANDLER& controller);
+
+// A transaction's claim to a type that it has acquired. A plain save or unlock of the type in the middle
+// of it ends the claim: the mutex is then free, or another writer's.
+class Claim {
+  public:
+    explicit Claim(DbSlot const& acquired);
+    ~Claim();
+    Claim(Claim const&) = delete;
+    Claim& operator=(Claim const&) = delete;
+
+    // False once it was released, or lost to a plain release.
+    bool holds() const { return holds_.load(std::memory_order_acquire); }
+
+    // The first half of a release, and the end of the claim. False, with nothing released, when it does
+    // not hold any more.
+    bool release();
+
+    Claim* next = nullptr;  // in the chain of all claims
+
+  private:
+    friend void releaseMutex(DbSlot& slot);
+    void end();
+
+    DbSlot slot_;
+    std::atomic<bool> holds_ = true;
+};
 
 #endif

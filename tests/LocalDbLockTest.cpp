@@ -10,6 +10,7 @@
 
 #include "BEConfig.h"
 #include "LocalDbCtrl.h"
+#include "LocalDbTransaction.h"
 #include "Logger.h"
 #include "Support.h"
 #include "TreeMapObject.h"
@@ -69,17 +70,6 @@ TEST_F(LocalDbLockTest, DropsTheDocumentWhenNoNameCanBeFormed) {
     EXPECT_EQ(dir.read(FILE_OF_LAN), "{\"lan\": {\"mtu\": 1500}}");
 }
 
-// Returns when a thread, whose number it waits for, sleeps: in these tests, on a mutex or condition.
-void waitUntilAsleep(std::atomic<pid_t> const& thread) {
-    for (int asleep = 0; asleep < 5;) {
-        std::string const status =
-            TempDir::read("/proc/self/task/" + std::to_string(thread) + "/stat");
-        size_t const name = status.rfind(')');
-        asleep = name != status.npos && status.compare(name, 3, ") S") == 0 ? asleep + 1 : 0;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-}
-
 // Of two writers that wait for the mutex, one saves into a pipe that nobody reads yet, and the other
 // gets the mutex in the middle of that save.
 TEST_F(LocalDbLockTest, WaitsForASaveThatLasts) {
@@ -126,6 +116,30 @@ TEST_F(LocalDbLockTest, HandsTheTypeOverAfterANullResult) {
     EXPECT_EQ(LocalDbCtrl::unlockDbObject(LAN, "default"), 2);
     writer.join();
     EXPECT_EQ(state(), DB_STATE_ACCESSIBLE);
+}
+
+// A writer that waits for the mutex is not overtaken, and notices what a program changes in the public
+// fields by itself.
+TEST_F(LocalDbLockTest, ServesAWaiterFirstAndLooksAgain) {
+    Logger::mask = 0;
+    EXPECT_EQ(LocalDbCtrl::lockDbObject(LAN, "none", "default"), nullptr);
+    std::atomic<pid_t> writerNumber = 0;
+    std::atomic<bool> refused = false;
+    std::thread writer([&] {
+        writerNumber = gettid();
+        EXPECT_NE(LocalDbCtrl::lockDbObject(LAN, "", "default"), nullptr);
+        while (!refused) {
+            std::this_thread::yield();
+        }
+        EXPECT_EQ(LocalDbCtrl::unlockDbObject(LAN, "default"), 0);
+    });
+    waitUntilAsleep(writerNumber);
+    std::atomic_ref<int>(controller->state[LAN]) = DB_STATE_WRITING;
+    pthread_mutex_unlock(&controller->lock[LAN]);
+    std::atomic_ref<int>(controller->state[LAN]) = DB_STATE_ACCESSIBLE;
+    EXPECT_EQ(LocalDbTransaction(LAN, "", "default").status(), LocalDbTransaction::BUSY);
+    refused = true;
+    writer.join();
 }
 
 // Whoever releases what nobody holds disturbs neither the mutex nor the others who do so.

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 #include <vector>
 
@@ -50,6 +51,71 @@ TEST_F(LocalDbRegistryTest, RemovesControllersEvenWhileOneTypeIsWritten) {
               lines.npos);
     EXPECT_EQ(text(kept->jobj), "{'type':4}");  // not released
     printed([&] { delete kept; });
+}
+
+// The writer holds the type, then is in the middle of its save: into a pipe that has no reader yet.
+TEST_F(LocalDbRegistryTest, RemovalWaitsForAWriterAndItsSave) {
+    Logger::mask = 0;
+    char const pipe[] = "data/network/network.ldb";
+    LocalDbCtrl::cloneNewDB("s1");
+    std::atomic<pid_t> numbers[2] = {0, 0};
+    std::atomic<bool> saves = false;
+    std::thread writer([&] {
+        EXPECT_NE(LocalDbCtrl::lockDbObject(API_NETWORK, "", "s1"), nullptr);
+        remove(pipe);
+        EXPECT_EQ(mkfifo(pipe, 0600), 0);
+        numbers[0] = gettid();
+        while (!saves) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        EXPECT_EQ(LocalDbCtrl::saveDbObject(API_NETWORK, "s1"), 0);
+    });
+    waitUntilAsleep(numbers[0]);
+    std::thread remover([&] {
+        numbers[1] = gettid();
+        EXPECT_EQ(LocalDbCtrl::removeDB("s1"), 1);
+    });
+    waitUntilAsleep(numbers[1]);
+    EXPECT_NE(LocalDbCtrl::getDBByKey("s1"), LocalDbCtrl::getDBByKey("default"));
+    saves = true;
+    while (isHeld(LocalDbCtrl::getDBByKey("s1")->lock[API_NETWORK])) {
+    }
+    waitUntilAsleep(numbers[0]);
+    waitUntilAsleep(numbers[1]);
+    EXPECT_NE(LocalDbCtrl::getDBByKey("s1"), LocalDbCtrl::getDBByKey("default"));
+    EXPECT_EQ(TempDir::read(pipe), "{\n  \"type\":2\n}");
+    writer.join();
+    remover.join();
+    EXPECT_EQ(LocalDbCtrl::getDBByKey("s1"), LocalDbCtrl::getDBByKey("default"));
+}
+
+// Two removals wait for one writer: the second one leaves alone what is registered in between.
+TEST_F(LocalDbRegistryTest, RemovesAControllerOnce) {
+    std::string const lines = transcript([] {
+        LocalDbCtrl::cloneNewDB("s1");
+        EXPECT_NE(LocalDbCtrl::lockDbObject(API_NETWORK, "", "s1"), nullptr);
+        std::atomic<pid_t> numbers[2] = {0, 0};
+        std::vector<std::thread> threads;
+        for (std::atomic<pid_t>& number : numbers) {
+            threads.emplace_back([&number] {
+                number = gettid();
+                EXPECT_EQ(LocalDbCtrl::removeDB("s1"), 1);
+            });
+            waitUntilAsleep(number);
+        }
+        threads.emplace_back([] {
+            while (LocalDbCtrl::cloneNewDB("s1") == 0) {
+            }
+        });
+        EXPECT_EQ(LocalDbCtrl::unlockDbObject(API_NETWORK, "s1"), 0);
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+    });
+    std::string const loser = "ERROR: removeDB: Cannot found key s1\n";
+    EXPECT_NE(lines.find(loser), lines.npos);
+    EXPECT_EQ(lines.find(loser), lines.rfind(loser));
+    EXPECT_EQ(LocalDbCtrl::controllers.count("s1"), 1U);
 }
 
 TEST_F(LocalDbRegistryTest, IsSafeFromManyThreads) {

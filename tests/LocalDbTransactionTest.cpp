@@ -2,6 +2,7 @@
 #include "LocalDbTransaction.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -146,6 +147,48 @@ TEST_F(LocalDbTransactionTest, WaitsNoLongerForASaveThatTakesLong) {
     EXPECT_EQ(TempDir::read(FILE_OF_LAN), "{\n  \"lan\":{\n    \"mtu\":1500\n  }\n}");
     writer.join();
     EXPECT_EQ(memory(), "0 free");
+}
+
+// Here while it reads the document, from a pipe that has no writer yet.
+TEST_F(LocalDbTransactionTest, RefusesOthersWhileItPrepares) {
+    remove(FILE_OF_LAN);
+    ASSERT_EQ(mkfifo(FILE_OF_LAN, 0600), 0);
+    std::atomic<pid_t> reader = 0;
+    std::thread first([&] {
+        reader = gettid();
+        EXPECT_EQ(LocalDbTransaction(API_NETWORK, "none", "default").status(),
+                  LocalDbTransaction::NO_NODE);
+    });
+    waitUntilAsleep(reader);
+    EXPECT_EQ(LocalDbCtrl::lockDbObject(API_NETWORK, "", "default"), nullptr);
+    dir.write(FILE_OF_LAN, "{}");
+    first.join();
+    EXPECT_EQ(memory(), "1 free {}");
+}
+
+TEST_F(LocalDbTransactionTest, IsEndedByAPlainOperationInsideItsScope) {
+    for (bool save : {true, false}) {
+        std::string const lines = transcript([&] {
+            LocalDbTransaction node(API_NETWORK, "lan", "default");
+            node->set("mtu", save ? 1 : 2);
+            EXPECT_EQ(save ? LocalDbCtrl::saveDbObject(API_NETWORK, "default")
+                           : LocalDbCtrl::unlockDbObject(API_NETWORK, "default"),
+                      0);
+            LocalDbCtrl::lockDbObject(API_NETWORK, "", "default");  // another writer's
+            EXPECT_EQ(node.object(), nullptr);
+            EXPECT_FALSE(node);
+            EXPECT_EQ(node.status(), LocalDbTransaction::ENDED);
+            EXPECT_EQ(node.save() + node.keep(), 4);
+            Logger::mask = ~0U;
+            BEConfig::LOG_DEBUG_ENABLE = 0;
+        });
+        Logger::mask = 0;
+        EXPECT_EQ(lines,
+                  "ERROR: LocalDbTransaction: a plain save or unlock has ended the lock of api "
+                  "type 2\n");
+        EXPECT_EQ(memory(), save ? "2 held {'lan':{'mtu':1}}" : "2 held {'lan':{'mtu':2}}");
+        EXPECT_EQ(LocalDbCtrl::unlockDbObject(API_NETWORK, "default"), 0);
+    }
 }
 
 }  // namespace

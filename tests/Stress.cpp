@@ -92,6 +92,16 @@ void makesASessionOfItsOwn(int round) {
     LocalDbCtrl::removeDB(key.c_str());
 }
 
+// A writer finds it, or the default controller once it is gone, and does not lose it in the middle.
+void removesASession(int) {
+    LocalDbCtrl::cloneNewDB("transient");
+    LocalDbCtrl::removeDB("transient");
+}
+void savesInAPassingSession(int round) {
+    LocalDbTransaction change(SAVED_BY_SESSIONS, "", "transient", 10);
+    EXPECT_TRUE(!change || round % 2 == 0 || change.save() == 0);
+}
+
 // No writer ever holds this type with a handle, so that null means held.
 void takesTurnsAfterNullResults(int) {
     static int turn;  // guarded by the type's lock alone
@@ -151,9 +161,10 @@ TEST(Stress, LosesAndTearsNothing) {
 
     auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
     std::vector<std::thread> threads;
-    for (auto* work : {writesAllTypes, writesOneType, transacts, savesInSessionOne,
-                       savesInSessionTwo, readsTheFile, makesASessionOfItsOwn,
-                       takesTurnsAfterNullResults, logs, logsIn, asksForNames}) {
+    for (auto* work :
+         {writesAllTypes, writesOneType, transacts, savesInSessionOne, savesInSessionTwo,
+          readsTheFile, makesASessionOfItsOwn, removesASession, savesInAPassingSession,
+          takesTurnsAfterNullResults, logs, logsIn, asksForNames}) {
         for (int copy = 0; copy < 2; ++copy) {
             threads.emplace_back([work, end] {
                 for (int round = 1; std::chrono::steady_clock::now() < end; ++round) {
@@ -175,7 +186,7 @@ TEST(Stress, LosesAndTearsNothing) {
     }
     EXPECT_GT(attempts, 0);
     EXPECT_EQ(BELoginRecord::getAttempt("shared").attempts, attempts);
-    for (char const* key : {"one", "two", "default"}) {
+    for (char const* key : {"one", "two", "transient", "default"}) {
         LocalDbCtrl::removeDB(key);
     }
     EXPECT_TRUE(LocalDbCtrl::controllers.empty());

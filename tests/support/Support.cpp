@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -169,6 +170,16 @@ bool isHeld(pthread_mutex_t& mutex) {
     })
         .join();
     return held;
+}
+
+void waitUntilAsleep(std::atomic<pid_t> const& thread) {
+    for (int asleep = 0; asleep < 5;) {
+        std::string const status =
+            TempDir::read("/proc/self/task/" + std::to_string(thread) + "/stat");
+        size_t const name = status.rfind(')');
+        asleep = name != status.npos && status.compare(name, 3, ") S") == 0 ? asleep + 1 : 0;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 void onSmallStack(std::function<void()> const& action) {

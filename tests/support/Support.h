@@ -7,6 +7,7 @@
 #include <json-c/json.h>
 #include <pthread.h>
 
+#include <atomic>
 #include <functional>
 #include <string>
 
@@ -48,6 +49,9 @@ long entriesOf(char const* folder);
 
 // Whether a thread holds the mutex, this one or another.
 bool isHeld(pthread_mutex_t& mutex);
+
+// Returns when a thread, whose number it waits for, sleeps: in the tests, on a mutex or a condition.
+void waitUntilAsleep(std::atomic<pid_t> const& thread);
 
 // Runs `action` on a thread with a stack of 128 KiB: request threads have no more.
 void onSmallStack(std::function<void()> const& action);
