@@ -6,7 +6,8 @@
 /// and 2 minutes more for each further one, counted from its last attempt.
 ///
 /// The file is replaced as a whole, so that a reader or a process that is killed never meets half
-/// of it, but it is not synced.
+/// of it, but it is not synced. An existing file that the effective user may not write is left alone:
+/// that is a failed write.
 ///
 /// A record file that cannot be read, or holds no array, is logged and stops the record: isRunning
 /// becomes false, and from then on every operation returns its failure result, silently, until init

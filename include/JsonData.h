@@ -87,8 +87,9 @@ class JsonData {
     static TreeMapObject* createObjectFromFile(char const* file);
 
     /// Writes the handle's value to the file, pretty. 0 when written; 2 when it could not be, for a
-    /// null handle or name, for a handle without a value, and for a document that is nested deeper
-    /// than files are read.
+    /// null handle or name, for a handle without a value, for a document that is nested deeper than
+    /// files are read, and for an existing file that the effective user may not write, whatever it
+    /// holds.
     ///
     /// The file is replaced as a whole: the new one is written beside it under the name
     /// `.NAME.saving`, synced, and renamed over it. At any instant, and after a loss of power at

@@ -34,6 +34,12 @@ Outcome failure() {
     }
 }
 
+// Whether the effective user may write the existing file: its folder's permissions, which decide
+// on a rename, say nothing of that. A file that has been removed meanwhile does not stop the save.
+bool isWritable(char const* file) {
+    return faccessat(AT_FDCWD, file, W_OK, AT_EACCESS) == 0 || errno == ENOENT;
+}
+
 bool reads(FileDescriptor const& file, Content content) {
     char chunk[4096];
     while (content.length > 0) {
@@ -129,7 +135,7 @@ bool replaceFile(char const* file, char const* bytes, size_t length, Durability 
     if (isLink) {
         exists = stat(file, &old) == 0;
     }
-    if (!exists && errno != ENOENT) {
+    if (exists ? !isWritable(file) : errno != ENOENT) {
         return false;
     }
     if (exists && !S_ISREG(old.st_mode)) {

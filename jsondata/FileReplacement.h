@@ -9,7 +9,8 @@
 enum class Durability { SYNCED, UNSYNCED };
 
 // Makes `file` hold `bytes` and nothing else. True when it does; on failure it is as it was, and
-// nothing is left beside it.
+// nothing is left beside it. It fails for a file that the effective user may not write, even where
+// its folder would let it be replaced, and where it holds the bytes already.
 //
 // The permission bits, the owner (where that is allowed) and symbolic links stay; a new file gets
 // mode 0644 less the umask. What is there and is no regular file is written directly. So is,

@@ -42,7 +42,8 @@ Fault const FAULTS[] = {
     {faults::LOCK, EINTR, true},      {faults::OWNER, EPERM, true},
     {faults::MODE, EPERM, false},     {faults::DUPLICATE, EMFILE, false},
     {faults::LINK, EIO, false},       {faults::ALLOCATION, 0, false},
-    {faults::JSON, ENOMEM, false},
+    {faults::JSON, ENOMEM, false},    {faults::ACCESS, EROFS, false},
+    {faults::ACCESS, ENOENT, true},
 };
 
 struct Trial {
@@ -87,6 +88,8 @@ void saves(Trial& trial, std::string const& old) {
         EXPECT_EQ(result == 0, trial.fault.harmless || trial.fault.error == EACCES ||
                                    trial.fault.call == faults::JSON);  // the text is made again
     }
+    bool const refused = trial.reached && trial.fault.call == faults::ACCESS;
+    EXPECT_TRUE(!refused || (result == 0) == trial.fault.harmless);
     EXPECT_EQ(TempDir::read("saved/file"), result == 0 ? NEW : old);
     EXPECT_EQ(entriesOf("saved"), result == 0 || !old.empty() ? 1 : 0);
     EXPECT_EQ(JsonData::saveObjectToFile("saved/file", &document), 0);

@@ -17,8 +17,10 @@
 #include <random>
 #include <thread>
 
+#include "BELoginRecord.h"
 #include "JsonData.h"
 #include "JsonRef.h"
+#include "LocalDbCtrl.h"
 #include "Logger.h"
 #include "Support.h"
 #include "TreeMapObject.h"
@@ -59,7 +61,7 @@ class SaveTest : public LibraryTest {
 
 TEST_F(SaveTest, KeepsModeAndOwner) {
     uid_t const other = geteuid() == 0 ? 1234 : geteuid();
-    for (mode_t mode : {0600U, 0640U, 0666U, 0444U}) {
+    for (mode_t mode : {0600U, 0640U, 0666U, geteuid() == 0 ? 0444U : 0644U}) {
         uid_t const owner = mode == 0640U ? geteuid() : other;
         dir.write("d/f", ONE);
         ASSERT_EQ(chown("d/f", owner, other), 0);
@@ -75,6 +77,34 @@ TEST_F(SaveTest, KeepsModeAndOwner) {
     EXPECT_EQ(save("d/f", ONE), 0);
     EXPECT_EQ(statusOf("d/f").st_mode & 07777, 0640U);
     umask(before);
+}
+
+// By the effective user, whatever the folder allows and the file holds. Root is refused nothing.
+TEST_F(SaveTest, RefusesAWriteProtectedFile) {
+    ChildResult const child = inChild([] {
+        fs::create_symlink("f", "d/link");
+        for (char const* file : {"d/f", "data/network/network.ldb"}) {
+            TempDir::write(file, ONE);
+        }
+        std::string const quiet = printed([] { BELoginRecord::init(); });
+        std::string const record = TempDir::read(".loginrecord.cfg");
+        EXPECT_EQ(system("chmod a=rwx . d data/network; chmod a=r d/f data/network/* .login*"), 0);
+        EXPECT_TRUE(geteuid() != 0 || seteuid(1234) == 0);
+        LocalDbCtrl::init();
+        for (char const* text : {ONE.c_str(), TWO.c_str()}) {
+            printf("%d%d%d", save("d/f", text), save("d/link", text), save("d/new", text));
+            TreeMapObject* const held = LocalDbCtrl::lockDbObject(API_NETWORK, "", "default");
+            held->set("a", text == ONE ? 1 : 2);
+            printf("%d ", LocalDbCtrl::saveDbObject(API_NETWORK, "default"));
+        }
+        BELoginRecord::deinit();  // which would write what is there
+        printf("%d ", BELoginRecord::setAttempt("a"));
+        EXPECT_EQ(seteuid(getuid()), 0);
+        printf("%d%d%d", TempDir::read("d/f") == ONE, TempDir::read(".loginrecord.cfg") == record,
+               TempDir::read("data/network/network.ldb") == ONE);
+        printf("%d", geteuid() == 0 ? save("d/f", TWO) : 0);
+    });
+    EXPECT_EQ(child.output, "2202 2202 Fail to create record file\n0 1110");
 }
 
 TEST_F(SaveTest, FollowsLinks) {

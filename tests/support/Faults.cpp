@@ -76,6 +76,8 @@ WRAP(MODE, int, fchmod, (int fd, mode_t mode), fd, mode)
 WRAP(DUPLICATE, int, fcntl, (int fd, int command, int from), fd, command, from)
 WRAP(DUPLICATE, int, fcntl64, (int fd, int command, int from), fd, command, from)
 WRAP(LINK, ssize_t, readlink, (char const* name, char* to, size_t size), name, to, size)
+WRAP(ACCESS, int, faccessat, (int folder, char const* name, int mode, int flags), folder, name,
+     mode, flags)
 
 // json-c without memory
 WRAP(JSON, json_object*, json_object_new_object, ())

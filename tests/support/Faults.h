@@ -20,6 +20,7 @@ enum Call {
     MODE,
     DUPLICATE,
     LINK,
+    ACCESS,
     ALLOCATION,
     JSON  // a call to json-c, for lack of memory
 };
