@@ -98,12 +98,15 @@ class JsonData {
     /// file; the next save removes it. A file that holds the very text already is not written
     /// again.
     ///
-    /// The permission bits, the owner (where the process may set it) and symbolic links stay; a new
-    /// file gets mode 0644 less the umask. Other names of the file (hard links) keep the old
+    /// The permission bits, the owner (where the process may set it), the access control list and
+    /// symbolic links stay, and so do the other extended attributes, except any that cannot be
+    /// copied and those that vouch for the old content (security.ima, .evm, .capability). A new file
+    /// gets mode 0644 less the umask. Other names of the file (hard links) keep the old
     /// document. What is there and is no regular file, a device or a pipe, is written directly, and
     /// so is what a link below /proc leads to. A file that cannot be replaced, because its folder
-    /// allows no new file or the system refuses the renaming, is written in place: there a kill may
-    /// leave half of it, though not a full disk.
+    /// allows no new file, or the system refuses the renaming or lets no new file have its mode or
+    /// access control list, is written in place: there a kill may leave half of it, though not a
+    /// full disk.
     ///
     /// Threads and processes that save the same file at once wait for one another: the last one
     /// wins, whole. What stands at the temporary name and can be neither locked nor removed, a

@@ -6,6 +6,7 @@
 #include <string.h>
 #include <sys/stat.h>
 
+#include "FileAttributes.h"
 #include "FileDescriptor.h"
 #include "SaveNames.h"
 #include "TemporaryFile.h"
@@ -21,13 +22,15 @@ struct Content {
 enum class Outcome {
     REPLACED,
     FAILED,
-    REFUSED,  // by the folder, not for lack of anything: writing in place may still work
+    REFUSED,  // by the folder or its file system, not for lack of anything: writing in place may
+              // still work
 };
 
 Outcome failure() {
     switch (errno) {
         case EACCES:
         case EPERM:
+        case EOPNOTSUPP:
         case EROFS:
         case EBUSY: return Outcome::REFUSED;
         default: return Outcome::FAILED;
@@ -70,13 +73,19 @@ Outcome putInPlaceOf(struct stat const* old, SaveNames& names, Content const& co
         temporary.removeStale();
         return Outcome::REPLACED;
     }
-    // what everybody may read, others may lock from the start
-    bool const isSecret = old != nullptr && (old->st_mode & S_IROTH) == 0;
-    if (!temporary.create(isSecret ? 0600 : 0644)) {
+    FileAttributes attributes;
+    if (old != nullptr && !attributes.list(names.target)) {
         return failure();
     }
-    if ((old != nullptr && !temporary.takeOwnerAndModeOf(*old)) ||
-        !temporary.fill(content.bytes, content.length, content.synced)) {
+    // what everybody may read, others may lock from the start
+    mode_t const everybody = S_IRUSR | S_IRGRP | S_IROTH;
+    bool const isSecret =
+        old != nullptr && ((old->st_mode & everybody) != everybody || attributes.includeAcl());
+    if (!temporary.create(isSecret ? 0600 : 0644) ||
+        (old != nullptr && !temporary.takeAccessOf(*old, attributes))) {
+        return failure();
+    }
+    if (!temporary.fill(content.bytes, content.length, content.synced)) {
         return Outcome::FAILED;
     }
     return temporary.renameTo(names.target) ? Outcome::REPLACED : failure();

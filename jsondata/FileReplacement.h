@@ -12,9 +12,11 @@ enum class Durability { SYNCED, UNSYNCED };
 // nothing is left beside it. It fails for a file that the effective user may not write, even where
 // its folder would let it be replaced, and where it holds the bytes already.
 //
-// The permission bits, the owner (where that is allowed) and symbolic links stay; a new file gets
-// mode 0644 less the umask. What is there and is no regular file is written directly. So is,
-// without any promise for a write that fails, a file whose folder allows no replacement.
+// The permission bits, the access control list, the owner (where that is allowed), the extended
+// attributes that can be copied and symbolic links stay; a new file gets mode 0644 less the umask.
+// What is there and is no regular file is written directly. So is, without any promise for a write
+// that fails, a file whose folder allows no replacement, or whose file system does not let a new
+// one have its access control list or mode.
 //
 // May be called from any number of threads and processes at once: the last one wins, whole.
 bool replaceFile(char const* file, char const* bytes, size_t length, Durability durability);

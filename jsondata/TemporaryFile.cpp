@@ -63,11 +63,17 @@ bool TemporaryFile::removeStale() const {
     return !isTheSame || unlink(name_) == 0;
 }
 
-bool TemporaryFile::takeOwnerAndModeOf(struct stat const& old) {
+// In this order nobody may read it in between who may not read the old one: a mode that is set
+// before the access control list would give the group what the list's mask gives to others, and
+// either of them before the owner would give it to the process's own group.
+bool TemporaryFile::takeAccessOf(struct stat const& old, FileAttributes const& attributes) {
     bool const isOurs = old.st_uid == made_.st_uid && old.st_gid == made_.st_gid;
     if (!isOurs && fchown(file_.get(), old.st_uid, old.st_gid) != 0 &&
         fchown(file_.get(), static_cast<uid_t>(-1), old.st_gid) != 0) {
         // then it is the process's own: not everybody may give files away
+    }
+    if (!attributes.copyTo(file_.get())) {
+        return false;
     }
     bool const asItWas = isOurs && old.st_mode == made_.st_mode;
     return asItWas || fchmod(file_.get(), old.st_mode & 07777) == 0;

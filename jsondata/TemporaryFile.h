@@ -11,6 +11,7 @@
 #include <string.h>
 #include <sys/stat.h>
 
+#include "FileAttributes.h"
 #include "FileDescriptor.h"
 
 class TemporaryFile {
@@ -24,8 +25,9 @@ class TemporaryFile {
     // A new, empty file. Waits for whoever else works on it. False with errno.
     bool create(mode_t mode);
 
-    // Before anything is written: the content may be secret.
-    bool takeOwnerAndModeOf(struct stat const& old);
+    // Takes the owner (where that is allowed), the attributes and the mode of the file it is to
+    // replace. Before anything is written: the content may be secret. False with errno.
+    bool takeAccessOf(struct stat const& old, FileAttributes const& attributes);
 
     // Writes all of the file and closes it, every step checked.
     bool fill(char const* bytes, size_t length, bool synced);

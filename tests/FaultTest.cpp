@@ -30,20 +30,22 @@ struct Fault {
 };
 
 Fault const FAULTS[] = {
-    {faults::OPEN, EIO, false},       {faults::OPEN, EACCES, false},
-    {faults::OPEN, EINTR, true},      {faults::READ, EIO, false},
-    {faults::READ, EINTR, true},      {faults::WRITE, ENOSPC, false},
-    {faults::WRITE, EINTR, true},     {faults::SHORT_WRITE, 0, true},
-    {faults::SYNC, EIO, false},       {faults::SYNC, EINTR, true},
-    {faults::RENAME, EIO, false},     {faults::RENAME, EBUSY, true},
-    {faults::CLOSE, EIO, false},      {faults::STAT, EIO, false},
-    {faults::LOCK, ENOLCK, true},     {faults::LOCK, ENOSYS, true},
-    {faults::LOCK, EOPNOTSUPP, true}, {faults::LOCK, EIO, false},
-    {faults::LOCK, EINTR, true},      {faults::OWNER, EPERM, true},
-    {faults::MODE, EPERM, false},     {faults::DUPLICATE, EMFILE, false},
-    {faults::LINK, EIO, false},       {faults::ALLOCATION, 0, false},
-    {faults::JSON, ENOMEM, false},    {faults::ACCESS, EROFS, false},
-    {faults::ACCESS, ENOENT, true},
+    {faults::OPEN, EIO, false},        {faults::OPEN, EACCES, false},
+    {faults::OPEN, EINTR, true},       {faults::READ, EIO, false},
+    {faults::READ, EINTR, true},       {faults::WRITE, ENOSPC, false},
+    {faults::WRITE, EINTR, true},      {faults::SHORT_WRITE, 0, true},
+    {faults::SYNC, EIO, false},        {faults::SYNC, EINTR, true},
+    {faults::RENAME, EIO, false},      {faults::RENAME, EBUSY, true},
+    {faults::CLOSE, EIO, false},       {faults::STAT, EIO, false},
+    {faults::LOCK, ENOLCK, true},      {faults::LOCK, ENOSYS, true},
+    {faults::LOCK, EOPNOTSUPP, true},  {faults::LOCK, EIO, false},
+    {faults::LOCK, EINTR, true},       {faults::OWNER, EPERM, true},
+    {faults::MODE, EPERM, true},       {faults::DUPLICATE, EMFILE, false},
+    {faults::LINK, EIO, false},        {faults::ALLOCATION, ENOMEM, false},
+    {faults::JSON, ENOMEM, false},     {faults::ACCESS, EROFS, false},
+    {faults::ACCESS, ENOENT, true},    {faults::XATTR, EPERM, true},
+    {faults::XATTR, EOPNOTSUPP, true}, {faults::XATTR, ENOSPC, false},
+    {faults::XATTR, ENOMEM, false},
 };
 
 struct Trial {
@@ -72,30 +74,54 @@ std::string const OLD = "{\n  \"a\":{\n    \"b\":1\n  }\n}";
 std::string const NEW = "{\n  \"a\":{\n    \"b\":2\n  }\n}";
 char const LAN_FILE[] = "data/network/network.ldb";
 
-void saves(Trial& trial, std::string const& old) {
+// Who may not read the old file may not open the temporary one.
+void expectNoWiderAccess() {
+    struct stat old;
+    struct stat temporary;
+    if (stat("saved/file", &old) == 0 && stat("saved/.file.saving", &temporary) == 0) {
+        bool const isTheSame =
+            temporary.st_gid == old.st_gid && temporary.st_mode == old.st_mode &&
+            attributeOf("saved/.file.saving", ACL) == attributeOf("saved/file", ACL);
+        EXPECT_TRUE(isTheSame || (temporary.st_mode & 077) == 0);
+    }
+}
+
+// Where the system has access control lists, either the old file has one or the folder gives one to
+// new files.
+void saves(Trial& trial, std::string const& old, bool hasList = false) {
     std::filesystem::create_directory("saved");
     remove("saved/file");
+    setAttribute("saved", "system.posix_acl_default", hasList ? "" : READER_1235);
     if (!old.empty()) {
         TempDir::write("saved/file", old);
-        chmod("saved/file", 0640);
+        setAttribute("saved/file", "user.note", "x");
+        setAttribute("saved/file", ACL, hasList ? READER_1235 : "");
+        chmod("saved/file", hasList ? 0644 : 0640);
         EXPECT_TRUE(geteuid() != 0 || chown("saved/file", 1234, 1234) == 0);
+        faults::atFault = expectNoWiderAccess;
     }
+    std::string const acl = attributeOf("saved/file", ACL);
     TreeMapObject document(NEW.c_str());
     int result = -1;
     trial.run([&] { result = JsonData::saveObjectToFile("saved/file", &document); });
+    faults::atFault = nullptr;
     EXPECT_TRUE(result == 0 || (result == 2 && !trial.fault.harmless));
+    bool const knowsNone = !hasList && trial.fault.error == EOPNOTSUPP;  // knows no lists
+    EXPECT_TRUE(old.empty() || knowsNone || attributeOf("saved/file", ACL) == acl);
     if (old.empty() && trial.n == 1 && trial.reached) {  // the first of each kind always matters
         EXPECT_EQ(result == 0, trial.fault.harmless || trial.fault.error == EACCES ||
                                    trial.fault.call == faults::JSON);  // the text is made again
     }
-    bool const refused = trial.reached && trial.fault.call == faults::ACCESS;
-    EXPECT_TRUE(!refused || (result == 0) == trial.fault.harmless);
+    bool const decides =
+        trial.reached && (trial.fault.call == faults::ACCESS || trial.fault.call == faults::XATTR);
+    EXPECT_TRUE(!decides || (result == 0) == trial.fault.harmless);
     EXPECT_EQ(TempDir::read("saved/file"), result == 0 ? NEW : old);
     EXPECT_EQ(entriesOf("saved"), result == 0 || !old.empty() ? 1 : 0);
     EXPECT_EQ(JsonData::saveObjectToFile("saved/file", &document), 0);
     EXPECT_EQ(TempDir::read("saved/file"), NEW);
 }
 void savesOver(Trial& trial) { saves(trial, OLD); }
+void savesWithAList(Trial& trial) { saves(trial, OLD, true); }
 void savesAnew(Trial& trial) { saves(trial, ""); }
 void savesTheSame(Trial& trial) { saves(trial, NEW); }
 
@@ -418,6 +444,7 @@ void PrintTo(Operation const& operation, std::ostream* out) { *out << operation.
 
 Operation const OPERATIONS[] = {
     {"Save", savesOver, false},
+    {"SaveWithList", savesWithAList, false},
     {"SaveNew", savesAnew, false},
     {"SaveUnchanged", savesTheSame, false},
     {"SaveThroughLink", savesThroughALink, false},

@@ -9,6 +9,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -77,6 +78,61 @@ TEST_F(SaveTest, KeepsModeAndOwner) {
     EXPECT_EQ(save("d/f", ONE), 0);
     EXPECT_EQ(statusOf("d/f").st_mode & 07777, 0640U);
     umask(before);
+}
+
+// All but those that vouch for the content.
+TEST_F(SaveTest, KeepsExtendedAttributes) {
+    std::string const values[] = {READER_1235, "note", std::string(1500, 'x'), "\1sum"};
+    char const* const names[] = {ACL, "user.note", "trusted.note", "security.ima"};
+    std::string kept[4];
+    dir.write("d/f", ONE);
+    for (int i = 0; i < 4; ++i) {
+        bool const isSet = setAttribute("d/f", names[i], values[i]);
+        kept[i] = isSet && i < 3 ? values[i] : "";
+    }
+    EXPECT_EQ(save("d/f", TWO), 0);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(attributeOf("d/f", names[i]), kept[i]) << names[i];
+    }
+    EXPECT_EQ(setxattr("d/f", "user.empty", "", 0, 0), save("d/f", ONE));
+    EXPECT_EQ(getxattr("d/f", "user.empty", nullptr, 0), 0);
+    if (geteuid() == 0 && setAttribute("d/f", "security.note", "root's")) {
+        EXPECT_EQ(chmod(".", 0755) + chmod("d", 0777) + chown("d/f", 1234, 0) + seteuid(1234), 0);
+        ino_t const before = statusOf("d/f").st_ino;
+        EXPECT_EQ(save("d/f", TWO), 0);
+        EXPECT_EQ(seteuid(0), 0);
+        EXPECT_NE(statusOf("d/f").st_ino, before);  // replaced all the same
+    }
+}
+
+// The mode as well, whatever list the folder gives a new file.
+TEST_F(SaveTest, KeepsTheAccessControlList) {
+    char const OF_NEW_FILES[] = "system.posix_acl_default";
+    if (!setAttribute("d", OF_NEW_FILES, READER_1235)) {
+        GTEST_SKIP() << "no access control lists in " << fs::current_path() << ": "
+                     << strerror(errno);
+    }
+    EXPECT_EQ(save("d/new", ONE), 0);
+    EXPECT_EQ(attributeOf("d/new", ACL), READER_1235);
+    fs::create_directory("e");
+    uid_t const owner = geteuid() == 0 ? 1234 : geteuid();
+    for (char const* file : {"d/f", "e/f"}) {
+        for (std::string const& list : {READER_1235, std::string()}) {
+            for (mode_t mode : {0600U, 0640U, 0644U, 0604U}) {
+                dir.write(file, ONE);
+                ASSERT_EQ(chown(file, owner, owner), 0);
+                ASSERT_TRUE(setAttribute(file, ACL, list));  // an empty one takes it away
+                chmod(file, mode);
+                std::string const before = attributeOf(file, ACL);
+                EXPECT_EQ(save(file, TWO), 0);
+                EXPECT_EQ(TempDir::read(file), TWO);
+                EXPECT_EQ(attributeOf(file, ACL), before) << file << list.size() << mode;
+                EXPECT_EQ(statusOf(file).st_mode & 07777, mode) << file << list.size();
+                EXPECT_EQ(statusOf(file).st_uid, owner);
+                remove(file);
+            }
+        }
+    }
 }
 
 // By the effective user, whatever the folder allows and the file holds. Root is refused nothing.

@@ -24,6 +24,9 @@ bool fails(faults::Call call) {
         return false;
     }
     countdown = -1;  // no later call fails
+    if (faults::atFault != nullptr) {
+        faults::atFault();
+    }
     errno = armedError;
     return true;
 }
@@ -39,6 +42,8 @@ Result failure() {
 }
 
 }  // namespace
+
+void (*faults::atFault)();
 
 void faults::arm(Call call, int n, int error) {
     armedCall = call;
@@ -76,6 +81,14 @@ WRAP(MODE, int, fchmod, (int fd, mode_t mode), fd, mode)
 WRAP(DUPLICATE, int, fcntl, (int fd, int command, int from), fd, command, from)
 WRAP(DUPLICATE, int, fcntl64, (int fd, int command, int from), fd, command, from)
 WRAP(LINK, ssize_t, readlink, (char const* name, char* to, size_t size), name, to, size)
+WRAP(STAT, ssize_t, llistxattr, (char const* file, char* list, size_t size), file, list, size)
+WRAP(XATTR, ssize_t, lgetxattr, (char const* file, char const* name, void* to, size_t size), file,
+     name, to, size)
+WRAP(XATTR, ssize_t, fgetxattr, (int fd, char const* name, void* to, size_t size), fd, name, to,
+     size)
+WRAP(XATTR, int, fsetxattr, (int fd, char const* name, void const* from, size_t size, int flags),
+     fd, name, from, size, flags)
+WRAP(XATTR, int, fremovexattr, (int fd, char const* name), fd, name)
 WRAP(ACCESS, int, faccessat, (int folder, char const* name, int mode, int flags), folder, name,
      mode, flags)
 

@@ -21,6 +21,7 @@ enum Call {
     DUPLICATE,
     LINK,
     ACCESS,
+    XATTR,  // a call on one extended attribute
     ALLOCATION,
     JSON  // a call to json-c, for lack of memory
 };
@@ -28,6 +29,9 @@ enum Call {
 // From now on, in all threads, the n-th (from 1) call of that kind fails with `error`; a
 // SHORT_WRITE writes one byte.
 void arm(Call call, int n, int error);
+
+// Called, unless null, when a call is made to fail.
+extern void (*atFault)();
 
 // Ends that; whether the call was reached.
 bool disarm();

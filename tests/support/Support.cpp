@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <stdlib.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -159,6 +160,26 @@ ChildResult inChild(std::function<void()> const& action) {
 long entriesOf(char const* folder) {
     return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
 }
+
+std::string attributeOf(char const* file, char const* name) {
+    char value[4096];
+    ssize_t const length = getxattr(file, name, value, sizeof value);
+    return std::string(value, length > 0 ? static_cast<size_t>(length) : 0);
+}
+
+bool setAttribute(char const* file, char const* name, std::string const& value) {
+    return setxattr(file, name, value.data(), value.size(), 0) == 0;
+}
+
+char const ACL[] = "system.posix_acl_access";
+std::string const READER_1235(
+    "\2\0\0\0"
+    "\1\0\6\0\xff\xff\xff\xff"     // the owner: rw-
+    "\2\0\4\0\xd3\4\0\0"           // user 1235: r--
+    "\4\0\0\0\xff\xff\xff\xff"     // the group
+    "\x10\0\4\0\xff\xff\xff\xff"   // the mask: r--
+    "\x20\0\0\0\xff\xff\xff\xff",  // others
+    44);
 
 bool isHeld(pthread_mutex_t& mutex) {
     bool held = false;

@@ -47,6 +47,14 @@ ChildResult inChild(std::function<void()> const& action);
 // How many entries a folder has.
 long entriesOf(char const* folder);
 
+// An extended attribute: empty when there is none; false when it cannot be set.
+std::string attributeOf(char const* file, char const* name);
+bool setAttribute(char const* file, char const* name, std::string const& value);
+
+// The access control list of a file, and a value for it: user 1235 may read, the group may not.
+extern char const ACL[];
+extern std::string const READER_1235;
+
 // Whether a thread holds the mutex, this one or another.
 bool isHeld(pthread_mutex_t& mutex);
 
