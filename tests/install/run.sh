@@ -1,7 +1,7 @@
 #!/bin/sh
 # run.sh BUILD NM CXX [TOOLCHAIN]: installs the build to a folder of its own, checks what the libraries
-# export and under which version, and builds and runs the example of the README against them, through
-# CMake and through pkg-config. RUN is the emulator of a foreign program, if there has to be one.
+# export and under which version, builds and runs the example of the README against them, through CMake
+# and through pkg-config, and puts another validator in the place of the library's. RUN is the emulator of a foreign program, if there has to be one.
 set -eu
 build=$1
 nm=$2
@@ -16,7 +16,7 @@ cmake --install "$build" --prefix "$prefix" >/dev/null
 library=$(find "$prefix" -name libvobiutils.so)
 jsonschema=$(find "$prefix" -name libjsonschema-c.so)
 
-"$nm" -DC --defined-only "$library" ${jsonschema:+"$jsonschema"} | cut -d' ' -f3- | grep @ |
+"$nm" -DC --defined-only "$library" ${jsonschema:+"$jsonschema"} | sed -n 's/^[0-9a-f]* [^A] //p' |
     LC_ALL=C sort -u >"$work/exports"
 grep "${jsonschema:+.}\|@@VOBIUTILS" "$source/exports.txt" | diff - "$work/exports"
 
@@ -47,8 +47,42 @@ if [ -n "$toolchain" ]; then
     others=$VOBIUTILS_PREFIX/lib
     export PKG_CONFIG_LIBDIR="$others/pkgconfig"
 fi
-# shellcheck disable=SC2046 # a list of options
-"$cxx" -std=c++11 "$work/example.cpp" -o "$work/consumer" $(pkg-config --cflags --libs vobiutils) \
-    -Wl,-rpath,"$(dirname "$library")" ${others:+"-Wl,-rpath-link,$others"}
+compile() {  # PROGRAM SOURCE...
+    program=$work/$1
+    shift
+    # shellcheck disable=SC2046 # a list of options
+    "$cxx" -std=c++11 "$@" -o "$program" $(pkg-config --cflags --libs vobiutils) \
+        -Wl,-rpath,"$(dirname "$library")" ${others:+"-Wl,-rpath-link,$others"}
+}
+compile consumer "$work/example.cpp"
 check "$work/consumer"
-echo "installed, built twice and run"
+
+# A program's own validator, and a platform's.
+cat >"$work/own.cpp" <<'END'
+#include <json-c/json.h>
+#include <cstdio>
+extern "C" int json_validate_instance(json_object*, json_object*) { return puts("own"); }
+extern "C" int json_validate_instance_from_file(char const*, char const*) { return puts("own, files"); }
+END
+cat >"$work/validating.cpp" <<'END'
+#include <JsonData.h>
+#include <TreeMapObject.h>
+int main() {
+    TreeMapObject value("1");
+    return JsonData::validateObject(&value, "{\"type\": \"string\"}") + JsonData::validateFile("own.cpp", "own.cpp");
+}
+END
+checkOwn() {  # PROGRAM [VARIABLE=VALUE]
+    program=./$1
+    shift
+    # shellcheck disable=SC2086 # a command with options
+    (cd "$work" && env "$@" ${RUN:-} "$program" >output 2>&1 && printf 'own\nown, files\n' | diff - output)
+}
+compile validating_itself "$work/own.cpp" "$work/validating.cpp"
+checkOwn validating_itself
+# shellcheck disable=SC2046
+"$cxx" -shared -fPIC $(pkg-config --cflags vobiutils) "$work/own.cpp" -o "$work/libjsonschema-c.so.1" \
+    -Wl,-soname,libjsonschema-c.so.1
+compile validating "$work/validating.cpp"
+checkOwn validating "LD_LIBRARY_PATH=$work"
+echo "installed, built twice and run, with three validators"
