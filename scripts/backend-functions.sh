@@ -24,7 +24,7 @@ start_backend() { # PROGRAM FOLDER
     tries=0
     until grep -q '^listening' "$2/output.txt"; do
         tries=$((tries + 1))
-        if [ $tries -gt 100 ] || ! kill -0 $backend_pid 2>/dev/null; then
+        if [ $tries -gt 3000 ] || ! kill -0 $backend_pid 2>/dev/null; then
             cat "$2/output.txt" >&2
             return 1
         fi

@@ -1,22 +1,44 @@
 #!/bin/sh
-# Builds and runs all tests: under the sanitizers, then plain. "scripts/test.sh PRESET" runs one of the
-# builds of CMakePresets.json.
+# Builds and runs the tests: "scripts/test.sh" those of the plain build, "scripts/test.sh --all" before that
+# the same under the sanitizers, "scripts/test.sh PRESET" those of one build of CMakePresets.json.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \
     binutils json-schema-test-suite libcpp-httplib-dev libssl-dev curl
 
+# How many tests ran, which did not and why, and then what ctest said at its end.
+summarize() { # BUILD OUTPUT
+    skipped=$(sed -n 's/.*Test *#[0-9]*: \([^ ]*\) .*\*\*\*Skipped.*/\1/p' "$2")
+    total=$(grep -c '^ *[0-9]*/[0-9]* Test *#' "$2" || true)
+    not_run=$(echo "$skipped" | grep -c . || true)
+    echo "== $1: $((total - not_run)) tests ran, $not_run skipped"
+    for test in $skipped; do
+        # a script says "skipped: WHY", GoogleTest writes the reason below the line "PLACE: Skipped"
+        sed -n "/Test: $test\$/,/^end time/{s/^skipped: /   $test: /p;/: Skipped\$/{n;s/^/   $test: /p;}}" \
+            "build/$1/Testing/Temporary/LastTest.log"
+    done
+    sed -n '/^[0-9]*% tests passed/,$p' "$2"
+}
+
 run() {
     echo "== $1"
     cmake --preset "$1" >/dev/null
     cmake --build "build/$1" --parallel "$(nproc)"
-    ctest --test-dir "build/$1" --output-on-failure --parallel "$(nproc)"
+    output=build/$1/tests.txt
+    echo 1 >"$output.status"
+    {
+        ctest --test-dir "build/$1" --output-on-failure --parallel "$(nproc)" && echo 0 >"$output.status"
+    } | tee "$output" | sed '/^[0-9]*% tests passed/,$d'
+    summarize "$1" "$output"
+    return "$(cat "$output.status")"
 }
 
-if [ $# -gt 0 ]; then
-    run "$1"
-    exit
-fi
-run asan-ubsan
-run tsan
-run release
+case ${1-} in
+    --all)
+        run asan-ubsan
+        run tsan
+        run release
+        ;;
+    "") run release ;;
+    *) run "$1" ;;
+esac

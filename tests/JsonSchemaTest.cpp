@@ -1,7 +1,6 @@
 // The validator: numbers, limits and hostile schemas. What the drafts ask is in JsonSchemaSuite.cpp.
 #include <jsonschema.h>
 
-#include <chrono>
 #include <string>
 
 #include "JsonRef.h"
@@ -18,17 +17,14 @@ json_object* parsed(std::string const& text) {
     return value;
 }
 
-// On a small stack, and in bounded time.
+// On a small stack. What is without bounds runs into the test's time limit.
 bool isValid(std::string const& schema, std::string const& instance) {
     JsonRef const schemaValue(parsed(schema));
     JsonRef const value(parsed(instance));
     EXPECT_TRUE(schemaValue) << schema.substr(0, 100);
     std::string const before = text(schemaValue.get()) + text(value.get());
     bool valid = false;
-    auto const start = std::chrono::steady_clock::now();
     onSmallStack([&] { valid = json_validate_instance(value.get(), schemaValue.get()) != 0; });
-    // far above what it takes, for a busy machine and sanitizers
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
     EXPECT_EQ(text(schemaValue.get()) + text(value.get()), before);
     return valid;
 }

@@ -1,11 +1,11 @@
 // Transactions: what they say, hold, keep and discard.
 #include "LocalDbTransaction.h"
 
+#include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <chrono>
 #include <stdexcept>
 #include <thread>
 
@@ -111,10 +111,11 @@ TEST_F(LocalDbTransactionTest, SaysWhyAndHoldsNothing) {
 
 TEST_F(LocalDbTransactionTest, WaitsForABusyType) {
     std::atomic<bool> locked = false;
+    std::atomic<pid_t> waiting = 0;
     std::thread writer([&] {
         LocalDbTransaction first(API_NETWORK, "", "default");
         locked = true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        waitUntilAsleep(waiting);
         first->set("lan.mtu", 1);
         EXPECT_EQ(first.save(), 0);
     });
@@ -124,7 +125,8 @@ TEST_F(LocalDbTransactionTest, WaitsForABusyType) {
     EXPECT_EQ(LocalDbTransaction(API_NETWORK, "", "default").status(), LocalDbTransaction::BUSY);
     EXPECT_EQ(LocalDbTransaction(API_NETWORK, "", "default", 10).status(),
               LocalDbTransaction::BUSY);
-    LocalDbTransaction second(API_NETWORK, "", "default", 60999);
+    waiting = gettid();
+    LocalDbTransaction second(API_NETWORK, "", "default", UINT_MAX);
     ASSERT_TRUE(second);
     EXPECT_EQ(second->get<int>("lan.mtu"), 1);
     writer.join();

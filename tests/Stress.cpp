@@ -1,5 +1,6 @@
 // Everything the headers allow at once, from many threads: stress SECONDS. A data race is for
 // ThreadSanitizer to see, what is lost or torn for the checks.
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
@@ -69,8 +70,12 @@ void transacts(int round) {
 void writesOneType(int round) { updates[API_QOS] += update(API_QOS, "default", round % 16 == 0); }
 
 // Two controllers save the same type, and one reads its file.
-void savesInSessionOne(int) { update(SAVED_BY_SESSIONS, "one", true); }
-void savesInSessionTwo(int) { update(SAVED_BY_SESSIONS, "two", true); }
+void savesInSessionOne(int) {
+    updates[SAVED_BY_SESSIONS] += update(SAVED_BY_SESSIONS, "one", true);
+}
+void savesInSessionTwo(int) {
+    updates[SAVED_BY_SESSIONS] += update(SAVED_BY_SESSIONS, "two", true);
+}
 void readsTheFile(int) {
     TreeMapObject* const read =
         JsonData::createObjectFromFile(LocalDbCtrl::getFileName(SAVED_BY_SESSIONS));
@@ -160,14 +165,19 @@ TEST(Stress, LosesAndTearsNothing) {
     LocalDbCtrl::cloneNewDB("two");
 
     auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    auto const isOver = [end] {  // not before everything has been done, be the disk ever so slow
+        auto const isDone = [](std::atomic<int> const& count) { return count > 0; };
+        return std::chrono::steady_clock::now() >= end && attempts > 0 &&
+               std::all_of(updates, updates + WITHOUT_A_FILE, isDone);
+    };
     std::vector<std::thread> threads;
     for (auto* work :
          {writesAllTypes, writesOneType, transacts, savesInSessionOne, savesInSessionTwo,
           readsTheFile, makesASessionOfItsOwn, removesASession, savesInAPassingSession,
           takesTurnsAfterNullResults, logs, logsIn, asksForNames}) {
         for (int copy = 0; copy < 2; ++copy) {
-            threads.emplace_back([work, end] {
-                for (int round = 1; std::chrono::steady_clock::now() < end; ++round) {
+            threads.emplace_back([work, isOver] {
+                for (int round = 1; !isOver(); ++round) {
                     work(round);
                 }
             });

@@ -4,7 +4,7 @@ const failures = [];
 const element = (id) => document.getElementById(id);
 
 async function waitFor(what, condition) {
-  for (let i = 0; i < 100; i++) {
+  for (let i = 0; i < 2000; i++) {
     if (condition()) return true;
     await new Promise((resolve) => setTimeout(resolve, 50));
   }

@@ -16,7 +16,7 @@ driver_pid=$!
 trap 'kill $backend_pid $driver_pid 2>/dev/null || true; wait; rm -rf "$work"' EXIT
 
 post() { # PATH JSON
-    curl --silent --fail-with-body --retry 20 --retry-connrefused --retry-delay 1 \
+    curl --silent --fail-with-body --retry 120 --retry-connrefused --retry-delay 1 \
         --header 'Content-Type: application/json' --data "$2" "$driver/session$1"
 }
 
@@ -24,7 +24,7 @@ session=$(post "" '{"capabilities": {"alwaysMatch": {"goog:chromeOptions":
     {"args": ["--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--window-size=1280,1400"]}}}}' |
     jq -r .value.sessionId)
 post "/$session/url" "{\"url\": \"http://127.0.0.1:$port/\"}" >/dev/null
-post "/$session/timeouts" '{"script": 60000}' >/dev/null
+post "/$session/timeouts" '{"script": 500000}' >/dev/null
 failures=$(post "/$session/execute/async" "$(jq -Rs '{script: ., args: []}' tests/backend/page.js)" |
     jq -c .value)
 if [ -n "${2-}" ]; then

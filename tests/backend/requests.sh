@@ -255,7 +255,7 @@ stop_backend
 begin enable_multidb_mode 0
 prepare_gateway "$work/second" "$((port + 1)),$port"
 status=0
-(cd "$work/second" && timeout 20 "$program" >/dev/null 2>&1) || status=$?
+(cd "$work/second" && timeout 300 "$program" >/dev/null 2>&1) || status=$?
 expect "a port that is taken" 1 "$status"
 stop_backend
 
@@ -272,7 +272,7 @@ for reader in 1 2; do
     readers="$readers $!"
 done
 tries=0
-until grep -qs '^Retry-After: 1' "$work/headers1" "$work/headers2" || [ $tries -gt 100 ]; do
+until grep -qs '^Retry-After: 1' "$work/headers1" "$work/headers2" || [ $tries -gt 3000 ]; do
     tries=$((tries + 1))
     sleep 0.1
 done
