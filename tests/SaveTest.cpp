@@ -287,6 +287,7 @@ TEST_F(SaveTest, LeavesTheOldFileOnAFullDisk) {
         printf("%c", TempDir::read("full/f") == TWO ? '2' : 'x');
         printf("%d", save("full/f", ONE));
         printf("%c%ld", TempDir::read("full/f") == ONE ? '1' : 'x', entriesOf("full"));
+        chmod("full", 0755);  // for the clean-up of an ordinary user
     });
     EXPECT_EQ(child.output, "012121 022011");
 }
