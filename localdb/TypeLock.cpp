@@ -135,6 +135,7 @@ bool Claim::release() {
         return false;
     }
     end();
+    slot_.setState(DB_STATE_WRITING);  // a program may have changed it, and others go by it
     unlock(slot_);
     return true;
 }

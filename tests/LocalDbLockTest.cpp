@@ -119,27 +119,32 @@ TEST_F(LocalDbLockTest, HandsTheTypeOverAfterANullResult) {
 }
 
 // A writer that waits for the mutex is not overtaken, and notices what a program changes in the public
-// fields by itself.
+// fields also when nobody else comes.
 TEST_F(LocalDbLockTest, ServesAWaiterFirstAndLooksAgain) {
     Logger::mask = 0;
-    EXPECT_EQ(LocalDbCtrl::lockDbObject(LAN, "none", "default"), nullptr);
-    std::atomic<pid_t> writerNumber = 0;
-    std::atomic<bool> refused = false;
-    std::thread writer([&] {
-        writerNumber = gettid();
-        EXPECT_NE(LocalDbCtrl::lockDbObject(LAN, "", "default"), nullptr);
-        while (!refused) {
-            std::this_thread::yield();
+    for (bool othersCome : {true, false}) {
+        EXPECT_EQ(LocalDbCtrl::lockDbObject(LAN, "none", "default"), nullptr);
+        std::atomic<pid_t> writerNumber = 0;
+        std::atomic<bool> refused = !othersCome;
+        std::thread writer([&] {
+            writerNumber = gettid();
+            EXPECT_NE(LocalDbCtrl::lockDbObject(LAN, "", "default"), nullptr);
+            while (!refused) {
+                std::this_thread::yield();
+            }
+            EXPECT_EQ(LocalDbCtrl::unlockDbObject(LAN, "default"), 0);
+        });
+        waitUntilAsleep(writerNumber);
+        std::atomic_ref<int>(controller->state[LAN]) = DB_STATE_WRITING;
+        pthread_mutex_unlock(&controller->lock[LAN]);
+        std::atomic_ref<int>(controller->state[LAN]) = DB_STATE_ACCESSIBLE;
+        if (othersCome) {
+            LocalDbTransaction const other(LAN, "", "default");
+            EXPECT_EQ(other.status(), LocalDbTransaction::BUSY);
+            refused = true;
         }
-        EXPECT_EQ(LocalDbCtrl::unlockDbObject(LAN, "default"), 0);
-    });
-    waitUntilAsleep(writerNumber);
-    std::atomic_ref<int>(controller->state[LAN]) = DB_STATE_WRITING;
-    pthread_mutex_unlock(&controller->lock[LAN]);
-    std::atomic_ref<int>(controller->state[LAN]) = DB_STATE_ACCESSIBLE;
-    EXPECT_EQ(LocalDbTransaction(LAN, "", "default").status(), LocalDbTransaction::BUSY);
-    refused = true;
-    writer.join();
+        writer.join();
+    }
 }
 
 // Whoever releases what nobody holds disturbs neither the mutex nor the others who do so.

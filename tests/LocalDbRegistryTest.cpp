@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "LocalDbCtrl.h"
+#include "LocalDbTransaction.h"
 #include "Logger.h"
 #include "Support.h"
 #include "TreeMapObject.h"
@@ -57,36 +58,41 @@ TEST_F(LocalDbRegistryTest, RemovesControllersEvenWhileOneTypeIsWritten) {
 TEST_F(LocalDbRegistryTest, RemovalWaitsForAWriterAndItsSave) {
     Logger::mask = 0;
     char const pipe[] = "data/network/network.ldb";
-    LocalDbCtrl::cloneNewDB("s1");
-    std::atomic<pid_t> numbers[2] = {0, 0};
-    std::atomic<bool> saves = false;
-    std::thread writer([&] {
-        EXPECT_NE(LocalDbCtrl::lockDbObject(API_NETWORK, "", "s1"), nullptr);
+    for (bool transaction : {false, true}) {
         remove(pipe);
-        EXPECT_EQ(mkfifo(pipe, 0600), 0);
-        numbers[0] = gettid();
-        while (!saves) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        dir.write(pipe, "{\"type\": 2}");
+        LocalDbCtrl::cloneNewDB("s1");
+        std::atomic<pid_t> numbers[2] = {0, 0};
+        std::atomic<bool> saves = false;
+        std::thread writer([&] {
+            LocalDbTransaction held(transaction ? API_NETWORK : API_TYPE_COUNT, "", "s1");
+            EXPECT_EQ(LocalDbCtrl::lockDbObject(API_NETWORK, "", "s1") == nullptr, transaction);
+            remove(pipe);
+            EXPECT_EQ(mkfifo(pipe, 0600), 0);
+            numbers[0] = gettid();
+            while (!saves) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+            EXPECT_EQ(transaction ? held.save() : LocalDbCtrl::saveDbObject(API_NETWORK, "s1"), 0);
+        });
+        waitUntilAsleep(numbers[0]);
+        std::thread remover([&] {
+            numbers[1] = gettid();
+            EXPECT_EQ(LocalDbCtrl::removeDB("s1"), 1);
+        });
+        waitUntilAsleep(numbers[1]);
+        EXPECT_NE(LocalDbCtrl::getDBByKey("s1"), LocalDbCtrl::getDBByKey("default"));
+        saves = true;
+        while (isHeld(LocalDbCtrl::getDBByKey("s1")->lock[API_NETWORK])) {
         }
-        EXPECT_EQ(LocalDbCtrl::saveDbObject(API_NETWORK, "s1"), 0);
-    });
-    waitUntilAsleep(numbers[0]);
-    std::thread remover([&] {
-        numbers[1] = gettid();
-        EXPECT_EQ(LocalDbCtrl::removeDB("s1"), 1);
-    });
-    waitUntilAsleep(numbers[1]);
-    EXPECT_NE(LocalDbCtrl::getDBByKey("s1"), LocalDbCtrl::getDBByKey("default"));
-    saves = true;
-    while (isHeld(LocalDbCtrl::getDBByKey("s1")->lock[API_NETWORK])) {
+        waitUntilAsleep(numbers[0]);
+        waitUntilAsleep(numbers[1]);
+        EXPECT_NE(LocalDbCtrl::getDBByKey("s1"), LocalDbCtrl::getDBByKey("default"));
+        EXPECT_EQ(TempDir::read(pipe), "{\n  \"type\":2\n}");
+        writer.join();
+        remover.join();
+        EXPECT_EQ(LocalDbCtrl::getDBByKey("s1"), LocalDbCtrl::getDBByKey("default"));
     }
-    waitUntilAsleep(numbers[0]);
-    waitUntilAsleep(numbers[1]);
-    EXPECT_NE(LocalDbCtrl::getDBByKey("s1"), LocalDbCtrl::getDBByKey("default"));
-    EXPECT_EQ(TempDir::read(pipe), "{\n  \"type\":2\n}");
-    writer.join();
-    remover.join();
-    EXPECT_EQ(LocalDbCtrl::getDBByKey("s1"), LocalDbCtrl::getDBByKey("default"));
 }
 
 // Two removals wait for one writer: the second one leaves alone what is registered in between.

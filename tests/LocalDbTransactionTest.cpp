@@ -139,6 +139,7 @@ TEST_F(LocalDbTransactionTest, WaitsNoLongerForASaveThatTakesLong) {
         LocalDbTransaction first(API_NETWORK, "", "default");
         remove(FILE_OF_LAN);
         EXPECT_EQ(mkfifo(FILE_OF_LAN, 0600), 0);  // a save waits for its reader
+        std::atomic_ref<int>(controller->state[API_NETWORK]) = DB_STATE_ACCESSIBLE;  // by a program
         locked = true;
         EXPECT_EQ(first.save(), 0);
     });
@@ -173,6 +174,8 @@ TEST_F(LocalDbTransactionTest, IsEndedByAPlainOperationInsideItsScope) {
         std::string const lines = transcript([&] {
             LocalDbTransaction node(API_NETWORK, "lan", "default");
             node->set("mtu", save ? 1 : 2);
+            LocalDbCtrl::unlockDbObject(API_WIFI, "default");  // another type
+            EXPECT_TRUE(node);
             EXPECT_EQ(save ? LocalDbCtrl::saveDbObject(API_NETWORK, "default")
                            : LocalDbCtrl::unlockDbObject(API_NETWORK, "default"),
                       0);
