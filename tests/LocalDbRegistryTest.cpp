@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -122,6 +123,25 @@ TEST_F(LocalDbRegistryTest, RemovesAControllerOnce) {
     EXPECT_NE(lines.find(loser), lines.npos);
     EXPECT_EQ(lines.find(loser), lines.rfind(loser));
     EXPECT_EQ(LocalDbCtrl::controllers.count("s1"), 1U);
+}
+
+TEST_F(LocalDbRegistryTest, RemovesNothingThatWasRegisteredWhileItWaited) {
+    std::unique_ptr<LOCALDB_HANDLER> const before(LocalDbCtrl::getDBByKey("default"));
+    pthread_mutex_lock(&before->lock[0]);
+    std::string const lines = transcript([] {
+        std::atomic<pid_t> number = 0;
+        std::thread remover([&] {
+            number = gettid();
+            LocalDbCtrl::removeDB("default");
+        });
+        waitUntilAsleep(number);
+        LocalDbCtrl::init();
+        remover.join();
+    });
+    EXPECT_TRUE(lines.ends_with("ERROR: removeDB: Cannot found key default\n"));
+    EXPECT_EQ(LocalDbCtrl::controllers.count("default"), 1U);
+    pthread_mutex_unlock(&before->lock[0]);
+    Logger::mask = 0;
 }
 
 TEST_F(LocalDbRegistryTest, IsSafeFromManyThreads) {
