@@ -3,9 +3,10 @@
 // The guard is held for a step on the map or on the chain of uses: never while a line is logged, a file is
 // read or a controller is made or destroyed.
 //
-// A controller must not be destroyed while a call works on it. A call enters its use and then works; the
-// removal takes the entry out of the map and then looks for uses. Each side stores one thing and loads the
-// other, so both pass the guard between the two: with atomics alone each could miss the store of the other.
+// A controller must not be destroyed while a call works on it. A call finds the entry and enters its use in
+// one step under the guard, and a removal looks for uses and takes the entry out in one: either the removal
+// sees the use, or the call no longer finds the controller. Each side stores one thing and loads the other;
+// with atomics in place of the guard, each could miss what the other has just stored.
 #include <memory>
 #include <new>
 
