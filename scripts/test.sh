@@ -6,17 +6,23 @@ cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \
     binutils json-schema-test-suite libcpp-httplib-dev libssl-dev curl
 
-# How many tests ran, which did not and why, and then what ctest said at its end.
+summary=
+# How many tests ran, which did not and why, in this build and those before it, and then what ctest said at
+# its end.
 summarize() { # BUILD OUTPUT
     skipped=$(sed -n 's/.*Test *#[0-9]*: \([^ ]*\) .*\*\*\*Skipped.*/\1/p' "$2")
     total=$(grep -c '^ *[0-9]*/[0-9]* Test *#' "$2" || true)
     not_run=$(echo "$skipped" | grep -c . || true)
-    echo "== $1: $((total - not_run)) tests ran, $not_run skipped"
+    summary="$summary== $1: $((total - not_run)) tests ran, $not_run skipped
+"
     for test in $skipped; do
         # a script says "skipped: WHY", GoogleTest writes the reason below the line "PLACE: Skipped"
-        sed -n "/Test: $test\$/,/^end time/{s/^skipped: /   $test: /p;/: Skipped\$/{n;s/^/   $test: /p;}}" \
-            "build/$1/Testing/Temporary/LastTest.log"
+        reason=$(sed -n "\\|Test: $test\\( .*\\)*\$|,/^<end of output>/{s/^skipped: //p;/: Skipped\$/{n;p;};}" \
+            "build/$1/Testing/Temporary/LastTest.log")
+        summary="$summary   $test: ${reason:-it does not say why}
+"
     done
+    printf '%s' "$summary"
     sed -n '/^[0-9]*% tests passed/,$p' "$2"
 }
 
