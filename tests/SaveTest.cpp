@@ -36,8 +36,6 @@ bool const SHARES_ITS_ADDRESSES = true;
 bool const SHARES_ITS_ADDRESSES = false;
 #endif
 
-unsigned int const LONGEST_ROUND = 3000;  // microseconds, from the first saves to the kill
-
 std::string const ONE = "{\n  \"a\":1\n}";
 std::string const TWO = "{\n  \"a\":2\n}";
 
@@ -371,6 +369,8 @@ TEST_F(SaveTest, IsNeverTornByAKill) {
     ASSERT_NE(shared, MAP_FAILED);
     auto* const saves = static_cast<std::atomic<int>*>(shared);
     for (int round = 0, met = 0; met < 60 && round < 300; ++round) {
+        using Clock = std::chrono::steady_clock;
+        auto const start = Clock::now();
         pid_t writers[2];
         for (int i = 0; i < 2; ++i) {
             saves[i] = 0;
@@ -382,10 +382,11 @@ TEST_F(SaveTest, IsNeverTornByAKill) {
                 saveForEver(round % 3 == 1 ? "link" : "d/f", saves + i);
             }
         }
-        using Clock = std::chrono::steady_clock;
+        // killed within the time that the first saves took: at any moment of one, on any disk
         for (auto end = Clock::time_point::max(); Clock::now() < end;) {
             if (end == Clock::time_point::max() && saves[0] > 0 && saves[1] > 0) {
-                end = Clock::now() + std::chrono::microseconds(random() % LONGEST_ROUND);
+                auto const taken = Clock::now() - start;
+                end = start + taken + taken * static_cast<int>(random() % 1000) / 1000;
             }
             TreeMapObject read(json_object_from_file("d/f"));
             ASSERT_NE(read.jobj, nullptr) << round;

@@ -27,7 +27,7 @@ begin() { # NAME VALUE... of settings
 ask() {
     method=$1 path=$2 body=${3-}
     shift $(($# < 3 ? $# : 3))
-    curl --silent --path-as-is --globoff --max-time 20 --output "$work/answer" \
+    curl --silent --path-as-is --globoff --max-time 300 --output "$work/answer" \
         --write-out '%{http_code}' --request "$method" ${body:+--data-binary "$body"} \
         ${token:+--header "Authorization: Bearer $token"} "$@" "$url$path"
 }
