@@ -138,9 +138,13 @@ class LocalDbCtrl {
     /// unknown key. Always 1.
     ///
     /// Waits until no thread holds a type of the controller, or is locking, saving or unlocking one; the key
-    /// stays registered until then, and other writers of it are still served. A thread that holds a type
-    /// of the controller itself waits for ever. Of two threads that remove the same controller the second
-    /// one removes nothing. A pointer from getDBByKey is invalid from then on.
+    /// stays registered until then, and other writers of it are still served: while they come without a
+    /// pause, removeDB does not return. A thread that removes a controller of which it holds a type waits
+    /// for ever. Of two threads that remove the same controller the second one removes nothing. A pointer
+    /// from getDBByKey is invalid from then on.
+    ///
+    /// A key that is registered between a lock that fell back to the default controller and its save or
+    /// unlock directs the latter to the new controller; transactions keep the one that they have locked.
     static int removeDB(char const* sessionKey);
 
     /// The registry. Changed only by the functions above, under a guard of the library's.
