@@ -21,6 +21,9 @@ typedef std::unique_ptr<TreeMapObject> Node;
 
 char const DEFAULT_DB[] = "default";
 
+// For a value that may be missing.
+char const* shown(char const* value) { return value != nullptr ? value : "(none)"; }
+
 void heading(char const* text) { std::printf("\n== %s\n", text); }
 
 void startUp() {
@@ -41,7 +44,7 @@ void readValues() {
         return;
     }
     for (char const* path : {"lan.ipv4.address", "wan.[0].name", "wan.[0].ipv4.address"}) {
-        std::printf("%s = %s\n", path, network->get<char const*>(path));
+        std::printf("%s = %s\n", path, shown(network->get<char const*>(path)));
     }
     int mtu = 0;
     if (network->get_ex("wan.[0].mtu", mtu)) {
@@ -104,12 +107,12 @@ void workInSession() {
     TreeMapObject* const wifi = LocalDbCtrl::lockDbObject(API_WIFI, "", key);
     if (wifi != nullptr) {
         wifi->set("ssids.[0].name", "only-in-this-session");
-        std::printf("session sees %s\n", wifi->get<char const*>("ssids.[0].name"));
+        std::printf("session sees %s\n", shown(wifi->get<char const*>("ssids.[0].name")));
         LocalDbCtrl::unlockDbObject(API_WIFI, key);
     }
     TreeMapObject* const shared = LocalDbCtrl::lockDbObject(API_WIFI, "", DEFAULT_DB);
     if (shared != nullptr) {
-        std::printf("others see %s\n", shared->get<char const*>("ssids.[0].name"));
+        std::printf("others see %s\n", shown(shared->get<char const*>("ssids.[0].name")));
         LocalDbCtrl::unlockDbObject(API_WIFI, DEFAULT_DB);
     }
     LocalDbCtrl::removeDB(key);
@@ -119,7 +122,7 @@ void validateMessage() {
     heading("A message and its schema");
     unsigned int const login = 0;
     TreeMapObject request(API_GATEWAY, login);
-    std::printf("%s\n", JsonData::getJson(&request));
+    std::printf("%s\n", shown(JsonData::getJson(&request)));
     std::printf("%s: result %d\n", COMM_LABEL(API_GATEWAY, login),
                 LocalDbCtrl::validateObject(&request, API_GATEWAY, login));
     request.set("password", 5);

@@ -1,5 +1,6 @@
 #include "Json.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -9,22 +10,14 @@ namespace {
 
 // Some number in it is none that JSON has.
 bool isInfinite(json_object* value) {
-    if (json_object_is_type(value, json_type_array)) {
-        for (size_t i = 0; i < json_object_array_length(value); ++i) {
-            if (isInfinite(json_object_array_get_idx(value, i))) {
-                return true;
-            }
-        }
-    } else if (json_object_is_type(value, json_type_object)) {
-        json_object_object_foreach(value, name, member) {
-            static_cast<void>(name);
-            if (isInfinite(member)) {
-                return true;
-            }
-        }
+    if (json_object_is_type(value, json_type_double)) {
+        return !std::isfinite(json_object_get_double(value));
     }
-    return json_object_is_type(value, json_type_double) &&
-           !std::isfinite(json_object_get_double(value));
+    auto const elements = elementsOf(value);
+    auto const members = membersOf(value);
+    return std::any_of(elements.begin(), elements.end(), isInfinite) ||
+           std::any_of(members.begin(), members.end(),
+                       [](auto const& member) { return isInfinite(member.second); });
 }
 
 }  // namespace
@@ -57,8 +50,31 @@ std::string textOf(json_object* value) {
     return text != nullptr ? text : "";
 }
 
+std::vector<json_object*> elementsOf(json_object* value) {
+    std::vector<json_object*> elements;
+    if (json_object_is_type(value, json_type_array)) {
+        for (size_t i = 0; i < json_object_array_length(value); ++i) {
+            elements.push_back(json_object_array_get_idx(value, i));
+        }
+    }
+    return elements;
+}
+
+Members membersOf(json_object* value) {
+    Members members;
+    if (json_object_is_type(value, json_type_object)) {
+        json_object_object_foreach(value, name, member) { members.emplace_back(name, member); }
+    }
+    return members;
+}
+
+char const* stringAt(json_object* value, char const* name) {
+    json_object* const member = json_object_object_get(value, name);
+    return json_object_is_type(member, json_type_string) ? json_object_get_string(member) : nullptr;
+}
+
 void merge(json_object* target, json_object* change) {
-    json_object_object_foreach(change, name, value) {
+    for (auto const& [name, value] : membersOf(change)) {
         json_object* const old = json_object_object_get(target, name);
         if (json_object_is_type(old, json_type_object) &&
             json_object_is_type(value, json_type_object)) {

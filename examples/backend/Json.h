@@ -6,6 +6,8 @@
 
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 struct JsonRelease {
     void operator()(json_object* value) const { json_object_put(value); }
@@ -19,7 +21,14 @@ Json parseJson(std::string const& text);
 Json copyOf(json_object* value);
 std::string textOf(json_object* value);
 
-// Lays the members of `change` over those of `target`, object by object.
+// What a value of any type holds. A data file may be damaged, and json-c's own loops crash on a value of
+// another type than they expect. The results are borrowed; null stands for JSON null.
+typedef std::vector<std::pair<char const*, json_object*>> Members;
+std::vector<json_object*> elementsOf(json_object* value);    // empty unless it is an array
+Members membersOf(json_object* value);                       // empty unless it is an object
+char const* stringAt(json_object* value, char const* name);  // null unless the member is a string
+
+// Lays the members of `change` over those of the object `target`, object by object.
 void merge(json_object* target, json_object* change);
 
 #endif

@@ -47,12 +47,12 @@ class Client {
             http_.Post("/login", R"({"username":"admin","password":"sample-admin-password"})",
                        "application/json");
         Json const login = answer ? parseJson(answer->body) : Json();
-        if (!login || answer->status != 200) {
+        char const* const token = stringAt(login.get(), "token");
+        if (token == nullptr || answer->status != 200) {
             figures.failure = "cannot log in";
             return;
         }
-        http_.set_bearer_token_auth(
-            json_object_get_string(json_object_object_get(login.get(), "token")));
+        http_.set_bearer_token_auth(token);
     }
 
     bool isOver() const { return !figures.failure.empty() || isGone_ || Clock::now() >= end_; }
@@ -224,8 +224,9 @@ int run(int port, int seconds, char const* journalFile) {
 // as it would be after the request that was not answered.
 bool takeParts(json_object* document, std::string const& type, json_object* journal) {
     bool isGood = true;
-    json_object_object_foreach(journal, name, entry) {
-        if (type != json_object_get_string(json_object_object_get(entry, "type"))) {
+    for (auto const& [name, entry] : membersOf(journal)) {
+        char const* const itsType = stringAt(entry, "type");
+        if (itsType == nullptr || type != itsType) {
             continue;
         }
         json_object* const found = json_object_object_get(document, name);
@@ -246,7 +247,7 @@ int check(char const* journalFile, fs::path const& before, fs::path const& after
         std::string const file = type + "/" + type + ".ldb";
         Json const old(json_object_from_file((before / file).c_str()));
         Json const now(json_object_from_file((after / file).c_str()));
-        if (!now) {
+        if (!json_object_is_type(now.get(), json_type_object)) {
             std::printf("torn: %s\n", file.c_str());
             isGood = false;
         } else if (isGood && takeParts(now.get(), type, journal.get()) &&

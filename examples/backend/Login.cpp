@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <iterator>
-#include <memory>
+#include <optional>
 
 #include "Json.h"
 #include "Limits.h"
@@ -27,25 +27,34 @@ struct User {
     std::string password;  // hashed
 };
 
-// Names are compared one by one: the search of a document looks everywhere in it.
-bool findUser(std::string const& name, User& user) {
+Reply refuseUsers(LocalDbTransaction::Status status) {
+    bool const isPassing =
+        status == LocalDbTransaction::BUSY || status == LocalDbTransaction::NO_MEMORY;
+    return isPassing ? refuse(503, "somebody else is writing here", 1)
+                     : refuse(500, "the users cannot be read");
+}
+
+// Why the users cannot be searched, if they cannot. Names are compared one by one: the search of a document
+// looks everywhere in it. An entry that lacks something is nobody's.
+std::optional<Reply> findUser(std::string const& name, User& user) {
     LocalDbTransaction users(API_GATEWAY, "users", "default", MAX_WAIT_MS);
     if (!users) {
-        return false;
+        return refuseUsers(users.status());
     }
-    for (unsigned int i = 0; i < static_cast<unsigned int>(users->len()); ++i) {
-        std::unique_ptr<TreeMapObject> const entry(users->at(i));
+    bool const isArray = users->len() >= 0;
+    for (json_object* const value : elementsOf(users->jobj)) {
+        TreeMapObject entry(json_object_get(value));
         char const* itsName = nullptr;
         char const* role = nullptr;
         char const* password = nullptr;
         bool enabled = false;
-        if (entry->get_ex("name", itsName) && name == itsName && entry->get_ex("role", role) &&
-            entry->get_ex("password", password) && entry->get_ex("enabled", enabled)) {
+        if (entry.get_ex("name", itsName) && name == itsName && entry.get_ex("role", role) &&
+            entry.get_ex("password", password) && entry.get_ex("enabled", enabled)) {
             user = {true, enabled, role, password};
         }
     }
     users.keep();
-    return true;
+    return isArray ? std::nullopt : std::optional<Reply>(refuse(500, "the users are not an array"));
 }
 
 // An address as it is recorded: whoever has one address of IPv6 has its whole network.
@@ -79,13 +88,15 @@ Login::Login(Sessions& sessions) : sessions_(sessions), records_(BELoginRecord::
 
 Reply Login::attempt(std::string const& address, std::string const& body) {
     Json const value = parseJson(body);
-    if (!value || !isValid(API_GATEWAY, REQUEST, value.get())) {
-        return refuse(400, "the body is no valid GATEWAY_LOGIN_REQ: a username and a password");
+    char const* const username = stringAt(value.get(), "username");
+    char const* const password = stringAt(value.get(), "password");
+    if (username == nullptr || password == nullptr || !isValid(API_GATEWAY, REQUEST, value.get())) {
+        return hasUsableFiles(API_GATEWAY, REQUEST)
+                   ? refuse(400,
+                            "the body is no valid GATEWAY_LOGIN_REQ: a username and a password")
+                   : refuse(500, "the files of GATEWAY_LOGIN_REQ cannot be used");
     }
-    std::string const name =
-        json_object_get_string(json_object_object_get(value.get(), "username"));
-    std::string const password =
-        json_object_get_string(json_object_object_get(value.get(), "password"));
+    std::string const name = username;
 
     std::string const client = clientOf(address);
     std::lock_guard<std::mutex> const guard(oneAtATime_);
@@ -96,8 +107,8 @@ Reply Login::attempt(std::string const& address, std::string const& body) {
         return refuse(503, "attempts cannot be recorded: no login");
     }
     User user;
-    if (!findUser(name, user)) {
-        return refuse(503, "somebody else is writing here", 1);
+    if (std::optional<Reply> const refusal = findUser(name, user)) {
+        return *refusal;
     }
     if (!passwordMatches(user.password, password) || !user.isEnabled) {
         ++failures_[client][user.isKnown ? name : ""];

@@ -54,21 +54,15 @@ unsigned int numberOf(unsigned int type, char const* label) {
 
 // Members of the form become those of the value; those that the value lacks go.
 void fillIn(json_object* form, json_object* value) {
-    std::vector<std::string> names;
-    json_object_object_foreach(form, key, unused) {
-        static_cast<void>(unused);
-        names.emplace_back(key);
-    }
-    for (std::string const& name : names) {
-        json_object* const field = json_object_object_get(form, name.c_str());
+    for (auto const& [name, field] : membersOf(form)) {
         json_object* filled = nullptr;
-        if (!json_object_object_get_ex(value, name.c_str(), &filled)) {
-            json_object_object_del(form, name.c_str());
+        if (!json_object_object_get_ex(value, name, &filled)) {
+            json_object_object_del(form, name);
         } else if (json_object_is_type(field, json_type_object) &&
                    json_object_is_type(filled, json_type_object)) {
             fillIn(field, filled);
         } else {
-            json_object_object_add(form, name.c_str(), json_object_get(filled));
+            json_object_object_add(form, name, json_object_get(filled));
         }
     }
 }
@@ -92,11 +86,10 @@ class Checker {
             return json_object_object_get_ex(node, wanted.c_str(), &member) &&
                    isGood(member, depth + 1);
         }
-        size_t const length =
-            json_object_is_type(node, json_type_array) ? json_object_array_length(node) : 0;
-        for (size_t i = 0; i < length; ++i) {
+        auto const elements = elementsOf(node);
+        for (size_t i = 0; i < elements.size(); ++i) {
             bool const isReached = depth >= changed_.size() || i == Path::indexOf(changed_[depth]);
-            if (isReached && !isGood(json_object_array_get_idx(node, i), depth + 1)) {
+            if (isReached && !isGood(elements[i], depth + 1)) {
                 return false;
             }
         }
@@ -117,7 +110,8 @@ class Checker {
 
     bool isGoodForm(json_object* node) const {
         TreeMapObject form(message_.type, numberOf(message_.type, message_.request));
-        if (!json_object_is_type(node, json_type_object) || form.jobj == nullptr) {
+        if (!json_object_is_type(node, json_type_object) ||
+            !json_object_is_type(form.jobj, json_type_object)) {
             return false;
         }
         fillIn(form.jobj, node);
@@ -150,6 +144,13 @@ bool hasSchema(unsigned int type, char const* label) {
 Json schemaOf(unsigned int type, char const* label) {
     char const* const file = LocalDbCtrl::getSchemaFile(type, numberOf(type, label));
     return Json(file != nullptr ? json_object_from_file(file) : nullptr);
+}
+
+bool hasUsableFiles(unsigned int type, char const* label) {
+    Json const schema = schemaOf(type, label);
+    TreeMapObject const form(type, numberOf(type, label));
+    return json_object_is_type(form.jobj, json_type_object) &&
+           (!hasSchema(type, label) || json_object_is_type(schema.get(), json_type_object));
 }
 
 bool isValid(unsigned int type, char const* label, json_object* value) {

@@ -29,6 +29,10 @@ bool hasSchema(unsigned int type, char const* label);
 Json schemaOf(unsigned int type, char const* label);
 bool isValid(unsigned int type, char const* label, json_object* value);
 
+// Whether the schema and the form of the message are objects, where it has them. If not, nothing is valid,
+// and it is not the client's fault.
+bool hasUsableFiles(unsigned int type, char const* label);
+
 // A change at `path` may touch the places of several messages. Each must still give a valid one: of
 // a message that changes something, the message file is a form that is filled in from the document;
 // of one that is only read, the value is the response. The name of the first message that would not

@@ -41,18 +41,13 @@ bool namesSecret(Place const& place) {
 }
 
 void removeSecrets(Place const& place, json_object* value) {
-    if (json_object_is_type(value, json_type_array)) {
-        for (size_t i = 0; i < json_object_array_length(value); ++i) {
-            removeSecrets(place, json_object_array_get_idx(value, i));
-        }
-    } else if (json_object_is_type(value, json_type_object)) {
-        for (char const* const name : SECRETS) {
-            if (isSecret(place, name)) {
-                json_object_object_del(value, name);
-            }
-        }
-        json_object_object_foreach(value, name, member) {
-            static_cast<void>(name);
+    for (json_object* const element : elementsOf(value)) {
+        removeSecrets(place, element);
+    }
+    for (auto const& [name, member] : membersOf(value)) {
+        if (isSecret(place, name)) {
+            json_object_object_del(value, name);
+        } else {
             removeSecrets(place, member);
         }
     }
@@ -86,6 +81,9 @@ Reply refuseLock(LocalDbTransaction::Status status) {
 
 // With the schema, so that the client sees what would be valid.
 Reply refuseMessage(Place const& place, char const* label) {
+    if (!hasUsableFiles(place.type, label)) {
+        return refuse(500, std::string("the files of ") + label + " cannot be used");
+    }
     Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: not valid, refused\n", label);
     Json const reason(json_object_new_object());
     std::string const text = std::string("this would be no valid ") + label;
@@ -236,10 +234,10 @@ bool canHold(TreeMapObject const& container, std::string const& token) {
 // The "id" of each element; none when one has none.
 std::set<int> idsIn(TreeMapObject& array) {
     std::set<int> ids;
-    for (unsigned int i = 0; i < static_cast<unsigned int>(array.len()); ++i) {
-        Node const element(array.at(i));
+    for (json_object* const value : elementsOf(array.jobj)) {
+        TreeMapObject element(json_object_get(value));
         int id = 0;
-        if (element == nullptr || !element->get_ex("id", id)) {
+        if (!element.get_ex("id", id)) {
             return {};
         }
         ids.insert(id);
@@ -267,20 +265,16 @@ bool settleId(TreeMapObject& element, std::set<int> const& ids) {
 // Appends the objects that have such a member, with one of the wanted values, in document order. The
 // library's own search logs a line for each plain value in an array: too much at anybody's request.
 void findObjects(json_object* value, char const* key, Json const (&wanted)[2], json_object* found) {
-    if (json_object_is_type(value, json_type_array)) {
-        for (size_t i = 0; i < json_object_array_length(value); ++i) {
-            findObjects(json_object_array_get_idx(value, i), key, wanted, found);
-        }
-    } else if (json_object_is_type(value, json_type_object)) {
-        json_object* const member = json_object_object_get(value, key);
-        if (member != nullptr && (json_object_equal(member, wanted[0].get()) ||
-                                  json_object_equal(member, wanted[1].get()))) {
-            json_object_array_add(found, json_object_get(value));
-        }
-        json_object_object_foreach(value, name, child) {
-            static_cast<void>(name);
-            findObjects(child, key, wanted, found);
-        }
+    json_object* const member = json_object_object_get(value, key);
+    if (member != nullptr && (json_object_equal(member, wanted[0].get()) ||
+                              json_object_equal(member, wanted[1].get()))) {
+        json_object_array_add(found, json_object_get(value));
+    }
+    for (json_object* const element : elementsOf(value)) {
+        findObjects(element, key, wanted, found);
+    }
+    for (auto const& [name, child] : membersOf(value)) {
+        findObjects(child, key, wanted, found);
     }
 }
 
@@ -333,16 +327,19 @@ Reply changeResource(Place const& place, std::string const& body) {
             (container == nullptr || !canHold(*container, place.path.last()))) {
             return refuse(404, "there is nothing at this path, and nothing that could hold it");
         }
-        if (existing != nullptr && !isSameKind(existing->jobj, value.get())) {
+        bool const isObject =
+            existing != nullptr && json_object_is_type(existing->jobj, json_type_object);
+        // a message replaces a value that is not an object: that value is damaged
+        if (existing != nullptr && !isMessage && !isSameKind(existing->jobj, value.get())) {
             return refuseKind(existing->jobj);
         }
-        if (existing != nullptr && isMessage) {
+        if (isObject && isMessage) {
             merge(existing->jobj, value.get());
         } else if (JsonData::setJObj(document.jobj, path.c_str(), value.get()) != 0) {
             return refuse(500, "the value cannot be stored");
         }
-        Node const changed(document.get(path.c_str()));
-        return answer(place, existing != nullptr ? 200 : 201, changed->jobj, nullptr);
+        return answer(place, existing != nullptr ? 200 : 201,
+                      JsonData::getJObj(document.jobj, path.c_str()), nullptr);
     });
 }
 
@@ -392,9 +389,11 @@ Reply removeResource(Place const& place) {
         if (existing == nullptr || container == nullptr) {
             return refuse(404, "there is nothing at this path");
         }
+        // removal replaces the array in its handle: for the root that must be the document's own
+        TreeMapObject& array = place.path.parent().isRoot() ? document : *container;
         if (!Path::isIndex(place.path.last())) {
             document.del(path.c_str());
-        } else if (container->delArrayItem(place.path.lastIndex()) < 0) {
+        } else if (array.delArrayItem(place.path.lastIndex()) < 0) {
             return refuse(409, "an element of an array in an array is not removed");
         }
         Reply reply;

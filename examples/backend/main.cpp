@@ -10,6 +10,7 @@
 #include <Logger.h>
 #include <signal.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -65,6 +66,7 @@ int main(int argc, char** argv) {
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     BEConfig::init(file);
     Logger::init();
+    std::signal(SIGSEGV, SIG_DFL);  // a process that crashes must end, so that it is started again
     LocalDbCtrl::init();
     warnOfOpenDoors();
 

@@ -286,5 +286,31 @@ check <<'END'
 END
 
 stop_backend
+
+# What is damaged is not the client's fault; a valid message replaces it. A crash ends the process.
+begin enable_bypass_token 1
+echo '{"users": {}, "led": 5, "about": {}}' >"$work/gateway/data/gateway/gateway.ldb"
+token=
+check <<'END'
+500 POST /login {"username":"admin","password":"sample-admin-password"}
+400 POST /login {}
+500 GET /api/gateway/led
+400 PUT /api/gateway/led {"brightness":700}
+200 PUT /api/gateway/led {"enabled":true,"brightness":7,"nightMode":{"enabled":false,"from":"22:00","to":"06:00"}}
+END
+echo nonsense >"$work/gateway/data/gateway/GATEWAY_LOGIN_REQ_SCHEMA.ldb"
+echo '["form"]' >"$work/gateway/data/gateway/GATEWAY_LED_UPDATE_REQ.ldb"
+check <<'END'
+500 POST /login {}
+500 PUT /api/gateway/led {"brightness":7}
+END
+kill -SEGV "$backend_pid"
+tries=0
+until [ "$(ask GET /)" = 000 ] || [ $tries -gt 100 ]; do
+    tries=$((tries + 1))
+    sleep 0.1
+done
+kill "$backend_pid" 2>/dev/null || true
+wait "$backend_pid" && expect "a crash" "a status that says so" 0
 [ $failures = 0 ] && echo "all as wanted"
 exit $failures

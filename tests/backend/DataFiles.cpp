@@ -1,0 +1,197 @@
+// The back end on damaged data files: each member of a database is removed, and replaced by a value of each
+// type; so is the whole of each file. Every request that concerns the file must be answered.
+#include <BEConfig.h>
+#include <LocalDbCtrl.h>
+#include <TreeMapObject.h>
+
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "Json.h"
+#include "Routes.h"
+#include "Support.h"
+
+namespace fs = std::filesystem;
+
+// Thousands of documents are saved here; that a save survives a loss of power is tested elsewhere.
+extern "C" [[gnu::visibility("default")]] int fsync(int);
+int fsync(int) { return 0; }
+
+namespace {
+
+fs::path const SAMPLE = SAMPLE_GATEWAY;
+
+// Members that the back end itself knows: they are changed two levels deeper.
+std::set<std::string> const KNOWN = {"users", "led", "lan", "ssids", "portForwarding"};
+
+char const* const BROKEN[] = {"", "nonsense", "{\"users\": [{"};
+char const* const REPLACEMENTS[] = {nullptr, "null", "true", "7",         "0.5",
+                                    "'x'",   "[]",   "{}",   "[null, 7]", "[{'id': 1}, null, [7]]"};
+
+struct Question {
+    char const* method;
+    std::string path;
+    std::string body;
+};
+
+Question const LOGIN = {"POST", "/login",
+                        R"({"username":"admin","password":"sample-admin-password"})"};
+Question const OTHER_LOGIN = {"POST", "/login",
+                              R"({"username":"home","password":"sample-home-password"})"};
+Question const EMPTY_LOGIN = {"POST", "/login", "{}"};
+
+// Asked whenever their type is damaged.
+Question const QUESTIONS[] = {
+    {"GET", "/api/gateway/about", ""},
+    {"GET", "/api/gateway/led", ""},
+    {"PUT", "/api/gateway/led", R"({"brightness":7})"},
+    {"PUT", "/api/gateway/led.brightness", "8"},
+    {"GET", "/api/network/lan", ""},
+    {"PUT", "/api/network/lan", R"({"hostname":"x"})"},
+    {"GET", "/api/wifi/ssids", ""},
+    {"GET", "/api/wifi/ssids.[0]", ""},
+    {"PUT", "/api/wifi/ssids.[0]", R"({"id":1,"enabled":false})"},
+    {"PUT", "/api/service/portForwarding.rules.[0]", R"({"id":1,"enabled":false})"},
+    {"POST", "/api/service/portForwarding.rules",
+     R"({"name":"x","protocol":"tcp","externalPort":1,"internalPort":1,)"
+     R"("internalClient":"192.168.1.2","enabled":true})"},
+    {"DELETE", "/api/service/portForwarding.rules.[0]", ""},
+};
+
+// Asked at the damaged place: method, step from there, body.
+char const* const AT_THE_PLACE[][3] = {
+    {"GET", "", ""},        {"GET", "?", ""},     {"POST", "", "7"},    {"POST", "", R"({"a":7})"},
+    {"PUT", "", R"("x")"},  {"PUT", ".a", "7"},   {"PUT", ".[0]", "7"}, {"PUT", "", R"({"a":7})"},
+    {"DELETE", ".[0]", ""}, {"DELETE", ".a", ""}, {"DELETE", "", ""},
+};
+
+// The path of the value, and those below it; of an array the first element.
+void collectPaths(json_object* value, std::string const& path, int depth,
+                  std::vector<std::string>& paths) {
+    std::string const start = path.empty() ? "" : path + ".";
+    paths.push_back(path);
+    if (depth == 0) {
+        return;
+    }
+    for (auto const& [name, member] : membersOf(value)) {
+        collectPaths(member, start + name, depth - 1 + (KNOWN.contains(name) ? 2 : 0), paths);
+    }
+    if (!elementsOf(value).empty()) {
+        collectPaths(elementsOf(value).front(), start + "[0]", depth - 1, paths);
+    }
+}
+
+// The document with the value at the path replaced; with null, the member is removed.
+std::string changed(std::string const& document, std::string const& path, char const* replacement) {
+    TreeMapObject copy(document.c_str());
+    if (replacement == nullptr) {
+        copy.del(path.c_str());
+    } else if (path.empty()) {
+        return replacement;
+    } else {
+        TreeMapObject value(json(replacement));
+        copy.set(path.c_str(), &value);
+    }
+    return textOf(copy.jobj);
+}
+
+std::string plain(std::string const& document) { return text(Json(json(document.c_str())).get()); }
+
+class DataFiles : public testing::Test {
+  protected:
+    DataFiles() {
+        fs::create_directories("data");
+        fs::copy(SAMPLE / "data/gateway", "data/gateway");  // for logging in
+        BEConfig::DATA_LOCATION = "./data";
+        BEConfig::MULTIDB_MODE_ENABLE = 1;
+        BEConfig::ENABLE_BYPASS_TOKEN = 1;  // for what is asked while nobody can log in
+    }
+
+    Reply ask(Question const& question) {
+        SCOPED_TRACE(question.method + (" " + question.path) + " " + question.body);
+        size_t const search = question.path.find('?');
+        Request request = {question.method, question.path.substr(0, search), {}, "::1", token_,
+                           question.body};
+        if (search != std::string::npos) {
+            request.parameters = {{"find", "name"}, {"value", "x"}};
+        }
+        std::string const before = TempDir::read(database_);
+        Reply reply = routes_->answer(request);
+        Json const body(json_tokener_parse(reply.body.c_str()));
+        EXPECT_TRUE(reply.status >= 200 && reply.status <= 500) << reply.status;
+        EXPECT_EQ(reply.status >= 400, stringAt(body.get(), "error") != nullptr) << reply.body;
+        EXPECT_TRUE(reply.status != 204 || plain(TempDir::read(database_)) != plain(before));
+        return reply;
+    }
+
+    // Restarts with the text in the file, and asks what concerns its type and the damaged place.
+    void askWith(fs::path const& file, std::string const& text, std::string const& path) {
+        std::string const type = file.parent_path().filename();
+        database_ = "data/" + type + "/" + type + ".ldb";
+        fs::copy_file(SAMPLE / database_, database_, fs::copy_options::overwrite_existing);
+        TempDir::write(file, text);
+        LocalDbCtrl::init();
+        routes_.emplace();
+        token_ = "";
+        Json const welcome(json_tokener_parse(ask(LOGIN).body.c_str()));
+        char const* const token = stringAt(welcome.get(), "token");
+        token_ = token != nullptr ? token : "";
+        ask(EMPTY_LOGIN);
+        EXPECT_TRUE(path.rfind("users.[0]", 0) != 0 || ask(OTHER_LOGIN).status == 200);
+        std::string const place = "/api/" + type + "/";
+        for (Question const& question : QUESTIONS) {
+            if (question.path.rfind(place, 0) == 0) {
+                ask(question);
+            }
+        }
+        for (auto const& [method, step, body] : AT_THE_PLACE) {
+            if (file == database_) {
+                ask({method, place + path + (path.empty() && *step == '.' ? step + 1 : step),
+                     body});
+            }
+        }
+        routes_.reset();
+        LocalDbCtrl::removeDB("default");
+    }
+
+    void damage(fs::path const& file) {
+        std::string const original = TempDir::read(file);
+        bool const isDatabase = file.stem() == file.parent_path().filename();
+        std::vector<std::string> paths;
+        collectPaths(Json(json(original.c_str())).get(), "", isDatabase ? 1 : 0, paths);
+        for (char const* const text : BROKEN) {
+            SCOPED_TRACE(file.string() + ": " + text);
+            askWith(file, text, "");
+        }
+        for (std::string const& path : paths) {
+            for (char const* const value : REPLACEMENTS) {
+                SCOPED_TRACE(file.string() + " " + path + ": " + (value ? value : "removed"));
+                askWith(file, changed(original, path, value), path);
+            }
+        }
+        TempDir::write(file, original);
+    }
+
+  private:
+    TempDir folder_;
+    std::optional<Routes> routes_;
+    std::string token_;
+    fs::path database_;
+};
+
+TEST_F(DataFiles, OfAnyShapeGetAnAnswer) {
+    for (fs::directory_entry const& type : fs::directory_iterator(SAMPLE / "data")) {
+        fs::path const folder = "data" / type.path().filename();
+        fs::copy(type, folder, fs::copy_options::recursive | fs::copy_options::skip_existing);
+        for (fs::directory_entry const& file : fs::directory_iterator(type)) {
+            damage(folder / file.path().filename());
+        }
+        if (folder != "data/gateway") {
+            fs::remove_all(folder);
+        }
+    }
+}
+
+}  // namespace
