@@ -3,16 +3,20 @@
 //   backend [--any] [CONFIGURATION-FILE]
 //
 // Works in the current directory, on what the configuration file (backend.json) names there. Listens
-// on the loopback interface; with --any on all of them. Ends on SIGTERM and SIGINT.
+// on the loopback interface; with --any on all of them. Ends on SIGTERM and SIGINT. When it cannot start, it
+// prints the reason on standard error and exits with status 1.
 #include <BEConfig.h>
 #include <BELoginRecord.h>
+#include <JsonData.h>
 #include <LocalDbCtrl.h>
 #include <Logger.h>
+#include <TreeMapObject.h>
 #include <signal.h>
 
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 #include "Routes.h"
 #include "Server.h"
@@ -27,6 +31,20 @@ sigset_t holdBackSignals() {
     sigaddset(&signals, SIGINT);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     return signals;
+}
+
+// Why the configuration file cannot be used; null when it can. The library would fall back to its defaults:
+// other ports, no TLS, no lock-out.
+char const* faultOfConfiguration(char const* file) {
+    std::unique_ptr<TreeMapObject> const document(JsonData::createObjectFromFile(file));
+    if (document == nullptr) {
+        return "there is no such file";
+    }
+    if (document->jobj == nullptr) {
+        return "it cannot be read, or is not JSON";
+    }
+    return json_object_is_type(document->jobj, json_type_object) ? nullptr
+                                                                 : "it is not a JSON object";
 }
 
 void warnOfOpenDoors() {
@@ -56,10 +74,8 @@ int main(int argc, char** argv) {
     bool const onAllInterfaces = argc > 1 && std::strcmp(argv[1], "--any") == 0;
     char const* const file =
         argc > 1 + onAllInterfaces ? argv[1 + onAllInterfaces] : "backend.json";
-    if (std::FILE* const configuration = std::fopen(file, "r")) {
-        std::fclose(configuration);
-    } else {
-        std::perror(file);
+    if (char const* const fault = faultOfConfiguration(file)) {
+        std::fprintf(stderr, "%s: %s\n", file, fault);
         return 1;
     }
     sigset_t const signals = holdBackSignals();

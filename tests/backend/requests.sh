@@ -251,13 +251,29 @@ check <<'END'
 END
 stop_backend
 
+refuses_to_start() { # WHAT REASON
+    status=0
+    (cd "$work/second" && timeout 300 "$program" >/dev/null 2>"$work/reason") || status=$?
+    expect "$1" 1 "$status"
+    expect "the reason for $1" 1 "$(grep -c "$2" "$work/reason")"
+}
+
 # A port that is taken ends the start, also behind one that is free.
 begin enable_multidb_mode 0
 prepare_gateway "$work/second" "$((port + 1)),$port"
-status=0
-(cd "$work/second" && timeout 300 "$program" >/dev/null 2>&1) || status=$?
-expect "a port that is taken" 1 "$status"
+refuses_to_start "a port that is taken" "port $port"
 stop_backend
+
+# So does a configuration that is not an object; the library would take its defaults.
+settings="$work/second/backend.json"
+for content in "" '[]' '{"webserver_ports": "8081"' '"text"' null nonsense; do
+    printf '%s' "$content" >"$settings"
+    refuses_to_start "the configuration '$content'" backend.json
+done
+rm "$settings"
+refuses_to_start "no configuration" backend.json
+mkdir "$settings"
+refuses_to_start "a folder for a configuration" backend.json
 
 # A type that is busy, here being read from a pipe, is asked for again.
 begin enable_multidb_mode 0
