@@ -3,6 +3,7 @@
 #include <BEConfig.h>
 #include <LocalDbCtrl.h>
 #include <TreeMapObject.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <optional>
@@ -16,8 +17,7 @@
 namespace fs = std::filesystem;
 
 // Thousands of documents are saved here; that a save survives a loss of power is tested elsewhere.
-extern "C" [[gnu::visibility("default")]] int fsync(int);
-int fsync(int) { return 0; }
+extern "C" [[gnu::visibility("default")]] int fsync(int) { return 0; }
 
 namespace {
 
