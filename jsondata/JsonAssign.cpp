@@ -3,12 +3,12 @@
 // Each step says what it does, does it, and says so when it fails; the walk knows only outcomes.
 #include <stdio.h>
 
-#include "JsonAssign.h"
 #include "JsonData.h"
-#include "JsonMember.h"
-#include "JsonPath.h"
-#include "JsonRef.h"
-#include "Log.h"
+#include "jsondata/JsonAssign.h"
+#include "jsondata/JsonMember.h"
+#include "jsondata/JsonPath.h"
+#include "jsondata/JsonRef.h"
+#include "logging/Log.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <string.h>
 
 #include "JsonData.h"
-#include "Log.h"
+#include "logging/Log.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <string.h>
 
 #include "JsonData.h"
-#include "JsonSave.h"
-#include "Log.h"
 #include "TreeMapObject.h"
+#include "jsondata/files/JsonSave.h"
+#include "logging/Log.h"
 
 namespace {
 

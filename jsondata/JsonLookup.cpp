@@ -1,13 +1,13 @@
 // Reading by path: lookUp walks, getJObj hands out.
-#include "JsonLookup.h"
+#include "jsondata/JsonLookup.h"
 
 #include <string.h>
 
 #include <new>
 
 #include "JsonData.h"
-#include "JsonMember.h"
-#include "Log.h"
+#include "jsondata/JsonMember.h"
+#include "logging/Log.h"
 
 namespace {
 

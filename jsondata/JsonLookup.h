@@ -5,7 +5,7 @@
 
 #include <json-c/json.h>
 
-#include "JsonPath.h"
+#include "jsondata/JsonPath.h"
 
 struct Lookup {
     enum Outcome {

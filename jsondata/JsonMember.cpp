@@ -1,4 +1,4 @@
-#include "JsonMember.h"
+#include "jsondata/JsonMember.h"
 
 #include <stdlib.h>
 #include <string.h>

@@ -5,7 +5,7 @@
 
 #include <json-c/json.h>
 
-#include "JsonPath.h"
+#include "jsondata/JsonPath.h"
 
 // Where a member stands in an object, or would.
 struct MemberPlace {

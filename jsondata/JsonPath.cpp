@@ -1,4 +1,4 @@
-#include "JsonPath.h"
+#include "jsondata/JsonPath.h"
 
 #include <stdint.h>
 #include <stdio.h>

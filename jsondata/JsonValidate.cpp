@@ -4,10 +4,10 @@
 #include <sys/stat.h>
 
 #include "JsonData.h"
-#include "JsonFile.h"
-#include "JsonRef.h"
-#include "Log.h"
 #include "TreeMapObject.h"
+#include "jsondata/JsonRef.h"
+#include "jsondata/files/JsonFile.h"
+#include "logging/Log.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #ifndef JSONSCHEMA_BUDGET_H
 #define JSONSCHEMA_BUDGET_H
 
-#include "Limits.h"
+#include "jsonschema/Limits.h"
 
 class Budget {
   public:

@@ -1,4 +1,4 @@
-#include "Equality.h"
+#include "jsonschema/Equality.h"
 
 #include <stdint.h>
 #include <string.h>
@@ -7,7 +7,7 @@
 #include <memory>
 #include <new>
 
-#include "Number.h"
+#include "jsonschema/Number.h"
 
 namespace {
 

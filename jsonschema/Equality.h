@@ -4,7 +4,7 @@
 
 #include <json-c/json.h>
 
-#include "Budget.h"
+#include "jsonschema/Budget.h"
 
 bool areEqual(json_object* a, json_object* b, Budget& budget);
 

@@ -1,4 +1,4 @@
-#include "Evaluation.h"
+#include "jsonschema/Evaluation.h"
 
 bool Evaluation::satisfies(json_object* instance, json_object* schema) {
     Budget::Level const level(budget_);

@@ -2,7 +2,7 @@
 #ifndef JSONSCHEMA_EVALUATION_H
 #define JSONSCHEMA_EVALUATION_H
 
-#include "Schema.h"
+#include "jsonschema/Schema.h"
 
 class Evaluation {
   public:

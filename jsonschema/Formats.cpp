@@ -1,9 +1,9 @@
-#include "Formats.h"
+#include "jsonschema/Formats.h"
 
 #include <arpa/inet.h>
 #include <string.h>
 
-#include "Pattern.h"
+#include "jsonschema/Pattern.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "Budget.h"
+#include "jsonschema/Budget.h"
 
 // Whether the text has the format; every text has an unknown one.
 bool hasFormat(std::string_view text, std::string_view format, Budget& budget);

@@ -1,12 +1,12 @@
 // The keywords: one function each, over values whose form is known to be right, and their table.
-#include "Keyword.h"
+#include "jsonschema/Keyword.h"
 
 #include <string.h>
 
-#include "Equality.h"
-#include "Evaluation.h"
-#include "Formats.h"
-#include "Number.h"
+#include "jsonschema/Equality.h"
+#include "jsonschema/Evaluation.h"
+#include "jsonschema/Formats.h"
+#include "jsonschema/Number.h"
 
 namespace {
 

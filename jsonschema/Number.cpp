@@ -1,4 +1,4 @@
-#include "Number.h"
+#include "jsonschema/Number.h"
 
 #include <math.h>
 #include <stdlib.h>

@@ -6,7 +6,7 @@
 #include <json-c/json.h>
 #include <stdint.h>
 
-#include "Budget.h"
+#include "jsonschema/Budget.h"
 
 class Number {
   public:

@@ -1,5 +1,5 @@
 #define PCRE2_CODE_UNIT_WIDTH 8
-#include "Pattern.h"
+#include "jsonschema/Pattern.h"
 
 #include <pcre2.h>
 #include <stdlib.h>

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "Budget.h"
+#include "jsonschema/Budget.h"
 
 struct pcre2_real_code_8;
 

@@ -1,9 +1,9 @@
-#include "Schema.h"
+#include "jsonschema/Schema.h"
 
 #include <string.h>
 
-#include "Number.h"
-#include "Uri.h"
+#include "jsonschema/Number.h"
+#include "jsonschema/Uri.h"
 
 namespace {
 

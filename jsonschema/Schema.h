@@ -10,9 +10,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "Budget.h"
-#include "Keyword.h"
-#include "Pattern.h"
+#include "jsonschema/Budget.h"
+#include "jsonschema/Keyword.h"
+#include "jsonschema/Pattern.h"
 
 class Schema {
   public:

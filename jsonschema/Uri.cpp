@@ -1,4 +1,4 @@
-#include "Uri.h"
+#include "jsonschema/Uri.h"
 
 #include <stdlib.h>
 #include <string.h>

@@ -3,8 +3,8 @@
 
 #include <exception>
 
-#include "Evaluation.h"
-#include "JsonFile.h"
+#include "jsondata/files/JsonFile.h"
+#include "jsonschema/Evaluation.h"
 
 namespace {
 

@@ -1,15 +1,15 @@
 // The message names by API type and communication type: their tables, and looking one up.
 #include "CommLabel.h"
 
-#include "GatewayLabels.h"
-#include "LabelTable.h"
-#include "MediashareLabels.h"
-#include "NetworkLabels.h"
-#include "PackedTexts.h"
-#include "QosLabels.h"
-#include "SecurityLabels.h"
-#include "ServiceLabels.h"
-#include "WifiLabels.h"
+#include "labels/GatewayLabels.h"
+#include "labels/LabelTable.h"
+#include "labels/MediashareLabels.h"
+#include "labels/NetworkLabels.h"
+#include "labels/PackedTexts.h"
+#include "labels/QosLabels.h"
+#include "labels/SecurityLabels.h"
+#include "labels/ServiceLabels.h"
+#include "labels/WifiLabels.h"
 
 char const* GATEWAY_LBL[89];
 char const* WIFI_LBL[84];

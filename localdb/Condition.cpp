@@ -1,4 +1,4 @@
-#include "Condition.h"
+#include "localdb/Condition.h"
 
 #include <errno.h>
 

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "DbSlot.h"
+#include "localdb/DbSlot.h"
 
 class ControllerUse {
   public:

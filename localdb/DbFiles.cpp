@@ -1,11 +1,11 @@
 // API types and their files: the public names, and validation against a message's schema file.
 #include <string.h>
 
-#include "FileName.h"
 #include "JsonData.h"
 #include "LocalDbCtrl.h"
-#include "Log.h"
 #include "TreeMapObject.h"
+#include "localdb/FileName.h"
+#include "logging/Log.h"
 
 char const* API_DATA_DIR[API_TYPE_COUNT] = {
     "gateway", "wifi", "network", "security", "service", "mediashare", "qos", "misc", "fac",

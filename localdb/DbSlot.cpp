@@ -1,11 +1,11 @@
-#include "DbSlot.h"
+#include "localdb/DbSlot.h"
 
 #include <new>
 
-#include "FileName.h"
 #include "JsonData.h"
-#include "Log.h"
 #include "TreeMapObject.h"
+#include "localdb/FileName.h"
+#include "logging/Log.h"
 
 void DbSlot::load(char const* function, int number) {
     FileName const file = FileName::ofData(apiType);

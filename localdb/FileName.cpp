@@ -1,10 +1,10 @@
-#include "FileName.h"
+#include "localdb/FileName.h"
 
 #include <stdio.h>
 
 #include "BEConfig.h"
-#include "LabelTable.h"
 #include "LocalDbCtrl.h"
+#include "labels/LabelTable.h"
 
 FileName::FileName(char const* folder, char const* base, char const* suffix) {
     text_[0] = '\0';

@@ -1,8 +1,8 @@
 // The life of a controller.
-#include "DbSlot.h"
 #include "LocalDbCtrl.h"
-#include "Log.h"
 #include "TreeMapObject.h"
+#include "localdb/DbSlot.h"
+#include "logging/Log.h"
 
 LOCALDB_HANDLER::LOCALDB_HANDLER() : dbObject(), state() {
     UTIL_DEBUG("Local DB handler constructor\n");

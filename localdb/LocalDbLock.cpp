@@ -12,11 +12,11 @@
 //   either  0, 1   -                        unchanged    released   2
 #include <optional>
 
-#include "ControllerUse.h"
 #include "LocalDbCtrl.h"
-#include "Log.h"
 #include "TreeMapObject.h"
-#include "TypeLock.h"
+#include "localdb/ControllerUse.h"
+#include "localdb/TypeLock.h"
+#include "logging/Log.h"
 
 namespace {
 

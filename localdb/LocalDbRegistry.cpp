@@ -10,12 +10,12 @@
 #include <memory>
 #include <new>
 
-#include "Chain.h"
-#include "Condition.h"
-#include "ControllerUse.h"
-#include "Log.h"
-#include "MutexGuard.h"
-#include "TypeLock.h"
+#include "localdb/Chain.h"
+#include "localdb/Condition.h"
+#include "localdb/ControllerUse.h"
+#include "localdb/TypeLock.h"
+#include "logging/Log.h"
+#include "logging/MutexGuard.h"
 
 std::map<std::string, LOCALDB_HANDLER*> LocalDbCtrl::controllers;
 

@@ -4,11 +4,11 @@
 #include <new>
 #include <optional>
 
-#include "Condition.h"
-#include "ControllerUse.h"
-#include "JsonRef.h"
-#include "Log.h"
-#include "TypeLock.h"
+#include "jsondata/JsonRef.h"
+#include "localdb/Condition.h"
+#include "localdb/ControllerUse.h"
+#include "localdb/TypeLock.h"
+#include "logging/Log.h"
 
 namespace {
 

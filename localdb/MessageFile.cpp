@@ -1,8 +1,8 @@
 // The handle on a message file. It stands here so that treemap/ does not depend on localdb/.
-#include "FileName.h"
-#include "JsonFile.h"
-#include "Log.h"
 #include "TreeMapObject.h"
+#include "jsondata/files/JsonFile.h"
+#include "localdb/FileName.h"
+#include "logging/Log.h"
 
 TreeMapObject::TreeMapObject(unsigned int apiType, unsigned int commType) : TreeMapObject() {
     FileName const name = FileName::ofMessage(apiType, commType);

@@ -1,12 +1,12 @@
-#include "TypeLock.h"
+#include "localdb/TypeLock.h"
 
-#include "Chain.h"
-#include "Condition.h"
-#include "FileName.h"
 #include "JsonData.h"
-#include "Log.h"
-#include "MutexGuard.h"
 #include "TreeMapObject.h"
+#include "localdb/Chain.h"
+#include "localdb/Condition.h"
+#include "localdb/FileName.h"
+#include "logging/Log.h"
+#include "logging/MutexGuard.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 
 #include <atomic>
 
-#include "DbSlot.h"
+#include "localdb/DbSlot.h"
 
 // Returns holding the mutex of a type that no other thread is writing, saving or destroying. With a
 // deadline on CLOCK_MONOTONIC, false when that passes first.

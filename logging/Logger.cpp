@@ -12,8 +12,8 @@
 #include <unistd.h>
 
 #include "BEConfig.h"
-#include "Log.h"
-#include "MutexGuard.h"
+#include "logging/Log.h"
+#include "logging/MutexGuard.h"
 
 int Logger::enableFileLog = 1;
 char const* Logger::LogGroupNames[19] = {

@@ -6,10 +6,10 @@
 
 #include <atomic>
 
-#include "Lockout.h"
-#include "Log.h"
-#include "MutexGuard.h"
-#include "RecordFile.h"
+#include "logging/Log.h"
+#include "logging/MutexGuard.h"
+#include "loginrecord/Lockout.h"
+#include "loginrecord/RecordFile.h"
 
 bool BELoginRecord::isRunning = false;
 pthread_mutex_t BELoginRecord::lock = PTHREAD_MUTEX_INITIALIZER;

@@ -1,4 +1,4 @@
-#include "Lockout.h"
+#include "loginrecord/Lockout.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "RecordFile.h"
+#include "loginrecord/RecordFile.h"
 
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
-#include "JsonFile.h"
-#include "JsonSave.h"
+#include "jsondata/files/JsonFile.h"
+#include "jsondata/files/JsonSave.h"
 
 namespace {
 

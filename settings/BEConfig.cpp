@@ -6,9 +6,9 @@
 #include <stdlib.h>
 
 #include "BELoginRecord.h"
-#include "ConfigTable.h"
-#include "JsonFile.h"
-#include "Log.h"
+#include "jsondata/files/JsonFile.h"
+#include "logging/Log.h"
+#include "settings/ConfigTable.h"
 
 std::string BEConfig::WEBSERVER_PORTS = "8081,8082";
 std::string BEConfig::IPV4_ALLOW_PORTS = "8081,8082";

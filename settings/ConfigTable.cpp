@@ -1,6 +1,6 @@
 // Typed reading of configuration members. The logger is not set up yet: failures go to standard
 // output directly.
-#include "ConfigTable.h"
+#include "settings/ConfigTable.h"
 
 #include <stdio.h>
 

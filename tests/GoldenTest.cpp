@@ -18,11 +18,11 @@
 
 #include "BEConfig.h"
 #include "JsonData.h"
-#include "JsonRef.h"
 #include "LocalDbCtrl.h"
 #include "Logger.h"
 #include "Support.h"
 #include "TreeMapObject.h"
+#include "jsondata/JsonRef.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 #include <memory>
 
 #include "JsonData.h"
-#include "JsonRef.h"
 #include "Logger.h"
 #include "Support.h"
 #include "TreeMapObject.h"
+#include "jsondata/JsonRef.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "JsonData.h"
-#include "JsonRef.h"
 #include "Support.h"
+#include "jsondata/JsonRef.h"
 
 namespace {
 

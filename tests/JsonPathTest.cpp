@@ -1,5 +1,5 @@
 // The path language as text: tokens and index numbers.
-#include "JsonPath.h"
+#include "jsondata/JsonPath.h"
 
 #include <gtest/gtest.h>
 

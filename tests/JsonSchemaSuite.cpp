@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "JsonRef.h"
+#include "jsondata/JsonRef.h"
 
 namespace fs = std::filesystem;
 

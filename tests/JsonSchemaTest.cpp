@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "JsonRef.h"
 #include "Support.h"
+#include "jsondata/JsonRef.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <regex>
 
 #include "BELoginRecord.h"
-#include "Lockout.h"
 #include "Support.h"
+#include "loginrecord/Lockout.h"
 
 namespace {
 

@@ -20,11 +20,11 @@
 
 #include "BELoginRecord.h"
 #include "JsonData.h"
-#include "JsonRef.h"
 #include "LocalDbCtrl.h"
 #include "Logger.h"
 #include "Support.h"
 #include "TreeMapObject.h"
+#include "jsondata/JsonRef.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 
 #include <memory>
 
-#include "JsonRef.h"
 #include "Support.h"
+#include "jsondata/JsonRef.h"
 
 namespace {
 

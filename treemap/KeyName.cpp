@@ -1,4 +1,4 @@
-#include "KeyName.h"
+#include "treemap/KeyName.h"
 
 #include <string.h>
 

@@ -1,5 +1,5 @@
 // Making handles: all that the documents and their handles have to do with exceptions stands here.
-#include "NewHandles.h"
+#include "treemap/NewHandles.h"
 
 #include <sys/stat.h>
 
@@ -7,11 +7,11 @@
 #include <new>
 
 #include "JsonData.h"
-#include "JsonFile.h"
-#include "JsonLookup.h"
-#include "JsonRef.h"
-#include "KeyName.h"
-#include "Log.h"
+#include "jsondata/JsonLookup.h"
+#include "jsondata/JsonRef.h"
+#include "jsondata/files/JsonFile.h"
+#include "logging/Log.h"
+#include "treemap/KeyName.h"
 
 namespace {
 

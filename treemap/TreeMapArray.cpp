@@ -1,11 +1,11 @@
 // A handle's node as an array.
-#include "JsonAssign.h"
-#include "JsonMember.h"
-#include "JsonRef.h"
-#include "KeyName.h"
-#include "Log.h"
 #include "TreeMapObject.h"
-#include "ValueTraits.h"
+#include "jsondata/JsonAssign.h"
+#include "jsondata/JsonMember.h"
+#include "jsondata/JsonRef.h"
+#include "logging/Log.h"
+#include "treemap/KeyName.h"
+#include "treemap/ValueTraits.h"
 
 namespace {
 

@@ -2,12 +2,12 @@
 #include <string.h>
 
 #include "JsonData.h"
-#include "JsonMember.h"
-#include "JsonRef.h"
-#include "Log.h"
-#include "NewHandles.h"
 #include "TreeMapObject.h"
-#include "ValueTraits.h"
+#include "jsondata/JsonMember.h"
+#include "jsondata/JsonRef.h"
+#include "logging/Log.h"
+#include "treemap/NewHandles.h"
+#include "treemap/ValueTraits.h"
 
 namespace {
 

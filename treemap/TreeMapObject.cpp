@@ -4,10 +4,10 @@
 #include <stdlib.h>
 
 #include "JsonData.h"
-#include "JsonLookup.h"
-#include "JsonMember.h"
-#include "KeyName.h"
-#include "Log.h"
+#include "jsondata/JsonLookup.h"
+#include "jsondata/JsonMember.h"
+#include "logging/Log.h"
+#include "treemap/KeyName.h"
 
 TreeMapObject::TreeMapObject() : TreeMapObject(static_cast<json_object*>(nullptr)) {}
 

@@ -1,9 +1,9 @@
 // Typed values by path: one body per operation over ValueTraits, and its forms for the types.
-#include "JsonAssign.h"
 #include "JsonData.h"
-#include "Log.h"
 #include "TreeMapObject.h"
-#include "ValueTraits.h"
+#include "jsondata/JsonAssign.h"
+#include "logging/Log.h"
+#include "treemap/ValueTraits.h"
 
 using logging::printable;
 

@@ -3,7 +3,7 @@
 #include "BEConfig.h"
 #include "BELoginRecord.h"
 #include "Fuzz.h"
-#include "JsonRef.h"
+#include "jsondata/JsonRef.h"
 
 namespace {
 

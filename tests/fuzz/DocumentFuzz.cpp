@@ -2,8 +2,8 @@
 // back as json-c reads the same text (which makes a 1 of 01e); what was not leaves the file alone.
 #include "Fuzz.h"
 #include "JsonData.h"
-#include "JsonRef.h"
 #include "TreeMapObject.h"
+#include "jsondata/JsonRef.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include "Fuzz.h"
 #include "JsonData.h"
-#include "JsonRef.h"
+#include "jsondata/JsonRef.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // alone; in any other one an attempt counts.
 #include "BELoginRecord.h"
 #include "Fuzz.h"
-#include "JsonRef.h"
+#include "jsondata/JsonRef.h"
 
 // The value of a record that is no array leaks, deliberately.
 extern "C" [[gnu::visibility("default")]] char const* __lsan_default_options();

@@ -4,7 +4,7 @@
 #include <jsonschema.h>
 
 #include "Fuzz.h"
-#include "JsonRef.h"
+#include "jsondata/JsonRef.h"
 
 namespace {
 

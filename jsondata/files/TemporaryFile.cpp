@@ -1,4 +1,4 @@
-#include "TemporaryFile.h"
+#include "jsondata/files/TemporaryFile.h"
 
 #include <stdio.h>
 

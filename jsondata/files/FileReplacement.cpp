@@ -1,15 +1,15 @@
 // Replacing a file as a whole: a temporary file beside it is written, synced and renamed over it,
 // and the folder synced.
-#include "FileReplacement.h"
+#include "jsondata/files/FileReplacement.h"
 
 #include <stdint.h>
 #include <string.h>
 #include <sys/stat.h>
 
-#include "FileAttributes.h"
-#include "FileDescriptor.h"
-#include "SaveNames.h"
-#include "TemporaryFile.h"
+#include "jsondata/files/FileAttributes.h"
+#include "jsondata/files/FileDescriptor.h"
+#include "jsondata/files/SaveNames.h"
+#include "jsondata/files/TemporaryFile.h"
 
 namespace {
 

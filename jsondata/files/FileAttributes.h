@@ -1,7 +1,7 @@
 // The extended attributes of a file that is to be replaced, for the file that takes its place: its
 // access control list, the label of a security module, and what users have noted.
-#ifndef VOBIUTILS_JSONDATA_FILEATTRIBUTES_H
-#define VOBIUTILS_JSONDATA_FILEATTRIBUTES_H
+#ifndef VOBIUTILS_JSONDATA_FILES_FILEATTRIBUTES_H
+#define VOBIUTILS_JSONDATA_FILES_FILEATTRIBUTES_H
 
 #include <stddef.h>
 #include <stdlib.h>

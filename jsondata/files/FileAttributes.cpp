@@ -1,4 +1,4 @@
-#include "FileAttributes.h"
+#include "jsondata/files/FileAttributes.h"
 
 #include <errno.h>
 #include <string.h>

@@ -1,6 +1,6 @@
 // The names that saving a file works with.
-#ifndef VOBIUTILS_JSONDATA_SAVENAMES_H
-#define VOBIUTILS_JSONDATA_SAVENAMES_H
+#ifndef VOBIUTILS_JSONDATA_FILES_SAVENAMES_H
+#define VOBIUTILS_JSONDATA_FILES_SAVENAMES_H
 
 #include <limits.h>
 #include <stddef.h>

@@ -5,14 +5,14 @@
 // has its final name: one whose lock is free was left over. Only who holds the lock renames or
 // removes it. What stands there and cannot be locked or removed, another user's or no file at all,
 // is left alone: a further name is taken, with a digit behind.
-#ifndef VOBIUTILS_JSONDATA_TEMPORARYFILE_H
-#define VOBIUTILS_JSONDATA_TEMPORARYFILE_H
+#ifndef VOBIUTILS_JSONDATA_FILES_TEMPORARYFILE_H
+#define VOBIUTILS_JSONDATA_FILES_TEMPORARYFILE_H
 
 #include <string.h>
 #include <sys/stat.h>
 
-#include "FileAttributes.h"
-#include "FileDescriptor.h"
+#include "jsondata/files/FileAttributes.h"
+#include "jsondata/files/FileDescriptor.h"
 
 class TemporaryFile {
   public:

@@ -1,9 +1,9 @@
-#include "JsonFile.h"
+#include "jsondata/files/JsonFile.h"
 
 #include <limits.h>
 #include <stdlib.h>
 
-#include "FileDescriptor.h"
+#include "jsondata/files/FileDescriptor.h"
 
 namespace {
 

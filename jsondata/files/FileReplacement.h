@@ -1,7 +1,7 @@
 // Replacing the content of a file as a whole. Where its folder allows it, the file holds the old
 // content or the new one at any instant, and after a loss of power at any instant.
-#ifndef VOBIUTILS_JSONDATA_FILEREPLACEMENT_H
-#define VOBIUTILS_JSONDATA_FILEREPLACEMENT_H
+#ifndef VOBIUTILS_JSONDATA_FILES_FILEREPLACEMENT_H
+#define VOBIUTILS_JSONDATA_FILES_FILEREPLACEMENT_H
 
 #include <stddef.h>
 

@@ -1,4 +1,4 @@
-#include "SaveNames.h"
+#include "jsondata/files/SaveNames.h"
 
 #include <errno.h>
 #include <stdio.h>

@@ -1,9 +1,9 @@
-#include "JsonSave.h"
+#include "jsondata/files/JsonSave.h"
 
 #include <errno.h>
 #include <stddef.h>
 
-#include "JsonMember.h"
+#include "jsondata/JsonMember.h"
 
 namespace {
 

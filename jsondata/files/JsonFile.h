@@ -2,8 +2,8 @@
 //
 // json-c's own file functions leave the text of an error in a buffer that all threads share; these
 // do not, and may be called from any number of threads.
-#ifndef VOBIUTILS_JSONDATA_JSONFILE_H
-#define VOBIUTILS_JSONDATA_JSONFILE_H
+#ifndef VOBIUTILS_JSONDATA_FILES_JSONFILE_H
+#define VOBIUTILS_JSONDATA_FILES_JSONFILE_H
 
 #include <json-c/json.h>
 

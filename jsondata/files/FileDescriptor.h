@@ -1,7 +1,7 @@
 // An open file of the operating system, and the calls on it, made again when a signal interrupts
 // them.
-#ifndef VOBIUTILS_JSONDATA_FILEDESCRIPTOR_H
-#define VOBIUTILS_JSONDATA_FILEDESCRIPTOR_H
+#ifndef VOBIUTILS_JSONDATA_FILES_FILEDESCRIPTOR_H
+#define VOBIUTILS_JSONDATA_FILES_FILEDESCRIPTOR_H
 
 #include <errno.h>
 #include <fcntl.h>
