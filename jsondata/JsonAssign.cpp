@@ -10,6 +10,8 @@
 #include "jsondata/JsonRef.h"
 #include "logging/Log.h"
 
+using namespace vobiutils;
+
 namespace {
 
 char const SET_JOBJ[] = "JsonData::setJObj";
@@ -57,7 +59,7 @@ class Assignment {
         container_ = child;
     }
 
-    bool const debug_ = logging::enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL);
+    bool const debug_ = enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL);
     JsonRef reference_;  // on the value; the document's, once it is stored
     JsonRef replaced_;   // kept to the end: the caller's path may be a text inside it
     json_object* container_;
@@ -283,7 +285,7 @@ bool isAcceptable(json_object* root, char const* path) {
 
 }  // namespace
 
-bool assign(json_object* root, char const* path, json_object* value) {
+bool vobiutils::assign(json_object* root, char const* path, json_object* value) {
     Assignment assignment(root, value);
     return isAcceptable(root, path) && assignment.run(path);
 }

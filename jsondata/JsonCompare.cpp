@@ -4,6 +4,8 @@
 #include "JsonData.h"
 #include "logging/Log.h"
 
+using namespace vobiutils;
+
 namespace {
 
 char const COMPARE[] = "compareObjVal";

@@ -7,6 +7,8 @@
 #include "jsondata/files/JsonSave.h"
 #include "logging/Log.h"
 
+using namespace vobiutils;
+
 namespace {
 
 json_object* copyThroughText(json_object* source) {
@@ -52,7 +54,7 @@ int JsonData::saveObjectToFile(char const* file, TreeMapObject* obj) {
     int const ret = obj != nullptr ? saveJsonFile(file, obj->jobj, Durability::SYNCED) : -1;
     if (ret != 0) {
         UTIL_DEBUG("%s: failed to save object to file (%s) ret=%d\n", "saveObjectToFile",
-                   logging::printable(file), ret);
+                   printable(file), ret);
         return 2;
     }
     UTIL_DEBUG("%s: object is saved\n", "saveObjectToFile");
@@ -67,7 +69,7 @@ int JsonData::dumpObject(TreeMapObject* obj, char const* path) {
     if (value == nullptr) {
         return 0;
     }
-    return fprintf(stderr, "%s: %s\ntype=%d\n%s\n", "dumpObject", logging::printable(path),
+    return fprintf(stderr, "%s: %s\ntype=%d\n%s\n", "dumpObject", printable(path),
                    static_cast<int>(json_object_get_type(value)),
                    json_object_to_json_string_ext(value, JSON_C_TO_STRING_PRETTY));
 }

@@ -9,13 +9,15 @@
 #include "jsondata/JsonMember.h"
 #include "logging/Log.h"
 
+using namespace vobiutils;
+
 namespace {
 
 // What the level DEBUG tells of a walk. Whether it is on is asked once, and then costs a null test.
 class Trace {
   public:
     explicit Trace(char const* path)
-        : path_(logging::enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL) ? path : nullptr) {}
+        : path_(enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL) ? path : nullptr) {}
 
     void parse(PathCursor const& at) const {
         UTIL_DEBUG_IF(path_ != nullptr, "%s: Parse: idx=%d key=%.*s isEnd=%s\n", "getJObj",
@@ -100,7 +102,7 @@ Lookup walk(json_object* root, char const* path) {
         trace.strayed();
     }
     // said for every walk, whatever it found: a flag test in a build for size, too
-    if (logging::enabled(LOG_TYPE_INFO, LOG_GROUP_UTIL)) {
+    if (enabled(LOG_TYPE_INFO, LOG_GROUP_UTIL)) {
         UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(parent),
                   TOKEN_ARGS(at.token()));
     }
@@ -123,7 +125,7 @@ char const* copyOf(PathToken token) {
 
 }  // namespace
 
-Lookup lookUp(json_object* root, char const* path) {
+Lookup vobiutils::lookUp(json_object* root, char const* path) {
     if (root == nullptr || path == nullptr) {
         UTIL_ERROR("%s: wrong params jobj=%p path=%p\n", "getJObj", static_cast<void*>(root),
                    static_cast<void const*>(path));

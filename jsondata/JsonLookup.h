@@ -7,6 +7,8 @@
 
 #include "jsondata/JsonPath.h"
 
+namespace vobiutils {
+
 struct Lookup {
     enum Outcome {
         REFUSED,  // no document or no path
@@ -22,5 +24,7 @@ struct Lookup {
 };
 
 Lookup lookUp(json_object* root, char const* path);
+
+}  // namespace vobiutils
 
 #endif

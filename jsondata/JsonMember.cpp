@@ -5,6 +5,8 @@
 
 #include <string_view>
 
+namespace vobiutils {
+
 namespace {
 
 bool isNamed(char const* key, PathToken name) {
@@ -73,3 +75,5 @@ void deleteMember(json_object* container, PathToken name) {
         lh_table_delete_entry(json_object_get_object(container), entry);
     }
 }
+
+}  // namespace vobiutils

@@ -7,6 +7,8 @@
 
 #include "jsondata/JsonPath.h"
 
+namespace vobiutils {
+
 // Where a member stands in an object, or would.
 struct MemberPlace {
     // For its value (valueOf) or for another to be put in; null when there is no such member. It
@@ -66,5 +68,7 @@ bool addMember(json_object* container, PathToken name, unsigned long hash, json_
 bool putMember(json_object* container, PathToken name, json_object* value);
 
 void deleteMember(json_object* container, PathToken name);
+
+}  // namespace vobiutils
 
 #endif

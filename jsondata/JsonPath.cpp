@@ -5,6 +5,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+namespace vobiutils {
+
 namespace {
 
 // Takes a text apart from its front.
@@ -88,3 +90,5 @@ char* duplicate(PathToken token) {
     }
     return copy;
 }
+
+}  // namespace vobiutils

@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <string_view>
 
+namespace vobiutils {
+
 // One step of a path: a piece of a terminated text, used in place. The last token ends where the text
 // does, and is measured only when somebody asks.
 class PathToken {
@@ -109,5 +111,7 @@ inline int64_t indexOf(PathToken token) {
 
 // The token as a text of its own, for free(); null without memory.
 char* duplicate(PathToken token);
+
+}  // namespace vobiutils
 
 #endif

@@ -4,6 +4,8 @@
 
 #include <json-c/json.h>
 
+namespace vobiutils {
+
 class JsonRef {
   public:
     // Takes over a reference that the caller holds.
@@ -43,5 +45,7 @@ class JsonRef {
 
     json_object* object_;
 };
+
+}  // namespace vobiutils
 
 #endif

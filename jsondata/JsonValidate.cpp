@@ -9,6 +9,8 @@
 #include "jsondata/files/JsonFile.h"
 #include "logging/Log.h"
 
+using namespace vobiutils;
+
 namespace {
 
 int const VALID = 0;
@@ -47,21 +49,21 @@ int JsonData::validateObject(TreeMapObject* obj, char const* schemaText) {
 int JsonData::validateFile(char const* dataFile, char const* schemaFile) {
     if (!exists(schemaFile)) {
         UTIL_WARN("%s: file is not exist\n%s. No validation is required\n", "validateFile",
-                  logging::printable(schemaFile));
+                  printable(schemaFile));
         return VALID;
     }
     if (!exists(dataFile)) {
-        UTIL_ERROR("%s: file is not exist\n%s\n", "validateFile", logging::printable(dataFile));
+        UTIL_ERROR("%s: file is not exist\n%s\n", "validateFile", printable(dataFile));
         return INVALID;
     }
     return json_validate_instance_from_file(dataFile, schemaFile) != 0 ? VALID : INVALID;
 }
 
 int JsonData::validateFile(TreeMapObject* obj, char const* schemaFile) {
-    UTIL_DEBUG("%s: validate file %s\n", "validateFile", logging::printable(schemaFile));
+    UTIL_DEBUG("%s: validate file %s\n", "validateFile", printable(schemaFile));
     if (!exists(schemaFile)) {
         UTIL_WARN("%s: file is not exist: %s. The validation is passed with notice\n",
-                  "validateFile", logging::printable(schemaFile));
+                  "validateFile", printable(schemaFile));
         return VALID;
     }
     JsonRef const schema(readJsonFile(schemaFile));

@@ -5,6 +5,8 @@
 
 #include "jsonschema/Limits.h"
 
+namespace jsonschema {
+
 class Budget {
   public:
     // False when the steps are used up, now or before.
@@ -45,5 +47,7 @@ class Budget {
     int depth_ = 0;
     bool undecided_ = false;
 };
+
+}  // namespace jsonschema
 
 #endif

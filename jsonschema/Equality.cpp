@@ -9,6 +9,8 @@
 
 #include "jsonschema/Number.h"
 
+namespace jsonschema {
+
 namespace {
 
 bool isNumber(json_type type) { return type == json_type_int || type == json_type_double; }
@@ -177,3 +179,5 @@ bool areUnique(json_object* array, Budget& budget) {
     }
     return true;
 }
+
+}  // namespace jsonschema

@@ -6,9 +6,13 @@
 
 #include "jsonschema/Budget.h"
 
+namespace jsonschema {
+
 bool areEqual(json_object* a, json_object* b, Budget& budget);
 
 // Whether the elements of an array all differ from each other; near-linear in their size.
 bool areUnique(json_object* array, Budget& budget);
+
+}  // namespace jsonschema
 
 #endif

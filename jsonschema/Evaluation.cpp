@@ -1,5 +1,7 @@
 #include "jsonschema/Evaluation.h"
 
+namespace jsonschema {
+
 bool Evaluation::satisfies(json_object* instance, json_object* schema) {
     Budget::Level const level(budget_);
     if (!budget_.spend(1)) {
@@ -29,3 +31,5 @@ bool Evaluation::satisfiesKeywords(json_object* instance, json_object* schema) {
     }
     return true;
 }
+
+}  // namespace jsonschema

@@ -4,6 +4,8 @@
 
 #include "jsonschema/Schema.h"
 
+namespace jsonschema {
+
 class Evaluation {
   public:
     Evaluation(Schema const& schema, Budget& budget) : schema_(schema), budget_(budget) {}
@@ -22,5 +24,7 @@ class Evaluation {
     Schema const& schema_;
     Budget& budget_;
 };
+
+}  // namespace jsonschema
 
 #endif

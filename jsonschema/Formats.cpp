@@ -5,6 +5,8 @@
 
 #include "jsonschema/Pattern.h"
 
+namespace jsonschema {
+
 namespace {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -260,3 +262,5 @@ bool hasFormat(std::string_view text, std::string_view format, Budget& budget) {
     }
     return true;
 }
+
+}  // namespace jsonschema

@@ -8,6 +8,8 @@
 #include "jsonschema/Formats.h"
 #include "jsonschema/Number.h"
 
+namespace jsonschema {
+
 namespace {
 
 typedef Application const& App;
@@ -436,3 +438,5 @@ Keyword const* findKeyword(char const* name, int draft) {
     }
     return nullptr;
 }
+
+}  // namespace jsonschema

@@ -4,6 +4,8 @@
 
 #include <json-c/json.h>
 
+namespace jsonschema {
+
 class Evaluation;
 
 // What the value of a keyword must look like.
@@ -46,5 +48,7 @@ struct Keyword {
 
 // The keyword of that name in a draft; null when there is none.
 Keyword const* findKeyword(char const* name, int draft);
+
+}  // namespace jsonschema
 
 #endif

@@ -5,6 +5,8 @@
 
 #include <stddef.h>
 
+namespace jsonschema {
+
 namespace limits {
 
 // Schemas inside schemas and values inside values, one counted on top of the other, references
@@ -21,5 +23,7 @@ size_t const PATTERN_MEMORY = 4096;    // KiB that one match may take
 size_t const REFERENCE_LENGTH = 2048;  // bytes of a "$ref" or "$id"
 
 }  // namespace limits
+
+}  // namespace jsonschema
 
 #endif

@@ -6,6 +6,8 @@
 
 #include <charconv>
 
+namespace jsonschema {
+
 namespace {
 
 double const TWO_TO_64 = 18446744073709551616.0;
@@ -161,3 +163,5 @@ bool Number::isMultipleOf(Number const& divisor, Budget& budget) const {
     }
     return digits % unit.mantissa == 0;
 }
+
+}  // namespace jsonschema

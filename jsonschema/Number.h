@@ -8,6 +8,8 @@
 
 #include "jsonschema/Budget.h"
 
+namespace jsonschema {
+
 class Number {
   public:
     explicit Number(json_object* value);  // of type int or double
@@ -42,5 +44,7 @@ class Number {
     uint64_t magnitude_ = 0;
     double real_ = 0.0;
 };
+
+}  // namespace jsonschema
 
 #endif

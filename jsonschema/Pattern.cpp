@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <memory>
 
+namespace jsonschema {
+
 namespace {
 
 uint32_t const OPTIONS = PCRE2_UTF | PCRE2_DOLLAR_ENDONLY | PCRE2_ALT_BSUX |
@@ -210,3 +212,5 @@ bool Pattern::matches(std::string_view text, Budget& budget) const {
     }
     return false;
 }
+
+}  // namespace jsonschema

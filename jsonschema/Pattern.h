@@ -8,6 +8,8 @@
 
 struct pcre2_real_code_8;
 
+namespace jsonschema {
+
 class Pattern {
   public:
     // Compiles; see isValid. The text must outlive the pattern. A pattern over the limits leaves
@@ -27,5 +29,7 @@ class Pattern {
     std::string_view pattern_;
     pcre2_real_code_8* code_;
 };
+
+}  // namespace jsonschema
 
 #endif

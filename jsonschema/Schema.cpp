@@ -5,6 +5,8 @@
 #include "jsonschema/Number.h"
 #include "jsonschema/Uri.h"
 
+namespace jsonschema {
+
 namespace {
 
 // 7 where nothing else is declared.
@@ -267,3 +269,5 @@ bool Schema::wasRead(json_object* schema) const {
     }
     return false;
 }
+
+}  // namespace jsonschema

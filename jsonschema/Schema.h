@@ -14,6 +14,8 @@
 #include "jsonschema/Keyword.h"
 #include "jsonschema/Pattern.h"
 
+namespace jsonschema {
+
 class Schema {
   public:
     Schema(json_object* document, Budget& budget);
@@ -73,5 +75,7 @@ lh_entry* findMember(json_object* object, char const* name);
 
 // The value of a member, null also for JSON null.
 json_object* memberOf(json_object* object, char const* name);
+
+}  // namespace jsonschema
 
 #endif

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace jsonschema {
+
 namespace {
 
 // Where the host begins, in "http://host/path"; 0 in a URI without one.
@@ -98,3 +100,5 @@ json_object* followPointer(json_object* document, std::string_view fragment) {
     }
     return value;
 }
+
+}  // namespace jsonschema

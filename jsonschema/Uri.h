@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+namespace jsonschema {
+
 // The absolute form of `reference` where `base` is in force: a URI with a scheme stands for itself,
 // "#..." keeps the document, "/..." the host, and anything else the folder. "." and ".." are names like
 // others: the documents meant are the ones inside one schema.
@@ -22,5 +24,7 @@ struct UriParts {
 // The value a JSON pointer names, written as the fragment of a URI ("/definitions/a~1b%25", empty, or
 // beginning with a slash); null when it leads nowhere.
 json_object* followPointer(json_object* document, std::string_view fragment);
+
+}  // namespace jsonschema
 
 #endif

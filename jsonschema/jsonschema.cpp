@@ -6,6 +6,9 @@
 #include "jsondata/files/JsonFile.h"
 #include "jsonschema/Evaluation.h"
 
+using namespace jsonschema;
+using vobiutils::readJsonFile;
+
 namespace {
 
 bool isValid(json_object* instance, json_object* document) {

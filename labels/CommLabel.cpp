@@ -11,6 +11,8 @@
 #include "labels/ServiceLabels.h"
 #include "labels/WifiLabels.h"
 
+using namespace vobiutils;
+
 char const* GATEWAY_LBL[89];
 char const* WIFI_LBL[84];
 char const* NETWORK_LBL[78];
@@ -66,7 +68,7 @@ char const* const* entry(unsigned int apiType, unsigned int commType) {
 
 }  // namespace
 
-char const* labelAt(unsigned int apiType, unsigned int commType) {
+char const* vobiutils::labelAt(unsigned int apiType, unsigned int commType) {
     char const* const* const label = entry(apiType, commType);
     return label != nullptr ? *label : nullptr;
 }

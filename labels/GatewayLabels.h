@@ -3,6 +3,8 @@
 #ifndef VOBIUTILS_LABELS_GATEWAYLABELS_H
 #define VOBIUTILS_LABELS_GATEWAYLABELS_H
 
+namespace vobiutils {
+
 inline constexpr char const* GATEWAY_TEXTS[] = {
     "GATEWAY_LOGIN_REQ",
     "GATEWAY_LOGIN_RESP",
@@ -94,5 +96,7 @@ inline constexpr char const* GATEWAY_TEXTS[] = {
     "GATEWAY_PRIVACY_POLICY_UPDATE_REQ",
     "GATEWAY_PRIVACY_POLICY_UPDATE_RESP",
 };
+
+}  // namespace vobiutils
 
 #endif

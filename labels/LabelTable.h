@@ -2,8 +2,12 @@
 #ifndef VOBIUTILS_LABELS_LABELTABLE_H
 #define VOBIUTILS_LABELS_LABELTABLE_H
 
+namespace vobiutils {
+
 // The entry of a message; null for an API type without messages, an index past the end of its
 // table, and an entry that a program has set to null.
 char const* labelAt(unsigned int apiType, unsigned int commType);
+
+}  // namespace vobiutils
 
 #endif

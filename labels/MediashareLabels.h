@@ -2,6 +2,8 @@
 #ifndef VOBIUTILS_LABELS_MEDIASHARELABELS_H
 #define VOBIUTILS_LABELS_MEDIASHARELABELS_H
 
+namespace vobiutils {
+
 inline constexpr char const* MEDIASHARE_TEXTS[] = {
     "MEDIASHARE_USB_GET_REQ",
     "MEDIASHARE_USB_GET_RESP",
@@ -64,5 +66,7 @@ inline constexpr char const* MEDIASHARE_TEXTS[] = {
     "MEDIASHARE_ITUNES_SERVER_UPDATE_REQ",
     "MEDIASHARE_ITUNES_SERVER_UPDATE_RESP",
 };
+
+}  // namespace vobiutils
 
 #endif

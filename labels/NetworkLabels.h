@@ -2,6 +2,8 @@
 #ifndef VOBIUTILS_LABELS_NETWORKLABELS_H
 #define VOBIUTILS_LABELS_NETWORKLABELS_H
 
+namespace vobiutils {
+
 inline constexpr char const* NETWORK_TEXTS[] = {
     "NETWORK_LAN_GET_REQ",
     "NETWORK_LAN_GET_RESP",
@@ -82,5 +84,7 @@ inline constexpr char const* NETWORK_TEXTS[] = {
     "NETWORK_PHYSICAL_INTERFACES_GET_REQ",
     "NETWORK_PHYSICAL_INTERFACES_GET_RESP",
 };
+
+}  // namespace vobiutils
 
 #endif

@@ -8,6 +8,8 @@
 
 #include <string_view>
 
+namespace vobiutils {
+
 // The texts of one or more arrays, in their order.
 template <size_t COUNT, size_t CHARS>
 struct PackedTexts {
@@ -46,5 +48,7 @@ consteval auto pack() {
     (appendAll(ARRAYS), ...);
     return packed;
 }
+
+}  // namespace vobiutils
 
 #endif

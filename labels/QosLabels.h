@@ -2,6 +2,8 @@
 #ifndef VOBIUTILS_LABELS_QOSLABELS_H
 #define VOBIUTILS_LABELS_QOSLABELS_H
 
+namespace vobiutils {
+
 inline constexpr char const* QOS_TEXTS[] = {
     "QOS_CONFIGURATION_LIST_REQ",
     "QOS_CONFIGURATION_LIST_RESP",
@@ -24,5 +26,7 @@ inline constexpr char const* QOS_TEXTS[] = {
     "QOS_IPTV_UPDATE_REQ",
     "QOS_IPTV_UPDATE_RESP",
 };
+
+}  // namespace vobiutils
 
 #endif

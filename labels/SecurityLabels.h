@@ -2,6 +2,8 @@
 #ifndef VOBIUTILS_LABELS_SECURITYLABELS_H
 #define VOBIUTILS_LABELS_SECURITYLABELS_H
 
+namespace vobiutils {
+
 inline constexpr char const* SECURITY_TEXTS[] = {
     "SECURITY_FIREWALL_GET_REQ",
     "SECURITY_FIREWALL_GET_RESP",
@@ -116,5 +118,7 @@ inline constexpr char const* SECURITY_TEXTS[] = {
     "SECURITY_OPENVPN_UPLOAD_REQ",
     "SECURITY_OPENVPN_UPLOAD_RESP",
 };
+
+}  // namespace vobiutils
 
 #endif

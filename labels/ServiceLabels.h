@@ -3,6 +3,8 @@
 #ifndef VOBIUTILS_LABELS_SERVICELABELS_H
 #define VOBIUTILS_LABELS_SERVICELABELS_H
 
+namespace vobiutils {
+
 inline constexpr char const* SERVICE_TEXTS[] = {
     "SERVICE_MACFILTERING_LIST_REQ",
     "SERVICE_MACFILTERING_LIST_RESP",
@@ -169,5 +171,7 @@ inline constexpr char const* SERVICE_TEXTS[] = {
     "SERVICE_LOG_CLEAR_REQ",
     "SERVICE_LOG_CLEAR_RESP",
 };
+
+}  // namespace vobiutils
 
 #endif

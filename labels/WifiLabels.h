@@ -2,6 +2,8 @@
 #ifndef VOBIUTILS_LABELS_WIFILABELS_H
 #define VOBIUTILS_LABELS_WIFILABELS_H
 
+namespace vobiutils {
+
 inline constexpr char const* WIFI_TEXTS[] = {
     "WIFI_INTERFACE_GET_REQ",
     "WIFI_INTERFACE_GET_RESP",
@@ -88,5 +90,7 @@ inline constexpr char const* WIFI_TEXTS[] = {
     "WIFI_SCAN_RESULT_SSID_REQ",
     "WIFI_SCAN_RESULT_SSID_RESP",
 };
+
+}  // namespace vobiutils
 
 #endif

@@ -3,6 +3,8 @@
 #ifndef VOBIUTILS_LOCALDB_CHAIN_H
 #define VOBIUTILS_LOCALDB_CHAIN_H
 
+namespace vobiutils {
+
 template <typename Node>
 struct Chain {
     Node* first = nullptr;
@@ -23,5 +25,7 @@ struct Chain {
         *link = node->next;
     }
 };
+
+}  // namespace vobiutils
 
 #endif

@@ -2,6 +2,8 @@
 
 #include <errno.h>
 
+namespace vobiutils {
+
 namespace {
 
 unsigned int const LONGEST_SLEEP_MS = 100;
@@ -39,3 +41,5 @@ bool Condition::wait(pthread_mutex_t& mutex, timespec const* deadline) {
         pthread_cond_timedwait(&condition_, &mutex, endsHere ? deadline : &nextLook) == ETIMEDOUT;
     return !(timedOut && endsHere);
 }
+
+}  // namespace vobiutils

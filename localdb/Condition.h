@@ -6,6 +6,8 @@
 #include <pthread.h>
 #include <time.h>
 
+namespace vobiutils {
+
 // The instant so many milliseconds from now, on CLOCK_MONOTONIC.
 timespec deadlineIn(unsigned int milliseconds);
 
@@ -27,5 +29,7 @@ class Condition {
   private:
     pthread_cond_t condition_;
 };
+
+}  // namespace vobiutils
 
 #endif

@@ -6,6 +6,8 @@
 
 #include "localdb/DbSlot.h"
 
+namespace vobiutils {
+
 class ControllerUse {
   public:
     ControllerUse() = default;
@@ -27,5 +29,7 @@ class ControllerUse {
     LOCALDB_HANDLER* controller = nullptr;  // guarded by the registry
     bool isRemoval = false;                 // removeDB itself, which waits for the others
 };
+
+}  // namespace vobiutils
 
 #endif

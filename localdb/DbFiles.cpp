@@ -7,6 +7,8 @@
 #include "localdb/FileName.h"
 #include "logging/Log.h"
 
+using namespace vobiutils;
+
 char const* API_DATA_DIR[API_TYPE_COUNT] = {
     "gateway", "wifi", "network", "security", "service", "mediashare", "qos", "misc", "fac",
 };

@@ -7,6 +7,8 @@
 #include "localdb/FileName.h"
 #include "logging/Log.h"
 
+namespace vobiutils {
+
 void DbSlot::load(char const* function, int number) {
     FileName const file = FileName::ofData(apiType);
     if (file.get() == nullptr) {
@@ -37,3 +39,5 @@ bool DbSlot::tryGet(char const* path, TreeMapObject*& node) const {
         return false;
     }
 }
+
+}  // namespace vobiutils

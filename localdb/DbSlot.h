@@ -6,6 +6,8 @@
 
 #include "LocalDbCtrl.h"
 
+namespace vobiutils {
+
 // The state word is read and written by threads that do not hold the mutex, so always atomically.
 class DbSlot {
   public:
@@ -35,5 +37,7 @@ class DbSlot {
   private:
     std::atomic_ref<int> state_;
 };
+
+}  // namespace vobiutils
 
 #endif

@@ -6,6 +6,8 @@
 #include "LocalDbCtrl.h"
 #include "labels/LabelTable.h"
 
+namespace vobiutils {
+
 FileName::FileName(char const* folder, char const* base, char const* suffix) {
     text_[0] = '\0';
     if (folder == nullptr || base == nullptr) {
@@ -30,3 +32,5 @@ FileName FileName::ofMessage(unsigned int apiType, unsigned int commType) {
 FileName FileName::ofSchema(unsigned int apiType, unsigned int commType) {
     return FileName(LocalDbCtrl::getApiDir(apiType), labelAt(apiType, commType), "_SCHEMA.ldb");
 }
+
+}  // namespace vobiutils

@@ -4,6 +4,8 @@
 
 #include <stddef.h>
 
+namespace vobiutils {
+
 // "<data directory>/<folder>/<base><suffix>" in at most 255 characters.
 class FileName {
   public:
@@ -21,5 +23,7 @@ class FileName {
 
     char text_[SIZE];
 };
+
+}  // namespace vobiutils
 
 #endif

@@ -4,6 +4,8 @@
 #include "localdb/DbSlot.h"
 #include "logging/Log.h"
 
+using namespace vobiutils;
+
 LOCALDB_HANDLER::LOCALDB_HANDLER() : dbObject(), state() {
     UTIL_DEBUG("Local DB handler constructor\n");
     for (pthread_mutex_t& mutex : lock) {

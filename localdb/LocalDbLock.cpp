@@ -18,6 +18,8 @@
 #include "localdb/TypeLock.h"
 #include "logging/Log.h"
 
+using namespace vobiutils;
+
 namespace {
 
 int const SUCCESS = 0;

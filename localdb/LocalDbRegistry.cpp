@@ -17,6 +17,8 @@
 #include "logging/Log.h"
 #include "logging/MutexGuard.h"
 
+using namespace vobiutils;
+
 std::map<std::string, LOCALDB_HANDLER*> LocalDbCtrl::controllers;
 
 namespace {

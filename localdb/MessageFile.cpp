@@ -4,12 +4,14 @@
 #include "localdb/FileName.h"
 #include "logging/Log.h"
 
+using namespace vobiutils;
+
 TreeMapObject::TreeMapObject(unsigned int apiType, unsigned int commType) : TreeMapObject() {
     FileName const name = FileName::ofMessage(apiType, commType);
-    UTIL_INFO("TreeMapObject::TreeMapObject filename=%s\n", logging::printable(name.get()));
+    UTIL_INFO("TreeMapObject::TreeMapObject filename=%s\n", printable(name.get()));
     if (name.get() == nullptr) {
         error = 1;
-        UTIL_DEBUG("failed load object from %s\n", logging::printable(nullptr));
+        UTIL_DEBUG("failed load object from %s\n", printable(nullptr));
         return;
     }
     jobj = readJsonFile(name.get());

@@ -8,6 +8,8 @@
 #include "logging/Log.h"
 #include "logging/MutexGuard.h"
 
+namespace vobiutils {
+
 namespace {
 
 // Guards the moments in which a type changes hands, for all types, and the two chains.
@@ -103,7 +105,7 @@ int saveAndDrop(DbSlot& slot) {
     FileName const file = FileName::ofData(slot.apiType);
     UTIL_DEBUG("%s: type=%d save object %p to file %s\n", "saveDbObject",
                static_cast<int>(slot.apiType), static_cast<void*>(slot.object),
-               logging::printable(file.get()));
+               printable(file.get()));
     int const result = JsonData::saveObjectToFile(file.get(), slot.object);
     delete slot.object;  // also after a failed write: the next lock reads the file again
     slot.object = nullptr;
@@ -144,3 +146,5 @@ void Claim::end() {
     claims.remove(this);
     holds_.store(false, std::memory_order_release);
 }
+
+}  // namespace vobiutils

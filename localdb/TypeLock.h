@@ -17,6 +17,8 @@
 
 #include "localdb/DbSlot.h"
 
+namespace vobiutils {
+
 // Returns holding the mutex of a type that no other thread is writing, saving or destroying. With a
 // deadline on CLOCK_MONOTONIC, false when that passes first.
 bool acquire(DbSlot& slot, timespec const* deadline = nullptr);
@@ -59,5 +61,7 @@ class Claim {
     DbSlot slot_;
     std::atomic<bool> holds_ = true;
 };
+
+}  // namespace vobiutils
 
 #endif

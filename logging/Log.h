@@ -9,7 +9,7 @@
 #include "BEConfig.h"
 #include "Logger.h"
 
-namespace logging {
+namespace vobiutils {
 
 inline bool levelEnabled(LOG_TYPE_T level) {
     switch (level) {
@@ -37,13 +37,13 @@ inline bool mayPrint([[maybe_unused]] LOG_TYPE_T level, [[maybe_unused]] LOG_GRO
 // A text for "%s": not every system library accepts a null there.
 inline char const* printable(char const* text) { return text != nullptr ? text : "(null)"; }
 
-}  // namespace logging
+}  // namespace vobiutils
 
-#define VOBIUTILS_LOG(level, ...)                                    \
-    do {                                                             \
-        if (logging::mayPrint(level, LOG_GROUP_UTIL)) [[unlikely]] { \
-            Logger::print(level, LOG_GROUP_UTIL, __VA_ARGS__);       \
-        }                                                            \
+#define VOBIUTILS_LOG(level, ...)                                        \
+    do {                                                                 \
+        if (::vobiutils::mayPrint(level, LOG_GROUP_UTIL)) [[unlikely]] { \
+            Logger::print(level, LOG_GROUP_UTIL, __VA_ARGS__);           \
+        }                                                                \
     } while (false)
 
 #define UTIL_INFO(...) VOBIUTILS_LOG(LOG_TYPE_INFO, __VA_ARGS__)
@@ -52,7 +52,7 @@ inline char const* printable(char const* text) { return text != nullptr ? text :
 #define UTIL_ERROR(...) VOBIUTILS_LOG(LOG_TYPE_ERROR, __VA_ARGS__)
 
 // A walk of many steps asks once, and each step then costs one test: `enabled` is what
-// logging::enabled said of the level DEBUG.
+// ::vobiutils::enabled said of the level DEBUG.
 #define UTIL_DEBUG_IF(enabled, ...)                                     \
     do {                                                                \
         if (enabled) [[unlikely]] {                                     \

@@ -15,6 +15,8 @@
 #include "logging/Log.h"
 #include "logging/MutexGuard.h"
 
+using namespace vobiutils;
+
 int Logger::enableFileLog = 1;
 char const* Logger::LogGroupNames[19] = {
     "UTIL",           "WSL",           "API_AL",
@@ -164,7 +166,7 @@ void Logger::setGroup(LOG_GROUP_T group, bool enable) {
 }
 
 void Logger::print(LOG_TYPE_T level, LOG_GROUP_T group, char const* format, ...) {
-    if (!logging::enabled(level, group)) [[likely]] {
+    if (!enabled(level, group)) [[likely]] {
         return;
     }
     va_list arguments;

@@ -4,6 +4,8 @@
 
 #include <pthread.h>
 
+namespace vobiutils {
+
 class MutexGuard {
   public:
     explicit MutexGuard(pthread_mutex_t& mutex) : mutex_(mutex) { pthread_mutex_lock(&mutex_); }
@@ -14,5 +16,7 @@ class MutexGuard {
   private:
     pthread_mutex_t& mutex_;
 };
+
+}  // namespace vobiutils
 
 #endif

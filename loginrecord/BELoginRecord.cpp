@@ -11,6 +11,8 @@
 #include "loginrecord/Lockout.h"
 #include "loginrecord/RecordFile.h"
 
+using namespace vobiutils;
+
 bool BELoginRecord::isRunning = false;
 pthread_mutex_t BELoginRecord::lock = PTHREAD_MUTEX_INITIALIZER;
 

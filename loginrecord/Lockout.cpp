@@ -1,5 +1,7 @@
 #include "loginrecord/Lockout.h"
 
+namespace vobiutils {
+
 namespace {
 
 int const FIRST_LOCKED_ATTEMPT = 10;  // locks for 1 minute; each further attempt adds 2
@@ -20,3 +22,5 @@ unsigned int minutesLeft(unsigned int length, uint64_t last, uint64_t now) {
     uint64_t const elapsed = (now - last) / 60U;
     return elapsed < length ? length - static_cast<unsigned int>(elapsed) : 0U;
 }
+
+}  // namespace vobiutils

@@ -8,6 +8,8 @@
 #include "jsondata/files/JsonFile.h"
 #include "jsondata/files/JsonSave.h"
 
+namespace vobiutils {
+
 namespace {
 
 char const RECORD_FILE[] = ".loginrecord.cfg";
@@ -94,3 +96,5 @@ uint64_t lastAttemptOf(json_object* client) {
     uint64_t const time = strtoull(text, &end, 10);
     return end != text ? time : UINT64_MAX;
 }
+
+}  // namespace vobiutils

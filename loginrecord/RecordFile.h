@@ -6,6 +6,8 @@
 #include <json-c/json.h>
 #include <stdint.h>
 
+namespace vobiutils {
+
 class RecordFile {
   public:
     // Writes an array as the whole file.
@@ -39,5 +41,7 @@ bool setLastAttempt(json_object* client, uint64_t time);
 // The stored time, if there is one, in seconds since the epoch; one that is no number counts as the
 // end of time.
 uint64_t lastAttemptOf(json_object* client);
+
+}  // namespace vobiutils
 
 #endif

@@ -10,6 +10,8 @@
 #include "logging/Log.h"
 #include "settings/ConfigTable.h"
 
+using namespace vobiutils;
+
 std::string BEConfig::WEBSERVER_PORTS = "8081,8082";
 std::string BEConfig::IPV4_ALLOW_PORTS = "8081,8082";
 std::string BEConfig::IPV6_ALLOW_PORTS = "8081";

@@ -6,6 +6,8 @@
 
 #include <new>
 
+namespace vobiutils {
+
 namespace {
 
 bool readNumber(json_object* value, int& destination) {
@@ -47,3 +49,5 @@ void prepend(std::string const& prefix, std::string& text) {
     } catch (std::exception const&) {
     }
 }
+
+}  // namespace vobiutils

@@ -6,6 +6,8 @@
 
 #include <string>
 
+namespace vobiutils {
+
 struct ConfigRow {
     ConfigRow(char const* name, std::string& destination) : key(name), text(&destination) {}
     ConfigRow(char const* name, int& destination) : key(name), number(&destination) {}
@@ -27,5 +29,7 @@ void readRows(json_object* object, ConfigRow const (&rows)[N]) {
 
 // Leaves the text as it is when there is no memory.
 void prepend(std::string const& prefix, std::string& text);
+
+}  // namespace vobiutils
 
 #endif

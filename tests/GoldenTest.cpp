@@ -24,6 +24,8 @@
 #include "TreeMapObject.h"
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 namespace {
 
 namespace fs = std::filesystem;

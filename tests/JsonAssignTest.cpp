@@ -6,6 +6,8 @@
 #include "Support.h"
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 namespace {
 
 class JsonAssignTest : public LibraryTest {

@@ -7,6 +7,8 @@
 #include "TreeMapObject.h"
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 namespace {
 
 typedef std::unique_ptr<TreeMapObject> Handle;

@@ -5,6 +5,8 @@
 #include "Support.h"
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 namespace {
 
 class JsonLookupTest : public LibraryTest {

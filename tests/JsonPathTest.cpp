@@ -9,6 +9,8 @@
 
 #include "Support.h"
 
+using namespace vobiutils;
+
 namespace {
 
 struct Number {

@@ -9,6 +9,8 @@
 
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 namespace fs = std::filesystem;
 
 namespace {

@@ -6,6 +6,8 @@
 #include "Support.h"
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 namespace {
 
 // Deeper than json-c reads by default; with double quotes or single ones.

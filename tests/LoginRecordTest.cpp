@@ -8,6 +8,8 @@
 #include "Support.h"
 #include "loginrecord/Lockout.h"
 
+using namespace vobiutils;
+
 namespace {
 
 using LoginRecordTest = LibraryTest;

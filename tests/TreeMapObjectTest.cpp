@@ -8,6 +8,8 @@
 #include "Support.h"
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 namespace {
 
 typedef std::unique_ptr<TreeMapObject> Handle;

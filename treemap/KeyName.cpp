@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+namespace vobiutils {
+
 namespace {
 
 // There is room for any number. Most have one digit or two, and the table of pairs behind
@@ -38,3 +40,5 @@ KeyName::KeyName(TreeMapObject const& handle) {
     memcpy(text, handle.key_obj, sizeof handle.key_obj);
     text[sizeof handle.key_obj] = '\0';
 }
+
+}  // namespace vobiutils

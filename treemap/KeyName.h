@@ -8,6 +8,8 @@
 
 #include "TreeMapObject.h"
 
+namespace vobiutils {
+
 // A name that is too long is cut; what it leaves free is zeroed.
 void setKeyName(TreeMapObject& handle, std::string_view name);
 
@@ -23,5 +25,7 @@ struct KeyName {
     explicit KeyName(TreeMapObject const& handle);
     char text[sizeof TreeMapObject::key_obj + 1];
 };
+
+}  // namespace vobiutils
 
 #endif

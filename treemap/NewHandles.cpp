@@ -13,6 +13,8 @@
 #include "logging/Log.h"
 #include "treemap/KeyName.h"
 
+using namespace vobiutils;
+
 namespace {
 
 // Takes over one reference on `node`, which is released when there is no memory for the handle.
@@ -25,7 +27,7 @@ TreeMapObject* newOwningHandle(json_object* node) {
 
 }  // namespace
 
-bool appendHandle(std::list<TreeMapObject*>& list, json_object* node) {
+bool vobiutils::appendHandle(std::list<TreeMapObject*>& list, json_object* node) {
     try {
         std::unique_ptr<TreeMapObject> handle(newOwningHandle(json_object_get(node)));
         list.push_back(handle.get());

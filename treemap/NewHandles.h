@@ -8,8 +8,12 @@
 
 #include "TreeMapObject.h"
 
+namespace vobiutils {
+
 // Appends a new handle with a reference of its own on `node`. False, and nothing appended, when there
 // is no memory.
 bool appendHandle(std::list<TreeMapObject*>& list, json_object* node);
+
+}  // namespace vobiutils
 
 #endif

@@ -7,6 +7,8 @@
 #include "treemap/KeyName.h"
 #include "treemap/ValueTraits.h"
 
+using namespace vobiutils;
+
 namespace {
 
 bool hasElement(TreeMapObject& array, unsigned int index) {

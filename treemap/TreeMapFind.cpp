@@ -9,6 +9,8 @@
 #include "treemap/NewHandles.h"
 #include "treemap/ValueTraits.h"
 
+using namespace vobiutils;
+
 namespace {
 
 typedef std::list<TreeMapObject*> Hits;

@@ -9,6 +9,8 @@
 #include "logging/Log.h"
 #include "treemap/KeyName.h"
 
+using namespace vobiutils;
+
 TreeMapObject::TreeMapObject() : TreeMapObject(static_cast<json_object*>(nullptr)) {}
 
 TreeMapObject::TreeMapObject(bool array)
@@ -40,7 +42,7 @@ void TreeMapObject::del(char const* path) {
 }
 
 void TreeMapObject::set(char const* path, TreeMapObject* obj) {
-    UTIL_DEBUG("TreeMapObject::set: %s %p\n", logging::printable(path), static_cast<void*>(obj));
+    UTIL_DEBUG("TreeMapObject::set: %s %p\n", printable(path), static_cast<void*>(obj));
     if (obj == nullptr) {
         UTIL_ERROR("TreeMapObject::set: obj=null\n");
         return;
@@ -48,8 +50,7 @@ void TreeMapObject::set(char const* path, TreeMapObject* obj) {
     json_object* parent = nullptr;
     char const* key = nullptr;
     if (JsonData::setJObj(jobj, path, obj->jobj, parent, key) != 0) {
-        UTIL_ERROR("TreeMapObject::set: fail to set object value to %s\n",
-                   logging::printable(path));
+        UTIL_ERROR("TreeMapObject::set: fail to set object value to %s\n", printable(path));
     }
     if (parent != nullptr && key != nullptr) {
         setKeyName(*this, key);  // intended: this handle is named, not the stored one

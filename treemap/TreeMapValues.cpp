@@ -5,7 +5,7 @@
 #include "logging/Log.h"
 #include "treemap/ValueTraits.h"
 
-using logging::printable;
+using namespace vobiutils;
 
 namespace {
 

@@ -7,6 +7,8 @@
 
 #include <type_traits>
 
+namespace vobiutils {
+
 // The operations themselves have one body for all types.
 struct ValueWords {
     char const* name;          // in what could not be done
@@ -74,5 +76,7 @@ struct ValueTraits<char const*> {
     static constexpr ValueWords WORDS = {"string", "string", "NULL",  "string",
                                          "double", true,     isString};
 };
+
+}  // namespace vobiutils
 
 #endif

@@ -5,6 +5,8 @@
 #include <sys/types.h>
 #include <sys/xattr.h>
 
+namespace vobiutils {
+
 namespace {
 
 char const ACL[] = "system.posix_acl_access";
@@ -79,3 +81,5 @@ bool FileAttributes::copy(char const* name, int to) const {
     errno = error;
     return isCopied;
 }
+
+}  // namespace vobiutils

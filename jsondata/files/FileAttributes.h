@@ -6,6 +6,8 @@
 #include <stddef.h>
 #include <stdlib.h>
 
+namespace vobiutils {
+
 class FileAttributes {
   public:
     FileAttributes() = default;
@@ -38,5 +40,7 @@ class FileAttributes {
     size_t length_ = 0;
     bool includeAcl_ = false;
 };
+
+}  // namespace vobiutils
 
 #endif

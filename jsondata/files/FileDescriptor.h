@@ -10,6 +10,8 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+namespace vobiutils {
+
 // The result of `call`, made again for as long as a signal interrupts it.
 template <typename Call>
 auto untilUninterrupted(Call call) -> decltype(call()) {
@@ -85,5 +87,7 @@ class FileDescriptor {
 
     int fd_ = -1;
 };
+
+}  // namespace vobiutils
 
 #endif

@@ -11,6 +11,8 @@
 #include "jsondata/files/SaveNames.h"
 #include "jsondata/files/TemporaryFile.h"
 
+namespace vobiutils {
+
 namespace {
 
 struct Content {
@@ -161,3 +163,5 @@ bool replaceFile(char const* file, char const* bytes, size_t length, Durability 
     return outcome == Outcome::REFUSED ? writeDirectly(names.target, content)
                                        : outcome == Outcome::REPLACED;
 }
+
+}  // namespace vobiutils

@@ -5,6 +5,8 @@
 
 #include <stddef.h>
 
+namespace vobiutils {
+
 // Whether the new content has to outlive a loss of power from the moment of success on.
 enum class Durability { SYNCED, UNSYNCED };
 
@@ -20,5 +22,7 @@ enum class Durability { SYNCED, UNSYNCED };
 //
 // May be called from any number of threads and processes at once: the last one wins, whole.
 bool replaceFile(char const* file, char const* bytes, size_t length, Durability durability);
+
+}  // namespace vobiutils
 
 #endif

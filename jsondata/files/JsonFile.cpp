@@ -5,6 +5,8 @@
 
 #include "jsondata/files/FileDescriptor.h"
 
+namespace vobiutils {
+
 namespace {
 
 // What has been read of a file; grows by doubling.
@@ -74,3 +76,5 @@ json_object* readJsonFile(char const* name) {
     FileDescriptor file;
     return name != nullptr && file.open(name, O_RDONLY) ? readValue(file) : nullptr;
 }
+
+}  // namespace vobiutils

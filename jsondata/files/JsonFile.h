@@ -7,8 +7,12 @@
 
 #include <json-c/json.h>
 
+namespace vobiutils {
+
 // A new value, the caller's to release; null when the file (or its name) is missing, cannot be read
 // or holds no JSON, and when it holds null.
 json_object* readJsonFile(char const* name);
+
+}  // namespace vobiutils
 
 #endif

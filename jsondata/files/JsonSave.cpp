@@ -5,6 +5,8 @@
 
 #include "jsondata/JsonMember.h"
 
+namespace vobiutils {
+
 namespace {
 
 // Whether a reader gets as deep as `value` is nested: it opens one container less than its depth
@@ -56,3 +58,5 @@ int saveJsonFile(char const* name, json_object* value, Durability durability) {
     char const* const text = prettyText(value, length);
     return text != nullptr && replaceFile(name, text, length, durability) ? 0 : -1;
 }
+
+}  // namespace vobiutils

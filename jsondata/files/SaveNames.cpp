@@ -6,6 +6,8 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+namespace vobiutils {
+
 namespace {
 
 char const TEMPORARY_SUFFIX[] = ".saving";
@@ -73,3 +75,5 @@ bool SaveNames::nameTheOthers() {
                                  target + folderLength(), TEMPORARY_SUFFIX);
     return written > 0 && static_cast<size_t>(written) < size;
 }
+
+}  // namespace vobiutils

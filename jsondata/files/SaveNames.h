@@ -5,6 +5,8 @@
 #include <limits.h>
 #include <stddef.h>
 
+namespace vobiutils {
+
 class SaveNames {
   public:
     // Finds the file, there or not, behind the symbolic links that begin at `file` if it is one.
@@ -27,5 +29,7 @@ class SaveNames {
 
     bool throughProc_ = false;
 };
+
+}  // namespace vobiutils
 
 #endif

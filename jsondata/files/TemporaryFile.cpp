@@ -2,6 +2,8 @@
 
 #include <stdio.h>
 
+namespace vobiutils {
+
 TemporaryFile::~TemporaryFile() {
     if (exists_) {
         unlink(name_);  // while it is locked
@@ -87,3 +89,5 @@ bool TemporaryFile::renameTo(char const* target) {
     exists_ = rename(name_, target) != 0;
     return !exists_;
 }
+
+}  // namespace vobiutils

@@ -14,6 +14,8 @@
 #include "jsondata/files/FileAttributes.h"
 #include "jsondata/files/FileDescriptor.h"
 
+namespace vobiutils {
+
 class TemporaryFile {
   public:
     // `name` has room for one more character, and must outlive the object.
@@ -51,5 +53,7 @@ class TemporaryFile {
     FileDescriptor file_;
     FileDescriptor lock_;  // keeps the lock when file_ is closed
 };
+
+}  // namespace vobiutils
 
 #endif

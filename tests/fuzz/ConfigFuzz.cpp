@@ -5,6 +5,8 @@
 #include "Fuzz.h"
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 namespace {
 
 std::string textOf(json_object* file, char const* key, char const* other) {

@@ -5,6 +5,8 @@
 #include "TreeMapObject.h"
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 namespace {
 
 char const FILE_NAME[] = "document";

@@ -9,6 +9,8 @@
 #include "JsonData.h"
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 namespace {
 
 struct Node {

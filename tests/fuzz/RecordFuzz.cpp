@@ -4,6 +4,8 @@
 #include "Fuzz.h"
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 // The value of a record that is no array leaks, deliberately.
 extern "C" [[gnu::visibility("default")]] char const* __lsan_default_options();
 extern "C" char const* __lsan_default_options() { return "detect_leaks=0"; }

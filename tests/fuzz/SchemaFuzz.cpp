@@ -6,6 +6,8 @@
 #include "Fuzz.h"
 #include "jsondata/JsonRef.h"
 
+using namespace vobiutils;
+
 namespace {
 
 std::string text(json_object* value) { return json_object_to_json_string(value); }
