@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "localdb/DbSlot.h"
+#include "localdb/Database.h"
 
 namespace vobiutils {
 
@@ -23,7 +23,7 @@ class ControllerUse {
 
     // The same for one API type of it. Nothing for a bad type, for a key without a controller, and when
     // memory ran out.
-    std::optional<DbSlot> findSlot(unsigned int apiType, char const* sessionKey);
+    std::optional<Database> findDatabase(unsigned int apiType, char const* sessionKey);
 
     ControllerUse* next = nullptr;          // in the registry's chain
     LOCALDB_HANDLER* controller = nullptr;  // guarded by the registry

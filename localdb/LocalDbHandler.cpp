@@ -1,7 +1,7 @@
 // The life of a controller.
 #include "LocalDbCtrl.h"
 #include "TreeMapObject.h"
-#include "localdb/DbSlot.h"
+#include "localdb/Database.h"
 #include "logging/Log.h"
 
 using namespace vobiutils;
@@ -17,25 +17,25 @@ namespace {
 
 // intended: a mutex is destroyed only with a loaded object; the memory under the others goes with
 // the controller.
-void releaseSlot(DbSlot slot) {
-    pthread_mutex_lock(&slot.mutex);  // waits for a writer
-    int const state = slot.state();
+void releaseDatabase(Database database) {
+    pthread_mutex_lock(&database.mutex);  // waits for a writer
+    int const state = database.state();
     if (state == DB_STATE_WRITING) {
         UTIL_ERROR("Local DB is in Lock state, cannot be destroyed");  // no line end
-        pthread_mutex_unlock(&slot.mutex);
+        pthread_mutex_unlock(&database.mutex);
         return;
     }
     if (state == DB_STATE_UNINITIALIZED) {
-        pthread_mutex_unlock(&slot.mutex);
+        pthread_mutex_unlock(&database.mutex);
         return;
     }
-    if (slot.object != nullptr) {
-        delete slot.object;
-        slot.object = nullptr;
-        slot.setState(DB_STATE_UNINITIALIZED);
+    if (database.document != nullptr) {
+        delete database.document;
+        database.document = nullptr;
+        database.setState(DB_STATE_UNINITIALIZED);
     }
-    pthread_mutex_unlock(&slot.mutex);
-    pthread_mutex_destroy(&slot.mutex);
+    pthread_mutex_unlock(&database.mutex);
+    pthread_mutex_destroy(&database.mutex);
 }
 
 }  // namespace
@@ -43,6 +43,6 @@ void releaseSlot(DbSlot slot) {
 LOCALDB_HANDLER::~LOCALDB_HANDLER() {
     UTIL_DEBUG("Local DB handler destructor\n");
     for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
-        releaseSlot(DbSlot(*this, type));
+        releaseDatabase(Database(*this, type));
     }
 }

@@ -15,7 +15,7 @@
 #include "LocalDbCtrl.h"
 #include "TreeMapObject.h"
 #include "localdb/ControllerUse.h"
-#include "localdb/TypeLock.h"
+#include "localdb/DatabaseLock.h"
 #include "logging/Log.h"
 
 using namespace vobiutils;
@@ -27,20 +27,21 @@ int const FAILURE = 2;
 
 // The document, loaded if it has to be, or the node at `path` in it; null when there is none. Without
 // memory for a handle there is no handle: the caller gets null, as for a missing node.
-TreeMapObject* open(DbSlot& slot, char const* path) {
-    if (slot.state() == DB_STATE_UNINITIALIZED) {
-        if (!slot.tryLoad("lockDbObject", 1)) {  // intended: the line says 1, whatever the type
+TreeMapObject* open(Database& database, char const* path) {
+    if (database.state() == DB_STATE_UNINITIALIZED) {
+        if (!database.tryLoad("lockDbObject", 1)) {  // intended: the line says 1, whatever the type
             return nullptr;
         }
-        slot.setState(slot.object != nullptr ? DB_STATE_ACCESSIBLE : DB_STATE_UNINITIALIZED);
+        database.setState(database.document != nullptr ? DB_STATE_ACCESSIBLE
+                                                       : DB_STATE_UNINITIALIZED);
     }
-    if (slot.object == nullptr) {
+    if (database.document == nullptr) {
         UTIL_ERROR("%s: There is something wrong! localdb %d is null in accessable state %d\n",
-                   "lockDbObject", static_cast<int>(slot.apiType), slot.state());
+                   "lockDbObject", static_cast<int>(database.apiType), database.state());
         return nullptr;
     }
-    TreeMapObject* node = slot.object;
-    return *path == '\0' || slot.tryGet(path, node) ? node : nullptr;
+    TreeMapObject* node = database.document;
+    return *path == '\0' || database.tryGet(path, node) ? node : nullptr;
 }
 
 TreeMapObject* refuseLock(unsigned int apiType, char const* path) {
@@ -56,10 +57,10 @@ int refuseRelease(char const* function, unsigned int apiType) {
 
 // The state in which the mutex was freed. A release decides by it: another writer may change it
 // right after.
-int release(DbSlot& slot, char const* function) {
-    int const state = slot.state();
-    UTIL_DEBUG("%s: apiT=%d state=%d\n", function, static_cast<int>(slot.apiType), state);
-    releaseMutex(slot);
+int release(Database& database, char const* function) {
+    int const state = database.state();
+    UTIL_DEBUG("%s: apiT=%d state=%d\n", function, static_cast<int>(database.apiType), state);
+    releaseMutex(database);
     return state;
 }
 
@@ -71,62 +72,62 @@ TreeMapObject* LocalDbCtrl::lockDbObject(unsigned int apiType, char const* path,
         return refuseLock(apiType, path);
     }
     ControllerUse use;
-    std::optional<DbSlot> slot = use.findSlot(apiType, sessionKey);
-    if (!slot) {
+    std::optional<Database> database = use.findDatabase(apiType, sessionKey);
+    if (!database) {
         return refuseLock(apiType, path);
     }
-    int const state = slot->state();
+    int const state = database->state();
     UTIL_DEBUG("%s: start state=%d\n", "lockDbObject", state);
     if (state == DB_STATE_WRITING) {
         UTIL_WARN("%s: failed to access local database (%d) in writing state\n", "lockDbObject",
                   static_cast<int>(apiType));
         return nullptr;
     }
-    acquire(*slot);
-    TreeMapObject* const object = open(*slot, path);
+    acquire(*database);
+    TreeMapObject* const object = open(*database, path);
     if (object != nullptr) {
-        slot->setState(DB_STATE_WRITING);
+        database->setState(DB_STATE_WRITING);
     }
     return object;
 }
 
 int LocalDbCtrl::saveDbObject(API_TYPE_T apiType, char const* sessionKey) {
     ControllerUse use;
-    std::optional<DbSlot> slot = use.findSlot(apiType, sessionKey);
-    if (!slot) {
+    std::optional<Database> database = use.findDatabase(apiType, sessionKey);
+    if (!database) {
         return refuseRelease("saveDbObject", apiType);
     }
-    if (release(*slot, "saveDbObject") != DB_STATE_WRITING) {
+    if (release(*database, "saveDbObject") != DB_STATE_WRITING) {
         UTIL_DEBUG("%s: I am not in locked state\n", "saveDbObject");
         return FAILURE;
     }
     int result = FAILURE;
-    if (slot->object != nullptr) {
-        result = saveAndDrop(*slot);
+    if (database->document != nullptr) {
+        result = saveAndDrop(*database);
     } else {
         UTIL_DEBUG("%s: there is something wrong, I am is not initialized already!\n",
                    "saveDbObject");
     }
-    endWriting(*slot, DB_STATE_UNINITIALIZED);
+    endWriting(*database, DB_STATE_UNINITIALIZED);
     return result;
 }
 
 int LocalDbCtrl::unlockDbObject(unsigned int apiType, char const* sessionKey) {
     ControllerUse use;
-    std::optional<DbSlot> slot = use.findSlot(apiType, sessionKey);
-    if (!slot) {
+    std::optional<Database> database = use.findDatabase(apiType, sessionKey);
+    if (!database) {
         return refuseRelease("unlockDbObject", apiType);
     }
-    if (release(*slot, "unlockDbObject") != DB_STATE_WRITING) {
+    if (release(*database, "unlockDbObject") != DB_STATE_WRITING) {
         UTIL_WARN("%s: I am not in locked state\n", "unlockDbObject");
         return FAILURE;
     }
-    if (slot->object == nullptr) {
+    if (database->document == nullptr) {
         UTIL_ERROR("%s: there is something wrong, I am is not initialized already!\n",
                    "unlockDbObject");
-        endWriting(*slot, DB_STATE_UNINITIALIZED);
+        endWriting(*database, DB_STATE_UNINITIALIZED);
         return FAILURE;
     }
-    endWriting(*slot, DB_STATE_ACCESSIBLE);
+    endWriting(*database, DB_STATE_ACCESSIBLE);
     return SUCCESS;
 }

@@ -13,7 +13,7 @@
 #include "localdb/Chain.h"
 #include "localdb/Condition.h"
 #include "localdb/ControllerUse.h"
-#include "localdb/TypeLock.h"
+#include "localdb/DatabaseLock.h"
 #include "logging/Log.h"
 #include "logging/MutexGuard.h"
 
@@ -165,9 +165,10 @@ int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
     }
     std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
     for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
-        DbSlot slot(*controller, type);
-        slot.load("cloneNewDB", static_cast<int>(type));
-        slot.setState(slot.object != nullptr ? DB_STATE_ACCESSIBLE : DB_STATE_UNINITIALIZED);
+        Database database(*controller, type);
+        database.load("cloneNewDB", static_cast<int>(type));
+        database.setState(database.document != nullptr ? DB_STATE_ACCESSIBLE
+                                                       : DB_STATE_UNINITIALIZED);
     }
     UTIL_DEBUG("%s: new handler created for session %s\n", "cloneNewDB", sessionKey);
     if (!add(sessionKey, controller.get())) {  // another thread was faster
@@ -222,10 +223,10 @@ LOCALDB_HANDLER* ControllerUse::find(char const* sessionKey) {
     return controller;
 }
 
-std::optional<DbSlot> ControllerUse::findSlot(unsigned int apiType, char const* sessionKey) {
+std::optional<Database> ControllerUse::findDatabase(unsigned int apiType, char const* sessionKey) {
     try {
         if (apiType < API_TYPE_COUNT && find(sessionKey) != nullptr) {
-            return std::optional<DbSlot>(std::in_place, *controller, apiType);
+            return std::optional<Database>(std::in_place, *controller, apiType);
         }
     } catch (std::bad_alloc const&) {  // there was no default controller, and no room for its entry
     }

@@ -7,7 +7,7 @@
 #include "jsondata/JsonRef.h"
 #include "localdb/Condition.h"
 #include "localdb/ControllerUse.h"
-#include "localdb/TypeLock.h"
+#include "localdb/DatabaseLock.h"
 #include "logging/Log.h"
 
 using namespace vobiutils;
@@ -18,18 +18,21 @@ int const SUCCESS = 0;
 int const FAILURE = 2;
 
 // Whether there is a document, and it has a value.
-bool isLoaded(DbSlot const& slot) { return slot.object != nullptr && slot.object->jobj != nullptr; }
+bool isLoaded(Database const& database) {
+    return database.document != nullptr && database.document->jobj != nullptr;
+}
 
-void drop(DbSlot& slot) {
-    delete slot.object;
-    slot.object = nullptr;
+void drop(Database& database) {
+    delete database.document;
+    database.document = nullptr;
 }
 
 }  // namespace
 
 // The claim holds the mutex of the type, which keeps removeDB from destroying the controller.
 struct LocalDbTransaction::Lock {
-    explicit Lock(DbSlot const& acquired) : slot(acquired), claim(acquired), before(nullptr) {}
+    explicit Lock(Database const& acquired)
+        : database(acquired), claim(acquired), before(nullptr) {}
 
     Status open(char const* path);
     Status readDocument();
@@ -39,7 +42,7 @@ struct LocalDbTransaction::Lock {
     bool end(Finish const& finish);
     int discard();
 
-    DbSlot slot;
+    Database database;
     Claim claim;
     TreeMapObject* object = nullptr;  // the document's own handle, or the one in `node`
     std::unique_ptr<TreeMapObject> node;
@@ -49,41 +52,41 @@ struct LocalDbTransaction::Lock {
 // The state is "writing" before anything that takes time, so that other callers are refused at once. A
 // failure releases the type; what it leaves in memory is a whole document, or nothing.
 LocalDbTransaction::Status LocalDbTransaction::Lock::open(char const* path) {
-    bool const wasLoaded = slot.state() == DB_STATE_ACCESSIBLE;
-    slot.setState(DB_STATE_WRITING);
+    bool const wasLoaded = database.state() == DB_STATE_ACCESSIBLE;
+    database.setState(DB_STATE_WRITING);
     Status status = wasLoaded ? copyDocument() : readDocument();
     if (status == LOCKED) {
         status = openNode(path);
     }
     if (status != LOCKED) {
         end([this] {
-            return slot.object != nullptr ? DB_STATE_ACCESSIBLE : DB_STATE_UNINITIALIZED;
+            return database.document != nullptr ? DB_STATE_ACCESSIBLE : DB_STATE_UNINITIALIZED;
         });
     }
     return status;
 }
 
 LocalDbTransaction::Status LocalDbTransaction::Lock::readDocument() {
-    if (!slot.tryLoad("LocalDbTransaction", static_cast<int>(slot.apiType))) {
+    if (!database.tryLoad("LocalDbTransaction", static_cast<int>(database.apiType))) {
         return NO_MEMORY;
     }
-    if (slot.object == nullptr) {
+    if (database.document == nullptr) {
         return NO_FILE;
     }
-    if (!isLoaded(slot)) {
-        drop(slot);
+    if (!isLoaded(database)) {
+        drop(database);
         return UNREADABLE;
     }
     return LOCKED;
 }
 
 LocalDbTransaction::Status LocalDbTransaction::Lock::copyDocument() {
-    if (!isLoaded(slot)) {
-        drop(slot);
+    if (!isLoaded(database)) {
+        drop(database);
         return UNREADABLE;
     }
     json_object* copy = nullptr;
-    if (json_object_deep_copy(slot.object->jobj, &copy, nullptr) != 0) {
+    if (json_object_deep_copy(database.document->jobj, &copy, nullptr) != 0) {
         return NO_MEMORY;
     }
     before.reset(copy);
@@ -91,9 +94,9 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::copyDocument() {
 }
 
 LocalDbTransaction::Status LocalDbTransaction::Lock::openNode(char const* path) {
-    object = slot.object;
+    object = database.document;
     if (*path != '\0') {
-        if (!slot.tryGet(path, object)) {
+        if (!database.tryGet(path, object)) {
             return NO_MEMORY;
         }
         node.reset(object);
@@ -101,27 +104,27 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::openNode(char const* path) 
     return object != nullptr ? LOCKED : NO_NODE;
 }
 
-// Releases in the order of TypeLock.h. `finish` does with the document what there is to do, and returns
+// Releases in the order of DatabaseLock.h. `finish` does with the document what there is to do, and returns
 // the state that follows. False, with nothing done, when a plain save or unlock has ended the lock.
 template <typename Finish>
 bool LocalDbTransaction::Lock::end(Finish const& finish) {
     node.reset();
-    ControllerUse const use(slot.controller);  // begins before the claim ends
+    ControllerUse const use(database.controller);  // begins before the claim ends
     if (!claim.release()) {
         return false;
     }
-    endWriting(slot, finish());
+    endWriting(database, finish());
     return true;
 }
 
 // The handle of a document that was in memory stays: others may know it.
 int LocalDbTransaction::Lock::discard() {
     if (!before) {
-        drop(slot);
+        drop(database);
         return DB_STATE_UNINITIALIZED;
     }
-    json_object_put(slot.object->jobj);
-    slot.object->jobj = before.release();
+    json_object_put(database.document->jobj);
+    database.document->jobj = before.release();
     return DB_STATE_ACCESSIBLE;
 }
 
@@ -129,19 +132,20 @@ LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
                                        char const* sessionKey, unsigned int milliseconds)
     : status_(BAD_ARGUMENTS) {
     ControllerUse use;
-    std::optional<DbSlot> slot =
-        path != nullptr ? use.findSlot(apiType, sessionKey) : std::optional<DbSlot>();
-    if (!slot) {
+    std::optional<Database> database =
+        path != nullptr ? use.findDatabase(apiType, sessionKey) : std::optional<Database>();
+    if (!database) {
         return;
     }
     timespec const deadline = deadlineIn(milliseconds);
-    if ((milliseconds == 0 && slot->state() == DB_STATE_WRITING) || !acquire(*slot, &deadline)) {
+    if ((milliseconds == 0 && database->state() == DB_STATE_WRITING) ||
+        !acquire(*database, &deadline)) {
         status_ = BUSY;
         return;
     }
-    lock_.reset(new (std::nothrow) Lock(*slot));
+    lock_.reset(new (std::nothrow) Lock(*database));
     if (lock_ == nullptr) {
-        releaseMutex(*slot);
+        releaseMutex(*database);
         status_ = NO_MEMORY;
         return;
     }
@@ -154,7 +158,7 @@ LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
 LocalDbTransaction::~LocalDbTransaction() {
     if (lock_ != nullptr && !lock_->end([this] { return lock_->discard(); })) {
         UTIL_ERROR("%s: a plain save or unlock has ended the lock of api type %d\n",
-                   "LocalDbTransaction", static_cast<int>(lock_->slot.apiType));
+                   "LocalDbTransaction", static_cast<int>(lock_->database.apiType));
     }
 }
 
@@ -183,7 +187,7 @@ bool LocalDbTransaction::end(Finish const& finish) {
 int LocalDbTransaction::save() {
     int result = FAILURE;
     end([&] {
-        result = saveAndDrop(lock_->slot);
+        result = saveAndDrop(lock_->database);
         return DB_STATE_UNINITIALIZED;
     });
     return result;

@@ -1,4 +1,4 @@
-#include "localdb/TypeLock.h"
+#include "localdb/DatabaseLock.h"
 
 #include "JsonData.h"
 #include "TreeMapObject.h"
@@ -44,71 +44,72 @@ void wakeFirstWaiter(pthread_mutex_t const& mutex) {
     }
 }
 
-bool tryAcquire(DbSlot& slot) {
-    if (pthread_mutex_trylock(&slot.mutex) != 0) {
+bool tryAcquire(Database& database) {
+    if (pthread_mutex_trylock(&database.mutex) != 0) {
         return false;
     }
-    bool const isFree = slot.state() != DB_STATE_WRITING;
+    bool const isFree = database.state() != DB_STATE_WRITING;
     if (!isFree) {
-        pthread_mutex_unlock(&slot.mutex);
+        pthread_mutex_unlock(&database.mutex);
     }
     return isFree;
 }
 
-bool waitFor(DbSlot& slot, timespec const* deadline) {
-    Waiter self(slot.mutex);
+bool waitFor(Database& database, timespec const* deadline) {
+    Waiter self(database.mutex);
     waiters.append(&self);
     bool inTime = true;
     bool acquired = false;
     while (!acquired && inTime) {
         inTime = self.released.wait(handOver, deadline);
-        acquired = firstWaiter(slot.mutex) == &self && tryAcquire(slot);
+        acquired = firstWaiter(database.mutex) == &self && tryAcquire(database);
     }
     waiters.remove(&self);
     if (!acquired) {
-        wakeFirstWaiter(slot.mutex);  // it may have waited behind this one alone
+        wakeFirstWaiter(database.mutex);  // it may have waited behind this one alone
     }
     return acquired;
 }
 
-void unlock(DbSlot& slot) {
-    pthread_mutex_trylock(&slot.mutex);
-    pthread_mutex_unlock(&slot.mutex);
-    wakeFirstWaiter(slot.mutex);
+void unlock(Database& database) {
+    pthread_mutex_trylock(&database.mutex);
+    pthread_mutex_unlock(&database.mutex);
+    wakeFirstWaiter(database.mutex);
 }
 
 }  // namespace
 
-bool acquire(DbSlot& slot, timespec const* deadline) {
+bool acquire(Database& database, timespec const* deadline) {
     MutexGuard const guard(handOver);
-    return (firstWaiter(slot.mutex) == nullptr && tryAcquire(slot)) || waitFor(slot, deadline);
+    return (firstWaiter(database.mutex) == nullptr && tryAcquire(database)) ||
+           waitFor(database, deadline);
 }
 
-void releaseMutex(DbSlot& slot) {
+void releaseMutex(Database& database) {
     MutexGuard const guard(handOver);
     for (Claim* claim = claims.first; claim != nullptr; claim = claim->next) {
-        if (&claim->slot_.mutex == &slot.mutex) {
+        if (&claim->database_.mutex == &database.mutex) {
             claim->end();
             break;
         }
     }
-    unlock(slot);
+    unlock(database);
 }
 
-void endWriting(DbSlot& slot, int state) {
+void endWriting(Database& database, int state) {
     MutexGuard const guard(handOver);
-    slot.setState(state);
-    wakeFirstWaiter(slot.mutex);
+    database.setState(state);
+    wakeFirstWaiter(database.mutex);
 }
 
-int saveAndDrop(DbSlot& slot) {
-    FileName const file = FileName::ofData(slot.apiType);
+int saveAndDrop(Database& database) {
+    FileName const file = FileName::ofData(database.apiType);
     UTIL_DEBUG("%s: type=%d save object %p to file %s\n", "saveDbObject",
-               static_cast<int>(slot.apiType), static_cast<void*>(slot.object),
+               static_cast<int>(database.apiType), static_cast<void*>(database.document),
                printable(file.get()));
-    int const result = JsonData::saveObjectToFile(file.get(), slot.object);
-    delete slot.object;  // also after a failed write: the next lock reads the file again
-    slot.object = nullptr;
+    int const result = JsonData::saveObjectToFile(file.get(), database.document);
+    delete database.document;  // also after a failed write: the next lock reads the file again
+    database.document = nullptr;
     return result;
 }
 
@@ -124,7 +125,7 @@ bool isUnlocked(LOCALDB_HANDLER& controller) {
     return true;
 }
 
-Claim::Claim(DbSlot const& acquired) : slot_(acquired) {
+Claim::Claim(Database const& acquired) : database_(acquired) {
     MutexGuard const guard(handOver);
     claims.append(this);
 }
@@ -137,8 +138,8 @@ bool Claim::release() {
         return false;
     }
     end();
-    slot_.setState(DB_STATE_WRITING);  // a program may have changed it, and others go by it
-    unlock(slot_);
+    database_.setState(DB_STATE_WRITING);  // a program may have changed it, and others go by it
+    unlock(database_);
     return true;
 }
 

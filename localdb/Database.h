@@ -1,6 +1,6 @@
 // One API type of one controller, as the database's own code works on it.
-#ifndef VOBIUTILS_LOCALDB_DBSLOT_H
-#define VOBIUTILS_LOCALDB_DBSLOT_H
+#ifndef VOBIUTILS_LOCALDB_DATABASE_H
+#define VOBIUTILS_LOCALDB_DATABASE_H
 
 #include <atomic>
 
@@ -9,24 +9,24 @@
 namespace vobiutils {
 
 // The state word is read and written by threads that do not hold the mutex, so always atomically.
-class DbSlot {
+class Database {
   public:
-    DbSlot(LOCALDB_HANDLER& owner, unsigned int type)
+    Database(LOCALDB_HANDLER& owner, unsigned int type)
         : controller(owner),
           apiType(type),
-          object(owner.dbObject[type]),
+          document(owner.dbObject[type]),
           mutex(owner.lock[type]),
           state_(owner.state[type]) {}
 
     LOCALDB_HANDLER& controller;
     unsigned int const apiType;
-    TreeMapObject*& object;
+    TreeMapObject*& document;
     pthread_mutex_t& mutex;
 
     int state() const { return state_.load(std::memory_order_acquire); }
     void setState(int state) { state_.store(state, std::memory_order_release); }
 
-    // Reads the type's data file into `object`, which is null when there is none; the state stays. Logs
+    // Reads the type's data file into `document`, which is null when there is none; the state stays. Logs
     // under the name of the public function that wants it; `number` is what its line calls the type.
     void load(char const* function, int number);
 

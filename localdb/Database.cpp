@@ -1,4 +1,4 @@
-#include "localdb/DbSlot.h"
+#include "localdb/Database.h"
 
 #include <new>
 
@@ -9,20 +9,20 @@
 
 namespace vobiutils {
 
-void DbSlot::load(char const* function, int number) {
+void Database::load(char const* function, int number) {
     FileName const file = FileName::ofData(apiType);
     if (file.get() == nullptr) {
         return;
     }
-    object = JsonData::createObjectFromFile(file.get());
-    if (object == nullptr) {
+    document = JsonData::createObjectFromFile(file.get());
+    if (document == nullptr) {
         UTIL_WARN("%s: Cannot load database from %s\n", function, file.get());
         return;
     }
     UTIL_DEBUG("%s: Initialized local database for api type %d\n", function, number);
 }
 
-bool DbSlot::tryLoad(char const* function, int number) {
+bool Database::tryLoad(char const* function, int number) {
     try {
         load(function, number);
         return true;
@@ -31,9 +31,9 @@ bool DbSlot::tryLoad(char const* function, int number) {
     }
 }
 
-bool DbSlot::tryGet(char const* path, TreeMapObject*& node) const {
+bool Database::tryGet(char const* path, TreeMapObject*& node) const {
     try {
-        node = object->get(path);
+        node = document->get(path);
         return true;
     } catch (std::bad_alloc const&) {
         return false;

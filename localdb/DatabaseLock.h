@@ -8,30 +8,30 @@
 // mutex cannot be acquired then.
 //
 // Waiting callers acquire a type in the order in which they came, so none is overtaken without end.
-#ifndef VOBIUTILS_LOCALDB_TYPELOCK_H
-#define VOBIUTILS_LOCALDB_TYPELOCK_H
+#ifndef VOBIUTILS_LOCALDB_DATABASELOCK_H
+#define VOBIUTILS_LOCALDB_DATABASELOCK_H
 
 #include <time.h>
 
 #include <atomic>
 
-#include "localdb/DbSlot.h"
+#include "localdb/Database.h"
 
 namespace vobiutils {
 
 // Returns holding the mutex of a type that no other thread is writing, saving or destroying. With a
 // deadline on CLOCK_MONOTONIC, false when that passes first.
-bool acquire(DbSlot& slot, timespec const* deadline = nullptr);
+bool acquire(Database& database, timespec const* deadline = nullptr);
 
 // The first half of a plain release. Unlocking a mutex that is not held is undefined, so a free one is
 // locked first. A transaction's claim to the type ends.
-void releaseMutex(DbSlot& slot);
+void releaseMutex(Database& database);
 
 // The second half of a release: leaves the "writing" state for `state` and wakes the first waiter.
-void endWriting(DbSlot& slot, int state);
+void endWriting(Database& database, int state);
 
 // Writes the document to its file and drops it. 0 or 2.
-int saveAndDrop(DbSlot& slot);
+int saveAndDrop(Database& database);
 
 // Whether no thread holds one of the controller's nine mutexes.
 bool isUnlocked(LOCALDB_HANDLER& controller);
@@ -40,7 +40,7 @@ bool isUnlocked(LOCALDB_HANDLER& controller);
 // of it ends the claim: the mutex is then free, or another writer's.
 class Claim {
   public:
-    explicit Claim(DbSlot const& acquired);
+    explicit Claim(Database const& acquired);
     ~Claim();
     Claim(Claim const&) = delete;
     Claim& operator=(Claim const&) = delete;
@@ -55,10 +55,10 @@ class Claim {
     Claim* next = nullptr;  // in the chain of all claims
 
   private:
-    friend void releaseMutex(DbSlot& slot);
+    friend void releaseMutex(Database& database);
     void end();
 
-    DbSlot slot_;
+    Database database_;
     std::atomic<bool> holds_ = true;
 };
 
