@@ -1,4 +1,4 @@
-// One API type of one controller, as the database's own code works on it.
+// The database of one API type in one controller: loads, saves and drops its document.
 #ifndef VOBIUTILS_LOCALDB_DATABASE_H
 #define VOBIUTILS_LOCALDB_DATABASE_H
 
@@ -8,33 +8,62 @@
 
 namespace vobiutils {
 
-// The state word is read and written by threads that do not hold the mutex, so always atomically.
+// Refers to fields of a controller, which must outlive it; copies refer to the same database.
+//
+// The document belongs to the thread that holds the mutex, and while the state is "writing" to the
+// thread that set this state (DatabaseLock.h). Only that thread calls the functions that use it.
 class Database {
   public:
     Database(LOCALDB_HANDLER& owner, unsigned int type)
         : controller(owner),
           apiType(type),
-          document(owner.dbObject[type]),
           mutex(owner.lock[type]),
+          document_(owner.dbObject[type]),
           state_(owner.state[type]) {}
 
     LOCALDB_HANDLER& controller;
     unsigned int const apiType;
-    TreeMapObject*& document;
     pthread_mutex_t& mutex;
 
+    // Threads that do not hold the mutex read the state too, so every access is atomic.
     int state() const { return state_.load(std::memory_order_acquire); }
     void setState(int state) { state_.store(state, std::memory_order_release); }
 
-    // Reads the type's data file into `document`, which is null when there is none; the state stays. Logs
-    // under the name of the public function that wants it; `number` is what its line calls the type.
+    // The state of a database that no thread is writing: accessible if its document is in memory,
+    // else uninitialized.
+    int idleState() const {
+        return document_ != nullptr ? DB_STATE_ACCESSIBLE : DB_STATE_UNINITIALIZED;
+    }
+
+    // Null if no document is in memory. The controller owns it.
+    TreeMapObject* document() const { return document_; }
+
+    // Whether a document is in memory and has a value: a data file that is not JSON gives one
+    // without.
+    bool hasValue() const;
+
+    // Reads the data file into the document, which is null if there is no file. Does not change the
+    // state. `function` and `number` go into the log lines: the public function that needs the
+    // document, and the number that its line reports for the API type. May throw std::bad_alloc.
     void load(char const* function, int number);
 
-    // As load, and as the document's get. False, with nothing changed, when memory ran out.
+    // Does the same as load() and returns true; returns false, with no document, when out of
+    // memory.
     bool tryLoad(char const* function, int number);
+
+    // Sets `node` to a new handle on the node at a path that is not empty, or to null if there is
+    // no such node. False, with `node` unchanged, when out of memory.
     bool tryGet(char const* path, TreeMapObject*& node) const;
 
+    // Writes the document to its data file and drops it, even if the write failed: the next lock
+    // reads the file as it is then. Returns 0 if it was written, else 2. Does not change the state.
+    int save();
+
+    // Deletes the document, if there is one. Does not change the state.
+    void drop();
+
   private:
+    TreeMapObject*& document_;
     std::atomic_ref<int> state_;
 };
 

@@ -1,34 +1,44 @@
+// Passes databases from one writer to the next, in the order in which the writers came.
+//
+// Ordinarily the mutex of a database is free, and acquire() locks it without waiting. Otherwise the
+// caller joins the queue and sleeps on a condition variable of its own. Each half of a release
+// wakes the first waiter for that database, and only the first waiter tries again.
+//
+// Waiting in pthread_mutex_lock instead would not do, for three reasons:
+// - The mutex is free while a save is still under way (see the header). Whoever locked it then
+//   would have to unlock it and try again, in a loop.
+// - A mutex promises no order: a thread that locks it again and again can keep others waiting
+//   without end.
+// - pthread_mutex_timedlock measures its deadline with CLOCK_REALTIME, which can be set.
 #include "localdb/DatabaseLock.h"
 
-#include "JsonData.h"
-#include "TreeMapObject.h"
 #include "localdb/Chain.h"
 #include "localdb/Condition.h"
-#include "localdb/FileName.h"
-#include "logging/Log.h"
 #include "logging/MutexGuard.h"
 
 namespace vobiutils {
 
 namespace {
 
-// Guards the moments in which a type changes hands, for all types, and the two chains.
+// One mutex for all databases. It is held for a few instructions, while a database passes from one
+// thread to another, and guards both chains. While it is held, the
+// mutex of a database is only tried, never waited for.
 pthread_mutex_t handOver = PTHREAD_MUTEX_INITIALIZER;
 
-// A thread that waits for a type.
+// A thread that waits for a database, which the address of its mutex identifies.
 struct Waiter {
     explicit Waiter(pthread_mutex_t const& wanted) : mutex(&wanted) {}
     ~Waiter() { released.destroy(); }
 
     pthread_mutex_t const* const mutex;
-    Condition released;  // the mutex, or the state "writing"
+    Condition released;  // the mutex is free, or the state is not "writing" any more
     Waiter* next = nullptr;
 };
 
 Chain<Waiter> waiters;
 Chain<Claim> claims;
 
-// What follows is called with handOver held.
+// The caller of the functions in this namespace holds handOver.
 
 Waiter* firstWaiter(pthread_mutex_t const& mutex) {
     Waiter* waiter = waiters.first;
@@ -61,7 +71,7 @@ bool waitFor(Database& database, timespec const* deadline) {
     bool inTime = true;
     bool acquired = false;
     while (!acquired && inTime) {
-        inTime = self.released.wait(handOver, deadline);
+        inTime = self.released.wait(handOver, deadline);  // handOver is free during the wait
         acquired = firstWaiter(database.mutex) == &self && tryAcquire(database);
     }
     waiters.remove(&self);
@@ -71,7 +81,10 @@ bool waitFor(Database& database, timespec const* deadline) {
     return acquired;
 }
 
-void unlock(Database& database) {
+// Ordinarily the writer frees the mutex that it holds. A save or unlock without a lock comes here
+// too, with a mutex that no thread holds: to unlock that is undefined, so it is locked first. No
+// other thread comes between the two calls, as all do this under handOver.
+void freeMutex(Database& database) {
     pthread_mutex_trylock(&database.mutex);
     pthread_mutex_unlock(&database.mutex);
     wakeFirstWaiter(database.mutex);
@@ -85,7 +98,7 @@ bool acquire(Database& database, timespec const* deadline) {
            waitFor(database, deadline);
 }
 
-void releaseMutex(Database& database) {
+void release(Database& database) {
     MutexGuard const guard(handOver);
     for (Claim* claim = claims.first; claim != nullptr; claim = claim->next) {
         if (&claim->database_.mutex == &database.mutex) {
@@ -93,27 +106,16 @@ void releaseMutex(Database& database) {
             break;
         }
     }
-    unlock(database);
+    freeMutex(database);
 }
 
-void endWriting(Database& database, int state) {
+void endWriting(Database& database) {
     MutexGuard const guard(handOver);
-    database.setState(state);
+    database.setState(database.idleState());
     wakeFirstWaiter(database.mutex);
 }
 
-int saveAndDrop(Database& database) {
-    FileName const file = FileName::ofData(database.apiType);
-    UTIL_DEBUG("%s: type=%d save object %p to file %s\n", "saveDbObject",
-               static_cast<int>(database.apiType), static_cast<void*>(database.document),
-               printable(file.get()));
-    int const result = JsonData::saveObjectToFile(file.get(), database.document);
-    delete database.document;  // also after a failed write: the next lock reads the file again
-    database.document = nullptr;
-    return result;
-}
-
-// Under the guard, as a stray release must not take the lock that this test holds for a moment.
+// Under handOver, so that no stray release unlocks a mutex while this test holds it for a moment.
 bool isUnlocked(LOCALDB_HANDLER& controller) {
     MutexGuard const guard(handOver);
     for (pthread_mutex_t& mutex : controller.lock) {
@@ -132,14 +134,17 @@ Claim::Claim(Database const& acquired) : database_(acquired) {
 
 Claim::~Claim() { release(); }
 
+// Ordinarily the state is "writing" already. But it is a public field, and if the program has
+// changed it, another writer would acquire the mutex and use the document while it is saved and
+// destroyed.
 bool Claim::release() {
     MutexGuard const guard(handOver);
     if (!holds()) {
         return false;
     }
     end();
-    database_.setState(DB_STATE_WRITING);  // a program may have changed it, and others go by it
-    unlock(database_);
+    database_.setState(DB_STATE_WRITING);
+    freeMutex(database_);
     return true;
 }
 

@@ -1,4 +1,4 @@
-// The life of a controller.
+// Makes and destroys a controller.
 #include "LocalDbCtrl.h"
 #include "TreeMapObject.h"
 #include "localdb/Database.h"
@@ -15,10 +15,10 @@ LOCALDB_HANDLER::LOCALDB_HANDLER() : dbObject(), state() {
 
 namespace {
 
-// intended: a mutex is destroyed only with a loaded object; the memory under the others goes with
-// the controller.
+// intended: only the mutex of a loaded database is destroyed; the others are freed with the
+// controller as they are.
 void releaseDatabase(Database database) {
-    pthread_mutex_lock(&database.mutex);  // waits for a writer
+    pthread_mutex_lock(&database.mutex);  // waits while a writer holds it
     int const state = database.state();
     if (state == DB_STATE_WRITING) {
         UTIL_ERROR("Local DB is in Lock state, cannot be destroyed");  // no line end
@@ -29,9 +29,8 @@ void releaseDatabase(Database database) {
         pthread_mutex_unlock(&database.mutex);
         return;
     }
-    if (database.document != nullptr) {
-        delete database.document;
-        database.document = nullptr;
+    if (database.document() != nullptr) {
+        database.drop();
         database.setState(DB_STATE_UNINITIALIZED);
     }
     pthread_mutex_unlock(&database.mutex);

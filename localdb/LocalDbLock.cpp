@@ -1,4 +1,7 @@
-// Lock, save and unlock of one API type in one controller.
+// The plain operations of LocalDbCtrl on a database: lock, save and unlock.
+//
+// Ordinarily a lock gives a handle, and a save or unlock ends it. The table has every case. "Held" is
+// also what a lock leaves behind that finds no document or node: unlock is called then, too.
 //
 //   call    state  condition                state after  mutex      result
 //   lock    2      -                        2            untouched  null
@@ -25,22 +28,21 @@ namespace {
 int const SUCCESS = 0;
 int const FAILURE = 2;
 
-// The document, loaded if it has to be, or the node at `path` in it; null when there is none. Without
-// memory for a handle there is no handle: the caller gets null, as for a missing node.
-TreeMapObject* open(Database& database, char const* path) {
+// Returns the document, which is loaded first if necessary, or a handle on the node at `path`; null if
+// there is none, and when there is no memory for either.
+TreeMapObject* documentOrNode(Database& database, char const* path) {
     if (database.state() == DB_STATE_UNINITIALIZED) {
         if (!database.tryLoad("lockDbObject", 1)) {  // intended: the line says 1, whatever the type
             return nullptr;
         }
-        database.setState(database.document != nullptr ? DB_STATE_ACCESSIBLE
-                                                       : DB_STATE_UNINITIALIZED);
+        database.setState(database.idleState());
     }
-    if (database.document == nullptr) {
+    if (database.document() == nullptr) {
         UTIL_ERROR("%s: There is something wrong! localdb %d is null in accessable state %d\n",
                    "lockDbObject", static_cast<int>(database.apiType), database.state());
         return nullptr;
     }
-    TreeMapObject* node = database.document;
+    TreeMapObject* node = database.document();
     return *path == '\0' || database.tryGet(path, node) ? node : nullptr;
 }
 
@@ -55,12 +57,12 @@ int refuseRelease(char const* function, unsigned int apiType) {
     return FAILURE;
 }
 
-// The state in which the mutex was freed. A release decides by it: another writer may change it
-// right after.
-int release(Database& database, char const* function) {
+// Logs the state, frees the mutex and returns the state as it was before. The caller goes by that one:
+// once the mutex is free, another writer may change it.
+int logAndRelease(Database& database, char const* function) {
     int const state = database.state();
     UTIL_DEBUG("%s: apiT=%d state=%d\n", function, static_cast<int>(database.apiType), state);
-    releaseMutex(database);
+    release(database);
     return state;
 }
 
@@ -84,7 +86,7 @@ TreeMapObject* LocalDbCtrl::lockDbObject(unsigned int apiType, char const* path,
         return nullptr;
     }
     acquire(*database);
-    TreeMapObject* const object = open(*database, path);
+    TreeMapObject* const object = documentOrNode(*database, path);
     if (object != nullptr) {
         database->setState(DB_STATE_WRITING);
     }
@@ -97,18 +99,18 @@ int LocalDbCtrl::saveDbObject(API_TYPE_T apiType, char const* sessionKey) {
     if (!database) {
         return refuseRelease("saveDbObject", apiType);
     }
-    if (release(*database, "saveDbObject") != DB_STATE_WRITING) {
+    if (logAndRelease(*database, "saveDbObject") != DB_STATE_WRITING) {
         UTIL_DEBUG("%s: I am not in locked state\n", "saveDbObject");
         return FAILURE;
     }
     int result = FAILURE;
-    if (database->document != nullptr) {
-        result = saveAndDrop(*database);
+    if (database->document() != nullptr) {
+        result = database->save();
     } else {
         UTIL_DEBUG("%s: there is something wrong, I am is not initialized already!\n",
                    "saveDbObject");
     }
-    endWriting(*database, DB_STATE_UNINITIALIZED);
+    endWriting(*database);
     return result;
 }
 
@@ -118,16 +120,16 @@ int LocalDbCtrl::unlockDbObject(unsigned int apiType, char const* sessionKey) {
     if (!database) {
         return refuseRelease("unlockDbObject", apiType);
     }
-    if (release(*database, "unlockDbObject") != DB_STATE_WRITING) {
+    if (logAndRelease(*database, "unlockDbObject") != DB_STATE_WRITING) {
         UTIL_WARN("%s: I am not in locked state\n", "unlockDbObject");
         return FAILURE;
     }
-    if (database->document == nullptr) {
+    int result = SUCCESS;
+    if (database->document() == nullptr) {
         UTIL_ERROR("%s: there is something wrong, I am is not initialized already!\n",
                    "unlockDbObject");
-        endWriting(*database, DB_STATE_UNINITIALIZED);
-        return FAILURE;
+        result = FAILURE;
     }
-    endWriting(*database, DB_STATE_ACCESSIBLE);
-    return SUCCESS;
+    endWriting(*database);
+    return result;
 }

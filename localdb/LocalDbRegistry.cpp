@@ -167,8 +167,7 @@ int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
     for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
         Database database(*controller, type);
         database.load("cloneNewDB", static_cast<int>(type));
-        database.setState(database.document != nullptr ? DB_STATE_ACCESSIBLE
-                                                       : DB_STATE_UNINITIALIZED);
+        database.setState(database.idleState());
     }
     UTIL_DEBUG("%s: new handler created for session %s\n", "cloneNewDB", sessionKey);
     if (!add(sessionKey, controller.get())) {  // another thread was faster

@@ -17,16 +17,6 @@ namespace {
 int const SUCCESS = 0;
 int const FAILURE = 2;
 
-// Whether there is a document, and it has a value.
-bool isLoaded(Database const& database) {
-    return database.document != nullptr && database.document->jobj != nullptr;
-}
-
-void drop(Database& database) {
-    delete database.document;
-    database.document = nullptr;
-}
-
 }  // namespace
 
 // The claim holds the mutex of the type, which keeps removeDB from destroying the controller.
@@ -40,7 +30,7 @@ struct LocalDbTransaction::Lock {
     Status openNode(char const* path);
     template <typename Finish>
     bool end(Finish const& finish);
-    int discard();
+    void discard();
 
     Database database;
     Claim claim;
@@ -59,9 +49,7 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::open(char const* path) {
         status = openNode(path);
     }
     if (status != LOCKED) {
-        end([this] {
-            return database.document != nullptr ? DB_STATE_ACCESSIBLE : DB_STATE_UNINITIALIZED;
-        });
+        end([] {});
     }
     return status;
 }
@@ -70,23 +58,23 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::readDocument() {
     if (!database.tryLoad("LocalDbTransaction", static_cast<int>(database.apiType))) {
         return NO_MEMORY;
     }
-    if (database.document == nullptr) {
+    if (database.document() == nullptr) {
         return NO_FILE;
     }
-    if (!isLoaded(database)) {
-        drop(database);
+    if (!database.hasValue()) {
+        database.drop();
         return UNREADABLE;
     }
     return LOCKED;
 }
 
 LocalDbTransaction::Status LocalDbTransaction::Lock::copyDocument() {
-    if (!isLoaded(database)) {
-        drop(database);
+    if (!database.hasValue()) {
+        database.drop();
         return UNREADABLE;
     }
     json_object* copy = nullptr;
-    if (json_object_deep_copy(database.document->jobj, &copy, nullptr) != 0) {
+    if (json_object_deep_copy(database.document()->jobj, &copy, nullptr) != 0) {
         return NO_MEMORY;
     }
     before.reset(copy);
@@ -94,7 +82,7 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::copyDocument() {
 }
 
 LocalDbTransaction::Status LocalDbTransaction::Lock::openNode(char const* path) {
-    object = database.document;
+    object = database.document();
     if (*path != '\0') {
         if (!database.tryGet(path, object)) {
             return NO_MEMORY;
@@ -113,19 +101,19 @@ bool LocalDbTransaction::Lock::end(Finish const& finish) {
     if (!claim.release()) {
         return false;
     }
-    endWriting(database, finish());
+    finish();
+    endWriting(database);
     return true;
 }
 
 // The handle of a document that was in memory stays: others may know it.
-int LocalDbTransaction::Lock::discard() {
+void LocalDbTransaction::Lock::discard() {
     if (!before) {
-        drop(database);
-        return DB_STATE_UNINITIALIZED;
+        database.drop();
+        return;
     }
-    json_object_put(database.document->jobj);
-    database.document->jobj = before.release();
-    return DB_STATE_ACCESSIBLE;
+    json_object_put(database.document()->jobj);
+    database.document()->jobj = before.release();
 }
 
 LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
@@ -145,7 +133,7 @@ LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
     }
     lock_.reset(new (std::nothrow) Lock(*database));
     if (lock_ == nullptr) {
-        releaseMutex(*database);
+        release(*database);
         status_ = NO_MEMORY;
         return;
     }
@@ -156,7 +144,7 @@ LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
 }
 
 LocalDbTransaction::~LocalDbTransaction() {
-    if (lock_ != nullptr && !lock_->end([this] { return lock_->discard(); })) {
+    if (lock_ != nullptr && !lock_->end([this] { lock_->discard(); })) {
         UTIL_ERROR("%s: a plain save or unlock has ended the lock of api type %d\n",
                    "LocalDbTransaction", static_cast<int>(lock_->database.apiType));
     }
@@ -186,13 +174,10 @@ bool LocalDbTransaction::end(Finish const& finish) {
 
 int LocalDbTransaction::save() {
     int result = FAILURE;
-    end([&] {
-        result = saveAndDrop(lock_->database);
-        return DB_STATE_UNINITIALIZED;
-    });
+    end([&] { result = lock_->database.save(); });
     return result;
 }
 
 int LocalDbTransaction::keep() {
-    return end([] { return DB_STATE_ACCESSIBLE; }) ? SUCCESS : FAILURE;
+    return end([] {}) ? SUCCESS : FAILURE;
 }
