@@ -1,5 +1,6 @@
-// A list, in order of arrival, of objects that carry their own link (a member `next`): a caller enters a
-// node of its own stack, which needs no memory. The owner of a chain guards it with a mutex.
+// A singly linked list of objects that contain their own link (a member `next`), in order of
+// arrival. A node can be on the stack of the thread that enters it, so entering one cannot run out
+// of memory. The owner of a chain guards it with a mutex.
 #ifndef VOBIUTILS_LOCALDB_CHAIN_H
 #define VOBIUTILS_LOCALDB_CHAIN_H
 

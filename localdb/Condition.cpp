@@ -1,3 +1,4 @@
+// Timed waits on CLOCK_MONOTONIC.
 #include "localdb/Condition.h"
 
 #include <errno.h>

@@ -1,5 +1,5 @@
-// A condition variable whose timed waits use CLOCK_MONOTONIC, so that setting the time of day does not
-// shorten or lengthen them.
+// A condition variable whose timed waits use CLOCK_MONOTONIC, so that setting the time of day does
+// not shorten or lengthen them.
 #ifndef VOBIUTILS_LOCALDB_CONDITION_H
 #define VOBIUTILS_LOCALDB_CONDITION_H
 
@@ -8,11 +8,11 @@
 
 namespace vobiutils {
 
-// The instant so many milliseconds from now, on CLOCK_MONOTONIC.
+// The time on CLOCK_MONOTONIC that many milliseconds from now.
 timespec deadlineIn(unsigned int milliseconds);
 
-// Has no destructor: the conditions with static storage are never destroyed, as threads may still wait on
-// them while the process exits.
+// Has no destructor: threads may still wait on a condition with static storage while the process
+// exits, so that one is never destroyed. The owner of any other calls destroy().
 class Condition {
   public:
     Condition();
@@ -21,9 +21,10 @@ class Condition {
     // Wakes every waiter. The caller holds the mutex that they wait with.
     void notify() { pthread_cond_broadcast(&condition_); }
 
-    // Waits for a notification, until the deadline if there is one, and a tenth of a second at most: what
-    // the caller waits for is in public fields, which a program may change without any notification. False
-    // when the deadline has passed.
+    // Waits for a notification, but no longer than to the deadline, if there is one, and a tenth of
+    // a second: what the caller waits for is in public fields, which a program may change without a
+    // notification. So the caller tests these fields after each return. False when the deadline has
+    // passed.
     bool wait(pthread_mutex_t& mutex, timespec const* deadline = nullptr);
 
   private:

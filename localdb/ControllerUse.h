@@ -1,4 +1,4 @@
-// A call at work on a controller. From the lookup to the end of the scope, removeDB does not destroy it.
+// Keeps a controller from being destroyed by removeDB, from its lookup to the end of a scope.
 #ifndef VOBIUTILS_LOCALDB_CONTROLLERUSE_H
 #define VOBIUTILS_LOCALDB_CONTROLLERUSE_H
 
@@ -11,23 +11,24 @@ namespace vobiutils {
 class ControllerUse {
   public:
     ControllerUse() = default;
-    // Uses a controller that the caller keeps from being removed: it holds one of its mutexes.
+    // For a controller whose pointer the caller has already. The caller holds one of its mutexes,
+    // which keeps it from being removed until then.
     explicit ControllerUse(LOCALDB_HANDLER& held);
     ~ControllerUse();
     ControllerUse(ControllerUse const&) = delete;
     ControllerUse& operator=(ControllerUse const&) = delete;
 
-    // Finds the controller of a key as LocalDbCtrl::getDBByKey does, and uses it from then on. Called once.
-    // Null as there. May throw std::bad_alloc, as there.
+    // Finds the controller of a key, with the result and the exception of LocalDbCtrl::getDBByKey.
+    // Called at most once.
     LOCALDB_HANDLER* find(char const* sessionKey);
 
-    // The same for one API type of it. Nothing for a bad type, for a key without a controller, and when
-    // memory ran out.
+    // Finds the database of an API type in the controller of a key. Returns no value for a wrong
+    // type, for a key without a controller, and when out of memory. Called at most once, too.
     std::optional<Database> findDatabase(unsigned int apiType, char const* sessionKey);
 
     ControllerUse* next = nullptr;          // in the registry's chain
     LOCALDB_HANDLER* controller = nullptr;  // guarded by the registry
-    bool isRemoval = false;                 // removeDB itself, which waits for the others
+    bool isRemoval = false;                 // of removeDB, which waits for the other uses
 };
 
 }  // namespace vobiutils

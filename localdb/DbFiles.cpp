@@ -1,4 +1,5 @@
-// API types and their files: the public names, and validation against a message's schema file.
+// LocalDbCtrl's functions for files: their names, and validation against the schema file of a
+// message.
 #include <string.h>
 
 #include "JsonData.h"
@@ -15,8 +16,8 @@ char const* API_DATA_DIR[API_TYPE_COUNT] = {
 
 namespace {
 
-// Copies a name into a buffer that outlives it; null when there is no name.
-char* keep(FileName const& name, char (&buffer)[FileName::SIZE]) {
+// Returns the buffer with a copy of the name, or null if there is no name.
+char* copyInto(char (&buffer)[FileName::SIZE], FileName const& name) {
     return name.get() != nullptr ? strcpy(buffer, name.get()) : nullptr;
 }
 
@@ -29,20 +30,20 @@ char const* LocalDbCtrl::getApiDir(unsigned int apiType) {
 char* LocalDbCtrl::getFileName(unsigned int apiType) {
     static thread_local char buffer[FileName::SIZE];
     bool const hasNoFolder = apiType < API_TYPE_COUNT && API_DATA_DIR[apiType] == nullptr;
-    if (hasNoFolder) {  // intended: the name formed before is given again
+    if (hasNoFolder) {  // intended: returns the name formed before
         return buffer[0] != '\0' ? buffer : nullptr;
     }
-    return keep(FileName::ofData(apiType), buffer);
+    return copyInto(buffer, FileName::ofData(apiType));
 }
 
 char* LocalDbCtrl::getFileName(unsigned int apiType, unsigned int commType) {
     static thread_local char buffer[FileName::SIZE];
-    return keep(FileName::ofMessage(apiType, commType), buffer);
+    return copyInto(buffer, FileName::ofMessage(apiType, commType));
 }
 
 char* LocalDbCtrl::getSchemaFile(unsigned int apiType, unsigned int commType) {
     static thread_local char buffer[FileName::SIZE];
-    return keep(FileName::ofSchema(apiType, commType), buffer);
+    return copyInto(buffer, FileName::ofSchema(apiType, commType));
 }
 
 int LocalDbCtrl::validateObject(TreeMapObject* obj, unsigned int apiType, unsigned int commType) {
@@ -53,7 +54,7 @@ int LocalDbCtrl::validateObject(TreeMapObject* obj, unsigned int apiType, unsign
         return 2;
     }
     if (obj == nullptr || obj->jobj == nullptr) {
-        void* const none = nullptr;  // intended: the second pointer is always printed as null
+        void* const none = nullptr;  // intended: jobj is always logged as null
         UTIL_ERROR("%s: incorrect object obj=%p jobj=%p\n", "validateObject",
                    static_cast<void*>(obj), none);
         return 2;

@@ -1,3 +1,4 @@
+// Forms file names from the data directory, the folder of an API type and the label of a message.
 #include "localdb/FileName.h"
 
 #include <stdio.h>

@@ -1,4 +1,4 @@
-// The names of the files below the data directory, formed in a buffer of the caller's own.
+// The names of the files under the data directory, each in a buffer inside its FileName object.
 #ifndef VOBIUTILS_LOCALDB_FILENAME_H
 #define VOBIUTILS_LOCALDB_FILENAME_H
 
@@ -15,7 +15,7 @@ class FileName {
     static FileName ofMessage(unsigned int apiType, unsigned int commType);
     static FileName ofSchema(unsigned int apiType, unsigned int commType);
 
-    // Null when the types name no file, or one whose name is too long.
+    // Null if the types do not name a file, or the name is too long.
     char const* get() const { return text_[0] != '\0' ? text_ : nullptr; }
 
   private:

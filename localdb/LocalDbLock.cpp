@@ -1,7 +1,8 @@
 // The plain operations of LocalDbCtrl on a database: lock, save and unlock.
 //
-// Ordinarily a lock gives a handle, and a save or unlock ends it. The table has every case. "Held" is
-// also what a lock leaves behind that finds no document or node: unlock is called then, too.
+// Ordinarily a lock returns a handle in state 2, and one save or unlock ends it. A lock that finds
+// no document or no node returns null and, oddly, leaves the mutex held: the caller ends it with an
+// unlock, which frees the mutex in every state. The whole table:
 //
 //   call    state  condition                state after  mutex      result
 //   lock    2      -                        2            untouched  null
@@ -28,11 +29,11 @@ namespace {
 int const SUCCESS = 0;
 int const FAILURE = 2;
 
-// Returns the document, which is loaded first if necessary, or a handle on the node at `path`; null if
-// there is none, and when there is no memory for either.
+// Returns the document, loaded first if necessary, or a handle on the node at `path`. Null if there
+// is none, and also when out of memory.
 TreeMapObject* documentOrNode(Database& database, char const* path) {
     if (database.state() == DB_STATE_UNINITIALIZED) {
-        if (!database.tryLoad("lockDbObject", 1)) {  // intended: the line says 1, whatever the type
+        if (!database.tryLoad("lockDbObject", 1)) {  // intended: logs 1 for every API type
             return nullptr;
         }
         database.setState(database.idleState());
@@ -57,8 +58,8 @@ int refuseRelease(char const* function, unsigned int apiType) {
     return FAILURE;
 }
 
-// Logs the state, frees the mutex and returns the state as it was before. The caller goes by that one:
-// once the mutex is free, another writer may change it.
+// Logs the state, frees the mutex, and returns the state from before: once the mutex is free,
+// another writer may change it.
 int logAndRelease(Database& database, char const* function) {
     int const state = database.state();
     UTIL_DEBUG("%s: apiT=%d state=%d\n", function, static_cast<int>(database.apiType), state);

@@ -1,12 +1,24 @@
-// The registry of controllers by session key, and the calls at work on them.
+// The registry of controllers by session key, and their removal.
 //
-// The guard is held for a step on the map or on the chain of uses: never while a line is logged, a file is
-// read or a controller is made or destroyed.
+// Ordinarily a call finds its controller in the map and works on it, and a removal takes the entry
+// out of the map and deletes the controller.
 //
-// A controller must not be destroyed while a call works on it. A call finds the entry and enters its use in
-// one step under the guard, and a removal looks for uses and takes the entry out in one: either the removal
-// sees the use, or the call no longer finds the controller. Each side stores one thing and loads the other;
-// with atomics in place of the guard, each could miss what the other has just stored.
+// A removal may come while another thread works on the controller, or holds a lock of it between
+// two calls. The removal then waits until the controller is idle, and the key stays registered. To
+// take the key out first would not do: the save that the writer still has to call would not find
+// its controller any more, and go to the default one.
+//
+// A call becomes visible to removals by its ControllerUse, which it enters in a chain:
+//
+//     call       [ find the entry, enter the use ]   work   [ take the use out, notify ]
+//     removal    [ no use, no mutex held: take the entry out ]   delete
+//
+// Each bracket is one step under the registry mutex. So either the removal sees the use, or the
+// call no longer finds the controller. Each side writes one thing and reads the other's: with
+// atomics in place of the mutex, each could miss what the other has just written.
+//
+// The registry mutex is never held while a line is logged, a file is read, or a controller is made
+// or destroyed.
 #include <memory>
 #include <new>
 
@@ -31,10 +43,10 @@ pthread_mutex_t registryLock = PTHREAD_MUTEX_INITIALIZER;
 Condition useEnded;
 Chain<ControllerUse> uses;
 
-// The caller holds the guard, except for functions marked "Guarded", which take it themselves.
+// The caller holds the registry mutex, except where a function says that it locks it.
 
-// The entry of a key, or the end. Makes no std::string of the key: a writer must be able to end its
-// lock when memory is short.
+// Returns the entry of a key, or the end. Does not call the map's find(), which needs a
+// std::string: a writer must be able to end its lock even when out of memory.
 Registry::iterator find(char const* key) {
     Registry& controllers = LocalDbCtrl::controllers;
     Registry::iterator entry = controllers.begin();
@@ -44,12 +56,12 @@ Registry::iterator find(char const* key) {
     return entry;
 }
 
-bool isThere(Registry::iterator entry) { return entry != LocalDbCtrl::controllers.end(); }
+bool isFound(Registry::iterator entry) { return entry != LocalDbCtrl::controllers.end(); }
 
-// The controller of a key, null in an entry that has to be made for it.
+// Returns the controller in the entry of a key, which is made, with null, if it is missing.
 LOCALDB_HANDLER*& controllerOf(char const* key) {
     Registry::iterator entry = find(key);
-    if (!isThere(entry)) {
+    if (!isFound(entry)) {
         entry = LocalDbCtrl::controllers.emplace(key, nullptr).first;
     }
     return entry->second;
@@ -62,28 +74,29 @@ void begin(ControllerUse& use, LOCALDB_HANDLER* controller) {
     }
 }
 
-// Guarded. False when the key is registered already.
+// Locks the registry mutex. False if the key is registered already.
 bool add(char const* key, LOCALDB_HANDLER* controller) {
     MutexGuard const guard(registryLock);
-    if (isThere(find(key))) {
+    if (isFound(find(key))) {
         return false;
     }
     controllerOf(key) = controller;
     return true;
 }
 
-// Guarded. Begins the use of a key's controller, which may be null. False when the key is not registered.
-bool look(char const* key, ControllerUse& use) {
+// Locks the registry mutex. Begins the use of a key's controller, which may be null. False if the
+// key is not registered.
+bool lookUp(char const* key, ControllerUse& use) {
     MutexGuard const guard(registryLock);
     Registry::iterator const entry = find(key);
-    if (!isThere(entry)) {
+    if (!isFound(entry)) {
         return false;
     }
     begin(use, entry->second);
     return true;
 }
 
-// Guarded. intended: registers "default" with a null controller when it is absent.
+// intended: registers "default" with a null controller if it is missing. Locks the registry mutex.
 LOCALDB_HANDLER* useDefault(ControllerUse& use) {
     MutexGuard const guard(registryLock);
     begin(use, controllerOf(DEFAULT_KEY));
@@ -104,7 +117,7 @@ bool isUsed(LOCALDB_HANDLER const* controller) {
     return false;
 }
 
-// Tells the other removals of the controller that it is gone: the next one may get the same address.
+// Tells every removal of the controller that it is gone, by taking them all out of the chain.
 void endRemovals(LOCALDB_HANDLER const* controller) {
     for (ControllerUse* use = uses.first; use != nullptr; use = use->next) {
         if (use->controller == controller) {
@@ -114,29 +127,34 @@ void endRemovals(LOCALDB_HANDLER const* controller) {
     }
 }
 
+// Whether no call works on the controller and no thread holds a mutex of it.
 bool isIdle(LOCALDB_HANDLER* controller) {
     return controller == nullptr || (!isUsed(controller) && isUnlocked(*controller));
 }
 
-// Guarded. Takes the entry of a key out of the map as soon as its controller, which may be null, is idle: no
-// call works on it, and no thread holds a lock of it. False when there is no entry, or no longer this one.
-bool takeOutWhenIdle(char const* key, LOCALDB_HANDLER*& controller) {
+// Locks the registry mutex. Removes the entry of a key as soon as its controller, which may be
+// null, is idle. False if there is no entry, or another thread has removed or replaced it
+// meanwhile.
+bool removeWhenIdle(char const* key, LOCALDB_HANDLER*& controller) {
     ControllerUse removal;
     removal.isRemoval = true;
     MutexGuard const guard(registryLock);
     Registry::iterator entry = find(key);
-    if (!isThere(entry)) {
+    if (!isFound(entry)) {
         return false;
     }
     controller = entry->second;
     begin(removal, controller);
-    while (isThere(entry) && entry->second == controller && removal.controller == controller) {
+    // Ordinarily the first round finds the controller idle. After a wait, another removal may have
+    // deleted it, and the key may have a new controller, which must stay. The address alone does
+    // not tell the two apart, as the new one may have got the old one's: hence endRemovals.
+    while (isFound(entry) && entry->second == controller && removal.controller == controller) {
         if (isIdle(controller)) {
             LocalDbCtrl::controllers.erase(entry);
             endRemovals(controller);
             return true;
         }
-        useEnded.wait(registryLock);  // without the guard: the entry may go
+        useEnded.wait(registryLock);  // the mutex is free meanwhile, and the entry may go
         entry = find(key);
     }
     return false;
@@ -147,7 +165,7 @@ bool takeOutWhenIdle(char const* key, LOCALDB_HANDLER*& controller) {
 void LocalDbCtrl::init() {
     {
         MutexGuard const guard(registryLock);
-        controllers.clear();  // intended leak: the controllers of the entries
+        controllers.clear();  // intended: leaks the controllers of the entries
     }
     std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
     MutexGuard const guard(registryLock);
@@ -160,7 +178,7 @@ int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
         UTIL_WARN("%s: sessionKey is NULL, nothing to be created\n", "cloneNewDB");
         return 0;
     }
-    if (ControllerUse registered; look(sessionKey, registered)) {
+    if (ControllerUse registered; lookUp(sessionKey, registered)) {
         return refuseRegistered(sessionKey);
     }
     std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
@@ -188,7 +206,7 @@ int LocalDbCtrl::removeDB(char const* sessionKey) {
         return 1;
     }
     LOCALDB_HANDLER* controller = nullptr;
-    if (!takeOutWhenIdle(sessionKey, controller)) {
+    if (!removeWhenIdle(sessionKey, controller)) {
         UTIL_ERROR("%s: Cannot found key %s\n", "removeDB", sessionKey);
         return 1;
     }
@@ -214,7 +232,7 @@ LOCALDB_HANDLER* ControllerUse::find(char const* sessionKey) {
         UTIL_ERROR("%s: sessionKey is NULL, return the default controller\n", "getDBByKey");
         return useDefault(*this);
     }
-    if (!look(sessionKey, *this)) {
+    if (!lookUp(sessionKey, *this)) {
         UTIL_ERROR("%s: Cannot found key %s, return the default controller\n", "getDBByKey",
                    sessionKey);
         return useDefault(*this);
@@ -227,7 +245,7 @@ std::optional<Database> ControllerUse::findDatabase(unsigned int apiType, char c
         if (apiType < API_TYPE_COUNT && find(sessionKey) != nullptr) {
             return std::optional<Database>(std::in_place, *controller, apiType);
         }
-    } catch (std::bad_alloc const&) {  // there was no default controller, and no room for its entry
+    } catch (std::bad_alloc const&) {  // no memory for the missing entry of "default"
     }
     return std::nullopt;
 }

@@ -1,4 +1,11 @@
-// The lock of a type for the length of a scope.
+// The lock of a database for the length of a scope, and the way back to the document as it was.
+//
+// Ordinarily a transaction ends with save() or keep(). Otherwise what was changed is discarded, and
+// how depends on where the document was before the lock:
+//
+//     document before       kept for a discard    a discard
+//     in its file only      nothing               drops it: the next lock reads the file
+//     in memory             a copy of its value   puts that copy back into the same handle
 #include "LocalDbTransaction.h"
 
 #include <new>
@@ -19,12 +26,13 @@ int const FAILURE = 2;
 
 }  // namespace
 
-// The claim holds the mutex of the type, which keeps removeDB from destroying the controller.
+// Exists from the moment when the database is acquired. The mutex that the claim holds also keeps
+// removeDB from destroying the controller.
 struct LocalDbTransaction::Lock {
     explicit Lock(Database const& acquired)
         : database(acquired), claim(acquired), before(nullptr) {}
 
-    Status open(char const* path);
+    Status prepare(char const* path);
     Status readDocument();
     Status copyDocument();
     Status openNode(char const* path);
@@ -36,12 +44,12 @@ struct LocalDbTransaction::Lock {
     Claim claim;
     TreeMapObject* object = nullptr;  // the document's own handle, or the one in `node`
     std::unique_ptr<TreeMapObject> node;
-    JsonRef before;  // a copy of a document that was in memory already
+    JsonRef before;  // a copy of the value of a document that was in memory already
 };
 
-// The state is "writing" before anything that takes time, so that other callers are refused at once. A
-// failure releases the type; what it leaves in memory is a whole document, or nothing.
-LocalDbTransaction::Status LocalDbTransaction::Lock::open(char const* path) {
+// The state is "writing" before anything that takes time, so that other callers are refused at
+// once. A failure releases the database, and leaves a whole document in memory, or none.
+LocalDbTransaction::Status LocalDbTransaction::Lock::prepare(char const* path) {
     bool const wasLoaded = database.state() == DB_STATE_ACCESSIBLE;
     database.setState(DB_STATE_WRITING);
     Status status = wasLoaded ? copyDocument() : readDocument();
@@ -92,12 +100,15 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::openNode(char const* path) 
     return object != nullptr ? LOCKED : NO_NODE;
 }
 
-// Releases in the order of DatabaseLock.h. `finish` does with the document what there is to do, and returns
-// the state that follows. False, with nothing done, when a plain save or unlock has ended the lock.
+// Releases the database; `finish` saves or discards the document between the two halves. False,
+// with nothing done, if a plain save or unlock has ended the lock.
+//
+// Ordinarily the mutex keeps removeDB away. It is free while `finish` works, so the use of the
+// controller takes its place before the claim ends.
 template <typename Finish>
 bool LocalDbTransaction::Lock::end(Finish const& finish) {
     node.reset();
-    ControllerUse const use(database.controller);  // begins before the claim ends
+    ControllerUse const use(database.controller);
     if (!claim.release()) {
         return false;
     }
@@ -106,7 +117,8 @@ bool LocalDbTransaction::Lock::end(Finish const& finish) {
     return true;
 }
 
-// The handle of a document that was in memory stays: others may know it.
+// Puts the copy into the document's handle instead of making a new one: the program may still have
+// the pointer from an earlier lock.
 void LocalDbTransaction::Lock::discard() {
     if (!before) {
         database.drop();
@@ -137,7 +149,7 @@ LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
         status_ = NO_MEMORY;
         return;
     }
-    status_ = lock_->open(path);
+    status_ = lock_->prepare(path);
     if (status_ != LOCKED) {
         lock_.reset();
     }

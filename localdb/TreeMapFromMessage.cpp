@@ -1,4 +1,5 @@
-// The handle on a message file. It stands here so that treemap/ does not depend on localdb/.
+// TreeMapObject's constructor for message files. It is here so that treemap/ does not depend on
+// localdb/.
 #include "TreeMapObject.h"
 #include "jsondata/files/JsonFile.h"
 #include "localdb/FileName.h"
