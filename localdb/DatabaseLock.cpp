@@ -65,6 +65,8 @@ bool tryAcquire(Database& database) {
     return isFree;
 }
 
+// A waiter that gives up passes on no wake-up: its last attempt found the database busy, and the
+// thread that keeps it busy will wake the waiter that is first by then.
 bool waitFor(Database& database, timespec const* deadline) {
     Waiter self(database.mutex);
     waiters.append(&self);
@@ -75,9 +77,6 @@ bool waitFor(Database& database, timespec const* deadline) {
         acquired = firstWaiter(database.mutex) == &self && tryAcquire(database);
     }
     waiters.remove(&self);
-    if (!acquired) {
-        wakeFirstWaiter(database.mutex);  // it may have waited behind this one alone
-    }
     return acquired;
 }
 
