@@ -1,5 +1,5 @@
 /// \file
-/// A change to the local database that either happens as a whole or not at all.
+/// A change to a database that happens either as a whole or not at all.
 ///
 /// \code{.cpp}
 /// LocalDbTransaction lan(API_NETWORK, "lan", key);
@@ -10,19 +10,19 @@
 /// return lan.save();
 /// \endcode
 ///
-/// It locks an API type as LocalDbCtrl::lockDbObject does, says why when it cannot, and ends the
-/// lock when it leaves its scope: no return and no exception leaves a type locked or half-changed.
-/// What was not saved or kept is discarded: the document in memory is again what it was before.
-/// Nothing here throws.
+/// It locks the database of an API type as LocalDbCtrl::lockDbObject does, says why if it cannot,
+/// and ends the lock when it leaves its scope: no return and no exception leaves a database locked
+/// or half-changed. Changes that were neither saved nor kept are discarded: the document in memory
+/// is again as it was before. Nothing here throws.
 ///
 /// Threads: a transaction belongs to the thread that made it. Any number of threads may make their
-/// own, together with the functions of LocalDbCtrl.h; those of one type follow each other, in the order
-/// in which they came. One that is refused holds nothing. removeDB waits for a transaction of the
-/// controller to end.
+/// own, and use the functions of LocalDbCtrl.h at the same time; those that wait for one database
+/// get it in the order in which they came. One that is refused holds nothing. removeDB waits for a
+/// transaction of the controller to end.
 ///
-/// A transaction and the plain operations are not mixed on one lock: a saveDbObject or unlockDbObject of
-/// the type inside the scope ends the lock. From then on the status is ENDED, there is no handle, save and
-/// keep return 2, and the end of the scope only logs an error.
+/// Transactions and plain operations are not mixed on one lock: a saveDbObject or unlockDbObject of
+/// the same database inside the scope ends the lock. From then on the status is ENDED, there is no
+/// handle, save and keep return 2, and the end of the scope only logs an error.
 #ifndef VOBIUTILS_LOCALDBTRANSACTION_H
 #define VOBIUTILS_LOCALDBTRANSACTION_H
 
@@ -36,25 +36,26 @@
 /// \copydoc LocalDbTransaction.h
 class LocalDbTransaction {
   public:
-    /// What has become of the lock.
+    /// The state of the lock, or why there is none.
     enum Status {
-        LOCKED,         ///< the type is locked, and there is a handle
-        BUSY,           ///< another writer held or was saving the type until the time was over
-        NO_FILE,        ///< the type has no data file
-        UNREADABLE,     ///< the data file cannot be read, or holds no JSON
-        NO_NODE,        ///< the document has no node at the path; it stays in memory
+        LOCKED,      ///< the database is locked, and there is a handle
+        BUSY,        ///< another writer held or was saving the database until the timeout expired
+        NO_FILE,     ///< there is no data file
+        UNREADABLE,  ///< the data file cannot be read, or is not JSON
+        NO_NODE,     ///< nothing at that path; the document stays in memory
         BAD_ARGUMENTS,  ///< an API type of 9 or more, a null path, no default controller
-        NO_MEMORY,      ///< there was no room for the handle or the copy; nothing is locked
-        ENDED,  ///< it was locked, and has been saved or kept, or ended by a plain operation
+        NO_MEMORY,      ///< out of memory for the handle or the copy
+        ENDED,          ///< it was locked, and then saved, kept or ended by a plain operation
     };
 
-    /// Locks the type; waits for a busy one for up to `milliseconds`. The path and the key are
-    /// those of lockDbObject. The document is copied when it was in memory already, to be put back.
+    /// Locks the database, and waits up to `milliseconds` while it is busy. The path and the key
+    /// are those of lockDbObject. If the document is in memory already, it is copied so that a
+    /// discard can put it back.
     LocalDbTransaction(unsigned int apiType, char const* path, char const* sessionKey,
                        unsigned int milliseconds = 0);
 
-    /// Ends a lock that is still held, and discards what was changed under it: a document that this
-    /// lock has read is dropped, one that was in memory before is put back as it was.
+    /// Ends a lock that is still held, and discards its changes: a document that this lock read
+    /// from the file is dropped, one that was in memory before is put back as it was.
     ~LocalDbTransaction();
 
     /// \cond
@@ -66,17 +67,19 @@ class LocalDbTransaction {
     explicit operator bool() const;  ///< whether the status is LOCKED
 
     /// The handle on the node at the path, or on the whole document; null unless LOCKED. It belongs
-    /// to the transaction and dies with its end. A node is changed in place, not replaced.
+    /// to the transaction and must not be used after the lock has ended. A node is changed in
+    /// place, not replaced.
     TreeMapObject* object() const;
-    /// The same, for a call on the handle.
+    /// The same as object(), for a call on the handle.
     TreeMapObject* operator->() const;
 
-    /// Writes the document to its file and ends the lock, as LocalDbCtrl::saveDbObject does: 0 when
-    /// written, 2 when not (the changes are then lost) and when nothing was locked.
+    /// Writes the document to its file and ends the lock, as LocalDbCtrl::saveDbObject does.
+    /// Returns 0 if it was written; 2 if not (the changes are then lost), and if nothing was
+    /// locked.
     int save();
 
     /// Leaves the changes in memory, unsaved, and ends the lock, as LocalDbCtrl::unlockDbObject
-    /// does: 0; 2 when nothing was locked.
+    /// does. Returns 0; 2 if nothing was locked.
     int keep();
 
   private:
