@@ -1,5 +1,5 @@
 #!/bin/sh
-# The page of the web back end in a headless browser. PROGRAM [PICTURE.png]
+# The page of the web back end in a headless browser. PROGRAM [PICTURE.png WIDTH,HEIGHT]
 # Run from the project's folder. Skipped (77) without a browser.
 set -eu
 for tool in chromium chromedriver curl jq; do
@@ -21,7 +21,7 @@ post() { # PATH JSON
 }
 
 session=$(post "" '{"capabilities": {"alwaysMatch": {"goog:chromeOptions":
-    {"args": ["--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--window-size=1280,1400"]}}}}' |
+    {"args": ["--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--window-size='"${3-1280,1400}"'"]}}}}' |
     jq -r .value.sessionId)
 post "/$session/url" "{\"url\": \"http://127.0.0.1:$port/\"}" >/dev/null
 post "/$session/timeouts" '{"script": 500000}' >/dev/null

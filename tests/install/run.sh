@@ -29,11 +29,14 @@ grep "${jsonschema:+.}\|@@VOBIUTILS" "$source/exports.txt" | diff - "$work/expor
     echo 'int main() {'
     # shellcheck disable=SC2016 # a pattern
     sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '/^```/d'
-    echo 'return failed; }'
+    echo '}'
 } >"$work/example.cpp"
 
 check() {
-    (cd "$work" && ${RUN:-} "$1" >output && test -s lan.json && rm lan.json && head -1 output | grep -qx 192.168.1.1)
+    lan=$work/data/network/network.ldb
+    mkdir -p "$(dirname "$lan")"
+    echo '{"lan": {"address": "192.168.1.1"}}' >"$lan"
+    (cd "$work" && ${RUN:-} "$1" | grep -qx 192.168.1.1 && grep -q '"host":"printer"' "$lan")
 }
 
 cmake -S "$source" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" \
