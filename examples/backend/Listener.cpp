@@ -87,7 +87,8 @@ Next refuseEarly(httplib::Request const& request, httplib::Response& response) {
         return Next::Unhandled;
     }
     isUnread = true;
-    send(isForm ? refuse(415, "the body is JSON") : refuse(414, "the path is too long"), response);
+    send(isForm ? refuse(415, "the body must be JSON") : refuse(414, "the path is too long"),
+         response);
     return Next::Handled;
 }
 
@@ -98,7 +99,7 @@ void answerException(httplib::Request const&, httplib::Response& response,
     } catch (std::bad_alloc const&) {
         send(refuse(503, "out of memory", 1), response);
     } catch (...) {
-        send(refuse(500, "this failed"), response);
+        send(refuse(500, "internal error"), response);
     }
 }
 
@@ -176,7 +177,7 @@ void Listener::route() {
     set_exception_handler(answerException);
     set_error_handler([](httplib::Request const&, httplib::Response& response) {
         if (response.body.empty()) {
-            send(refuse(response.status, "this is no request that is served here"), response);
+            send(refuse(response.status, "not supported"), response);
         }
     });
 }

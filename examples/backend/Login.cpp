@@ -30,7 +30,7 @@ struct User {
 Reply refuseUsers(LocalDbTransaction::Status status) {
     bool const isPassing =
         status == LocalDbTransaction::BUSY || status == LocalDbTransaction::NO_MEMORY;
-    return isPassing ? refuse(503, "somebody else is writing here", 1)
+    return isPassing ? refuse(503, "the database is busy", 1)
                      : refuse(500, "the users cannot be read");
 }
 
@@ -75,7 +75,7 @@ Reply welcome(std::string const& token, std::string const& role) {
     response.set("expires", BEConfig::AUTH_EXPIRATION);
     response.set("role", role.c_str());
     if (BEConfig::VALIDATION_ON_RESPONSE != 0 && !isValid(API_GATEWAY, RESPONSE, response.jobj)) {
-        return refuse(500, "the answer is no valid GATEWAY_LOGIN_RESP");
+        return refuse(500, "internal error: response does not match GATEWAY_LOGIN_RESP");
     }
     Reply reply;
     reply.body = textOf(response.jobj);
@@ -93,7 +93,8 @@ Reply Login::attempt(std::string const& address, std::string const& body) {
     if (username == nullptr || password == nullptr || !isValid(API_GATEWAY, REQUEST, value.get())) {
         return hasUsableFiles(API_GATEWAY, REQUEST)
                    ? refuse(400,
-                            "the body is no valid GATEWAY_LOGIN_REQ: a username and a password")
+                            "the body is not a valid GATEWAY_LOGIN_REQ: it needs a username and a "
+                            "password")
                    : refuse(500, "the files of GATEWAY_LOGIN_REQ cannot be used");
     }
     std::string const name = username;
@@ -104,7 +105,7 @@ Reply Login::attempt(std::string const& address, std::string const& body) {
         return refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);
     }
     if (records_ && !BELoginRecord::setAttempt(client.c_str())) {
-        return refuse(503, "attempts cannot be recorded: no login");
+        return refuse(503, "the login attempt cannot be recorded");
     }
     User user;
     if (std::optional<Reply> const refusal = findUser(name, user)) {

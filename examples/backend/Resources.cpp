@@ -59,10 +59,10 @@ std::optional<Reply> refuseWriting(Place const& place) {
         return refuse(403, "only an administrator may change this");
     }
     if (place.path.isRoot()) {
-        return refuse(405, "a whole database is not changed at once: name a place in it");
+        return refuse(405, "cannot replace a whole database: give a path inside it");
     }
     if (place.type == API_GATEWAY && place.path.tokens.front() == "users") {
-        return refuse(403, "users are not changed here");
+        return refuse(403, "users cannot be changed here");
     }
     return std::nullopt;
 }
@@ -71,10 +71,10 @@ std::optional<Reply> refuseWriting(Place const& place) {
 
 Reply refuseLock(LocalDbTransaction::Status status) {
     switch (status) {
-        case LocalDbTransaction::BUSY: return refuse(503, "somebody else is writing here", 1);
+        case LocalDbTransaction::BUSY: return refuse(503, "the database is busy", 1);
         case LocalDbTransaction::NO_MEMORY: return refuse(503, "out of memory", 1);
-        case LocalDbTransaction::NO_FILE: return refuse(404, "there is no such database");
-        case LocalDbTransaction::NO_NODE: return refuse(404, "there is nothing at this path");
+        case LocalDbTransaction::NO_FILE: return refuse(404, "no such database");
+        case LocalDbTransaction::NO_NODE: return refuse(404, "nothing at this path");
         default: return refuse(500, "the database cannot be read");
     }
 }
@@ -86,7 +86,7 @@ Reply refuseMessage(Place const& place, char const* label) {
     }
     Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: not valid, refused\n", label);
     Json const reason(json_object_new_object());
-    std::string const text = std::string("this would be no valid ") + label;
+    std::string const text = std::string("the result would not be a valid ") + label;
     json_object_object_add(reason.get(), "error", json_object_new_string(text.c_str()));
     json_object_object_add(reason.get(), "schema", schemaOf(place.type, label).release());
     Reply reply;
@@ -102,7 +102,7 @@ Reply answer(Place const& place, int status, json_object* value, Message const* 
         !isValid(place.type, message->response, value)) {
         Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "%s: not valid, not sent\n",
                       message->response);
-        return refuse(500, std::string("the stored value is no valid ") + message->response);
+        return refuse(500, std::string("the stored value is not a valid ") + message->response);
     }
     Json const visible = copyOf(value);
     if (!visible) {
@@ -223,7 +223,7 @@ bool isSameKind(json_object* one, json_object* other) {
 }
 
 Reply refuseKind(json_object* existing) {
-    return refuse(400, std::string("the value here is of the type ") +
+    return refuse(400, std::string("the existing value is of type ") +
                            json_type_to_name(json_object_get_type(existing)));
 }
 
@@ -289,7 +289,7 @@ bool isFull(TreeMapObject& document, Path const& array, int length) {
 
 Reply readResource(Place const& place) {
     if (namesSecret(place)) {
-        return refuse(403, "this is not shown");
+        return refuse(403, "not shown to anyone");
     }
     return reading(place, [&](TreeMapObject& node) {
         return answer(place, 200, node.jobj, messageOf("GET", place.type, place.path));
@@ -298,7 +298,7 @@ Reply readResource(Place const& place) {
 
 Reply findResources(Place const& place, std::string const& key, std::string const& value) {
     if (namesSecret(place) || isSecret(place, key)) {
-        return refuse(403, "this is not shown");
+        return refuse(403, "not shown to anyone");
     }
     return reading(place, [&](TreeMapObject& node) {
         // a number or a Boolean as well
@@ -325,7 +325,7 @@ Reply changeResource(Place const& place, std::string const& body) {
         Node const container(document.get(place.path.parent().text().c_str()));
         if (existing == nullptr &&
             (container == nullptr || !canHold(*container, place.path.last()))) {
-            return refuse(404, "there is nothing at this path, and nothing that could hold it");
+            return refuse(404, "nothing at this path, and nothing that could hold it");
         }
         bool const isObject =
             existing != nullptr && json_object_is_type(existing->jobj, json_type_object);
@@ -356,10 +356,10 @@ Reply appendResource(Place const& place, std::string const& body) {
         Node const array(document.get(place.path.text().c_str()));
         int const length = array != nullptr ? array->len() : 0;
         if (array == nullptr || length < 0) {
-            return refuse(array == nullptr ? 404 : 405, "there is no array at this path");
+            return refuse(array == nullptr ? 404 : 405, "no array at this path");
         }
         if (isFull(document, place.path, length)) {
-            return refuse(409, "there is no room for another one");
+            return refuse(409, "the array is full");
         }
         Node const first(array->at(0));
         if (first != nullptr && !isSameKind(first->jobj, value.get())) {
@@ -367,7 +367,7 @@ Reply appendResource(Place const& place, std::string const& body) {
         }
         TreeMapObject element(json_object_get(value.get()));
         if (!settleId(element, idsIn(*array))) {
-            return refuse(409, "this id is taken, or there is none left");
+            return refuse(409, "this id is taken, or none is left");
         }
         int const index = array->addArrayItem(&element);
         if (index < 0) {
@@ -387,14 +387,14 @@ Reply removeResource(Place const& place) {
         Node const existing(document.get(path.c_str()));
         Node const container(document.get(place.path.parent().text().c_str()));
         if (existing == nullptr || container == nullptr) {
-            return refuse(404, "there is nothing at this path");
+            return refuse(404, "nothing at this path");
         }
         // removal replaces the array in its handle: for the root that must be the document's own
         TreeMapObject& array = place.path.parent().isRoot() ? document : *container;
         if (!Path::isIndex(place.path.last())) {
             document.del(path.c_str());
         } else if (array.delArrayItem(place.path.lastIndex()) < 0) {
-            return refuse(409, "an element of an array in an array is not removed");
+            return refuse(409, "cannot remove an element of a nested array");
         }
         Reply reply;
         reply.status = 204;

@@ -17,7 +17,7 @@ namespace {
 
 char const API[] = "/api";
 
-// Everything that has tokens, and the wish for them, gets through where the settings say so.
+// The session of a request without a token when enable_bypass_token is set.
 SessionRef const& anybody() {
     static SessionRef const session =
         std::make_shared<Session const>("anybody", "administrator", "default");
@@ -87,23 +87,24 @@ Reply answerPlace(Request const& request, Place const& place) {
     if (request.method == "DELETE") {
         return removeResource(place);
     }
-    return refuse(405, "only GET, PUT, POST and DELETE");
+    return refuse(405, "method not allowed: use GET, PUT, POST or DELETE");
 }
 
 // /api lists the types; /api/<type>/<path> is a place.
 Reply answerResource(Request const& request, Session const& session) {
     std::string const rest = request.path.substr(std::min(sizeof(API), request.path.size()));
     if (rest.empty()) {
-        return request.method == "GET" ? listTypes() : refuse(405, "only GET here");
+        return request.method == "GET" ? listTypes() : refuse(405, "method not allowed: use GET");
     }
     size_t const slash = std::min(rest.find('/'), rest.size());
     unsigned int const type = typeNamed(rest.substr(0, slash));
     if (type == API_TYPE_COUNT) {
-        return refuse(404, "there is no such API type");
+        return refuse(404, "no such API type");
     }
     std::optional<Path> const path = Path::parse(rest.substr(std::min(slash + 1, rest.size())));
     if (!path) {
-        return refuse(400, "this is no path: names and indexes like [0], with dots between them");
+        return refuse(400,
+                      "malformed path: expected names and indexes like [0], separated by dots");
     }
     return answerPlace(request, {type, *path, session});
 }
@@ -119,7 +120,8 @@ SessionRef Routes::sessionOf(Request const& request) {
 
 Reply Routes::answer(Request const& request) {
     if (!isPlain(request)) {
-        return refuse(400, "a path begins with a slash, and is plain text");
+        return refuse(
+            400, "malformed path: it must begin with a slash and contain no control characters");
     }
     bool const isPost = request.method == "POST";
     if (request.path == "/login" && isPost) {
@@ -129,7 +131,7 @@ Reply Routes::answer(Request const& request) {
         request.path == API || request.path.rfind(std::string(API) + "/", 0) == 0;
     if (!isResource && request.path != "/logout" && request.path != "/log") {
         return request.method == "GET" ? documents_.get(request.path)
-                                       : refuse(405, "only GET here");
+                                       : refuse(405, "method not allowed: use GET");
     }
     SessionRef const session = sessionOf(request);
     if (session == nullptr) {
@@ -139,10 +141,11 @@ Reply Routes::answer(Request const& request) {
         return answerResource(request, *session);
     }
     if (request.path == "/log") {
-        return request.method == "GET" ? logTail(*session) : refuse(405, "only GET here");
+        return request.method == "GET" ? logTail(*session)
+                                       : refuse(405, "method not allowed: use GET");
     }
     if (!isPost) {
-        return refuse(405, "only POST here");
+        return refuse(405, "method not allowed: use POST");
     }
     sessions_.close(request.token);
     Reply reply;

@@ -49,10 +49,10 @@ char const* faultOfConfiguration(char const* file) {
 
 void warnOfOpenDoors() {
     if (BEConfig::ENABLE_BYPASS_TOKEN != 0) {
-        std::fprintf(stderr, "warning: enable_bypass_token lets everybody in\n");
+        std::fprintf(stderr, "warning: enable_bypass_token lets anyone in\n");
     }
     if (!BELoginRecord::isRunning) {
-        std::fprintf(stderr, "warning: login attempts are not recorded, nobody is locked out\n");
+        std::fprintf(stderr, "warning: login attempts are not recorded, so no one is locked out\n");
     }
 }
 
