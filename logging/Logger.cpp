@@ -1,17 +1,18 @@
 // The log: gate, format, append to the file, print. The library's modules come in through Log.h.
 #include "Logger.h"
 
-#include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/stat.h>
-#include <sys/uio.h>
-#include <unistd.h>
+
+#include <memory>
+#include <new>
 
 #include "BEConfig.h"
+#include "jsondata/files/FileDescriptor.h"
 #include "logging/Log.h"
 #include "logging/MutexGuard.h"
 
@@ -33,7 +34,8 @@ unsigned int Logger::mask = 0;
 namespace {
 
 size_t const GROUP_COUNT = sizeof Logger::LogGroupNames / sizeof Logger::LogGroupNames[0];
-size_t const NAME_COLUMNS = 14;
+size_t const NAME_ROOM = 64;  // any longer name goes to the heap
+size_t const LABEL_SIZE = sizeof "|DEBUG: ";
 size_t const MESSAGE_SIZE = 1024;  // with its terminator
 
 char const* groupName(LOG_GROUP_T group) {
@@ -41,100 +43,80 @@ char const* groupName(LOG_GROUP_T group) {
     return name != nullptr ? name : "";
 }
 
-// What stands between the padded group name and the message.
 char const* levelLabel(LOG_TYPE_T level) {
     switch (level) {
-        case LOG_TYPE_INFO: return "| INFO: ";
-        case LOG_TYPE_WARN: return "| WARN: ";
-        case LOG_TYPE_DEBUG: return "|DEBUG: ";
-        case LOG_TYPE_ERROR: return "|ERROR: ";
-        default: return "|PRINT: ";
+        case LOG_TYPE_INFO: return "INFO";
+        case LOG_TYPE_WARN: return "WARN";
+        case LOG_TYPE_DEBUG: return "DEBUG";
+        case LOG_TYPE_ERROR: return "ERROR";
+        default: return "PRINT";
     }
 }
 
-iovec part(char const* text, size_t length) { return {const_cast<char*>(text), length}; }
-
-// One line, "%-14s|%5s: %s", as the pieces it is made of: nothing is formatted or copied twice, and
-// only the message has a limit.
+// One line of the log in one buffer, so that a single call writes it: neither another process that
+// appends to the file nor another thread that prints can get in between.
+//
+// The buffer is normally on the stack. Only the message has a limit, though: a program may put a
+// group name of any length into Logger::LogGroupNames, and a line with a long one is built on the
+// heap. When there is no memory for that, the name is cut.
 class Line {
   public:
-    Line(LOG_TYPE_T level, LOG_GROUP_T group, char const* message) {
-        static char const blanks[] = "              ";
-        static_assert(sizeof blanks == NAME_COLUMNS + 1);
+    [[gnu::format(printf, 4, 0)]] Line(LOG_TYPE_T level, LOG_GROUP_T group, char const* format,
+                                       va_list arguments) {
         char const* const name = groupName(group);
-        char const* const label = levelLabel(level);
-        size_t const length = strlen(name);
-        parts_[0] = part(name, length);
-        parts_[1] = part(blanks, length < NAME_COLUMNS ? NAME_COLUMNS - length : 0);
-        parts_[2] = part(label, strlen(label));
-        parts_[3] = part(message, strlen(message));
+        int const nameLength = makeRoom(strlen(name));
+        char* const message =
+            text_ + snprintf(text_, size_, "%-14.*s|%5s: ", nameLength, name, levelLabel(level));
+        if (format == nullptr || vsnprintf(message, MESSAGE_SIZE, format, arguments) < 0) {
+            *message = '\0';
+        }
     }
 
-    void print(FILE* stream) const {
-        flockfile(stream);  // a printf of another thread must not fall between the pieces
-        for (iovec const& piece : parts_) {
-            fwrite(piece.iov_base, 1, piece.iov_len, stream);
-        }
-        funlockfile(stream);
-    }
-
-    // False when the file cannot be opened. A line that cannot be written whole is given up: the
-    // log has nowhere to report that.
-    bool append(char const* file) const {
-        int const fd = open(file, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-        if (fd < 0) {
-            return false;
-        }
-        write(fd);
-        close(fd);
-        return true;
-    }
+    char const* text() const { return text_; }
 
   private:
-    static int const PARTS = 4;
-
-    void write(int fd) const {
-        iovec rest[PARTS];
-        memcpy(rest, parts_, sizeof rest);
-        for (int first = 0; first < PARTS;) {
-            ssize_t const written = writev(fd, rest + first, PARTS - first);
-            if (written > 0) {
-                first = skip(rest, first, static_cast<size_t>(written));
-            } else if (written == 0 || errno != EINTR) {
-                return;
-            }
+    // Returns how many of the `length` characters of a name there is room for.
+    int makeRoom(size_t length) {
+        if (length <= NAME_ROOM) {
+            return static_cast<int>(length);
         }
+        size_t const size = length + LABEL_SIZE + MESSAGE_SIZE;
+        heap_.reset(new (std::nothrow) char[size]);
+        if (heap_ == nullptr) {
+            return NAME_ROOM;
+        }
+        text_ = heap_.get();
+        size_ = size;
+        return static_cast<int>(length);
     }
 
-    // The first piece of which something is left after `written` bytes.
-    static int skip(iovec* rest, int first, size_t written) {
-        while (first < PARTS && written >= rest[first].iov_len) {
-            written -= rest[first].iov_len;
-            ++first;
-        }
-        if (first < PARTS) {
-            rest[first].iov_base = static_cast<char*>(rest[first].iov_base) + written;
-            rest[first].iov_len -= written;
-        }
-        return first;
-    }
-
-    iovec parts_[PARTS];
+    char stack_[NAME_ROOM + LABEL_SIZE + MESSAGE_SIZE];
+    std::unique_ptr<char[]> heap_;
+    char* text_ = stack_;
+    size_t size_ = sizeof stack_;
 };
 
-// Not inlined, for a call that is switched off to do without its room.
+// False when the file cannot be opened. A line that cannot be written whole is given up: the log has
+// nowhere to report that.
+bool appendToFile(char const* line, size_t length) {
+    FileDescriptor const file(BEConfig::LOG_FILE.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
+    if (!file) {
+        return false;
+    }
+    file.writeAll(line, length);
+    return true;
+}
+
+// Not inlined, so that a disabled call does not pay for this function's 1 KiB stack frame.
 [[gnu::noinline, gnu::format(printf, 3, 0)]] void write(LOG_TYPE_T level, LOG_GROUP_T group,
                                                         char const* format, va_list arguments) {
-    char message[MESSAGE_SIZE];
-    if (format == nullptr || vsnprintf(message, sizeof message, format, arguments) < 0) {
-        message[0] = '\0';
-    }
-    Line const line(level, group, message);
+    Line const line(level, group, format, arguments);
+    size_t const length = strlen(line.text());
     MutexGuard const guard(Logger::lock);
-    if (Logger::enableFileLog != 0 && !line.append(BEConfig::LOG_FILE.c_str())) {
+    if (Logger::enableFileLog != 0 && !appendToFile(line.text(), length)) {
         printf("fail to open file %s\n", BEConfig::LOG_FILE.c_str());
     }
-    line.print(stdout);
+    fwrite(line.text(), 1, length, stdout);
 }
 
 bool createLogFile() {

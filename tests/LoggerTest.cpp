@@ -37,9 +37,12 @@ TEST_F(LoggerTest, GroupNamesFillFourteenColumns) {
     }
     EXPECT_EQ(hello(LOG_TYPE_WARN, ~0U), "              | WARN: hello\n");
 
-    char const* const before = std::exchange(Logger::LogGroupNames[1], "A_NAME_PAST_14_COLUMNS");
-    EXPECT_EQ(hello(LOG_TYPE_ERROR, 1), "A_NAME_PAST_14_COLUMNS|ERROR: hello\n");
-    Logger::LogGroupNames[1] = before;
+    for (size_t length : {15, 64, 65, 3000}) {
+        std::string const name(length, 'N');
+        char const* const before = std::exchange(Logger::LogGroupNames[1], name.c_str());
+        EXPECT_EQ(hello(LOG_TYPE_ERROR, 1), name + "|ERROR: hello\n");
+        Logger::LogGroupNames[1] = before;
+    }
 }
 
 TEST_F(LoggerTest, ALevelNeedsItsOwnSwitchAndTheRestNone) {

@@ -7,7 +7,6 @@
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <sys/types.h>
-#include <sys/uio.h>
 
 #include <atomic>
 #include <new>
@@ -132,16 +131,6 @@ extern "C" ssize_t __wrap_write(int fd, void const* bytes, size_t size);
 ssize_t __wrap_write(int fd, void const* bytes, size_t size) {
     return fails(faults::WRITE) ? -1
                                 : __real_write(fd, bytes, fails(faults::SHORT_WRITE) ? 1 : size);
-}
-
-extern "C" ssize_t __real_writev(int fd, iovec const* parts, int count);
-extern "C" ssize_t __wrap_writev(int fd, iovec const* parts, int count);
-ssize_t __wrap_writev(int fd, iovec const* parts, int count) {
-    if (fails(faults::WRITE)) {
-        return -1;
-    }
-    return fails(faults::SHORT_WRITE) ? __real_write(fd, parts->iov_base, 1)
-                                      : __real_writev(fd, parts, count);
 }
 
 extern "C" void* __real_malloc(size_t size);
