@@ -1,8 +1,7 @@
-// The library's own way to the log: one short word per level, group UTIL fixed.
+// Macros with which the library logs: one for each level, always in the group UTIL.
 //
-// A line that is switched off costs a flag test: its arguments are not evaluated, so they must have
-// no side effects. In a build for size most cost the call of Logger::print, which makes the same test, as
-// they are many; those of each step along a path do not.
+// A disabled line costs one flag test. Its arguments are then not evaluated, so they must have no
+// side effects.
 #ifndef VOBIUTILS_LOGGING_LOG_H
 #define VOBIUTILS_LOGGING_LOG_H
 
@@ -21,29 +20,21 @@ inline bool levelEnabled(LOG_TYPE_T level) {
     }
 }
 
+// Whether Logger::print would print a line of that level and group.
 inline bool enabled(LOG_TYPE_T level, LOG_GROUP_T group) {
     return (Logger::mask & (1U << (group % 32U))) != 0 && levelEnabled(level);
 }
 
-// What a line asks before it calls Logger::print.
-inline bool mayPrint([[maybe_unused]] LOG_TYPE_T level, [[maybe_unused]] LOG_GROUP_T group) {
-#ifdef __OPTIMIZE_SIZE__
-    return true;
-#else
-    return enabled(level, group);
-#endif
-}
-
-// A text for "%s": not every system library accepts a null there.
-inline char const* printable(char const* text) { return text != nullptr ? text : "(null)"; }
+// A string for "%s": not every C library accepts a null there.
+inline char const* printable(char const* string) { return string != nullptr ? string : "(null)"; }
 
 }  // namespace vobiutils
 
-#define VOBIUTILS_LOG(level, ...)                                        \
-    do {                                                                 \
-        if (::vobiutils::mayPrint(level, LOG_GROUP_UTIL)) [[unlikely]] { \
-            Logger::print(level, LOG_GROUP_UTIL, __VA_ARGS__);           \
-        }                                                                \
+#define VOBIUTILS_LOG(level, ...)                                       \
+    do {                                                                \
+        if (::vobiutils::enabled(level, LOG_GROUP_UTIL)) [[unlikely]] { \
+            Logger::print(level, LOG_GROUP_UTIL, __VA_ARGS__);          \
+        }                                                               \
     } while (false)
 
 #define UTIL_INFO(...) VOBIUTILS_LOG(LOG_TYPE_INFO, __VA_ARGS__)
@@ -51,8 +42,8 @@ inline char const* printable(char const* text) { return text != nullptr ? text :
 #define UTIL_DEBUG(...) VOBIUTILS_LOG(LOG_TYPE_DEBUG, __VA_ARGS__)
 #define UTIL_ERROR(...) VOBIUTILS_LOG(LOG_TYPE_ERROR, __VA_ARGS__)
 
-// A walk of many steps asks once, and each step then costs one test: `enabled` is what
-// ::vobiutils::enabled said of the level DEBUG.
+// For a walk of many steps, which calls ::vobiutils::enabled for the level DEBUG once and passes the
+// result as `enabled` to the line of each step.
 #define UTIL_DEBUG_IF(enabled, ...)                                     \
     do {                                                                \
         if (enabled) [[unlikely]] {                                     \
