@@ -163,10 +163,8 @@ bool areUnique(json_object* array, Budget& budget) {
         elements[i] = {hashOf(element, budget), element};
     }
     Hashed* const end = elements.get() + length;
-    // a heap: half the code of std::sort, and as bounded
-    auto const precedes = [](Hashed const& a, Hashed const& b) { return a.hash < b.hash; };
-    std::make_heap(elements.get(), end, precedes);
-    std::sort_heap(elements.get(), end, precedes);
+    std::sort(elements.get(), end,
+              [](Hashed const& a, Hashed const& b) { return a.hash < b.hash; });
     for (Hashed const* first = elements.get(); first != end && !budget.isUndecided();) {
         Hashed const* last = first;
         while (last != end && last->hash == first->hash) {
