@@ -1,11 +1,11 @@
-// The message names by API type and communication type: their tables, and looking one up.
+// The names of messages: their tables by API type and communication type, and the lookup in them.
 #include "CommLabel.h"
 
 #include "labels/GatewayLabels.h"
 #include "labels/LabelTable.h"
 #include "labels/MediashareLabels.h"
 #include "labels/NetworkLabels.h"
-#include "labels/PackedTexts.h"
+#include "labels/PackedStrings.h"
 #include "labels/QosLabels.h"
 #include "labels/SecurityLabels.h"
 #include "labels/ServiceLabels.h"
@@ -35,30 +35,32 @@ consteval Table table(char const* (&labels)[N], char const* const (&)[N]) {
 
 // By API type.
 constexpr Table TABLES[] = {
-    table(GATEWAY_LBL, GATEWAY_TEXTS), table(WIFI_LBL, WIFI_TEXTS),
-    table(NETWORK_LBL, NETWORK_TEXTS), table(SECURITY_LBL, SECURITY_TEXTS),
-    table(SERVICE_LBL, SERVICE_TEXTS), table(MEDIASHARE_LBL, MEDIASHARE_TEXTS),
-    table(QOS_LBL, QOS_TEXTS),
+    table(GATEWAY_LBL, GATEWAY_NAMES), table(WIFI_LBL, WIFI_NAMES),
+    table(NETWORK_LBL, NETWORK_NAMES), table(SECURITY_LBL, SECURITY_NAMES),
+    table(SERVICE_LBL, SERVICE_NAMES), table(MEDIASHARE_LBL, MEDIASHARE_NAMES),
+    table(QOS_LBL, QOS_NAMES),
 };
 
 unsigned int const TABLE_COUNT = sizeof TABLES / sizeof TABLES[0];
 
-constexpr auto TEXTS = pack<GATEWAY_TEXTS, WIFI_TEXTS, NETWORK_TEXTS, SECURITY_TEXTS, SERVICE_TEXTS,
-                            MEDIASHARE_TEXTS, QOS_TEXTS>();
+constexpr auto NAMES = pack<GATEWAY_NAMES, WIFI_NAMES, NETWORK_NAMES, SECURITY_NAMES, SERVICE_NAMES,
+                            MEDIASHARE_NAMES, QOS_NAMES>();
 
-// When the library is loaded, before anybody reads or changes a table.
-[[gnu::constructor]] void fillTables() {
-    char const* text = TEXTS.chars;
-    unsigned char const* size = TEXTS.sizes;
+// Fills the tables when the library is loaded, before any other code of the process can read or change
+// one. A shared library is initialized before the program that uses it. In a static build the priority
+// (the first one that is not the compiler's own) puts this before all ordinary static initializers.
+[[gnu::constructor(101)]] void fillTables() {
+    char const* name = NAMES.chars;
+    unsigned char const* size = NAMES.sizes;
     for (Table const& table : TABLES) {
         for (unsigned int i = 0; i < table.size; ++i) {
-            table.labels[i] = text;
-            text += *size++;
+            table.labels[i] = name;
+            name += *size++;
         }
     }
 }
 
-// Null for an API type without messages and an index past the end of its table.
+// Null for an API type without messages and for an index past the end of its table.
 char const* const* entry(unsigned int apiType, unsigned int commType) {
     if (apiType >= TABLE_COUNT || commType >= TABLES[apiType].size) {
         return nullptr;

@@ -5,7 +5,7 @@
 
 namespace vobiutils {
 
-inline constexpr char const* GATEWAY_TEXTS[] = {
+inline constexpr char const* GATEWAY_NAMES[] = {
     "GATEWAY_LOGIN_REQ",
     "GATEWAY_LOGIN_RESP",
     "GATEWAY_LOGOUT_REQ",

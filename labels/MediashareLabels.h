@@ -4,7 +4,7 @@
 
 namespace vobiutils {
 
-inline constexpr char const* MEDIASHARE_TEXTS[] = {
+inline constexpr char const* MEDIASHARE_NAMES[] = {
     "MEDIASHARE_USB_GET_REQ",
     "MEDIASHARE_USB_GET_RESP",
     "MEDIASHARE_USB_REMOVE_REQ",

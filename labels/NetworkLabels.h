@@ -4,7 +4,7 @@
 
 namespace vobiutils {
 
-inline constexpr char const* NETWORK_TEXTS[] = {
+inline constexpr char const* NETWORK_NAMES[] = {
     "NETWORK_LAN_GET_REQ",
     "NETWORK_LAN_GET_RESP",
     "NETWORK_LAN_UPDATE_REQ",

@@ -4,7 +4,7 @@
 
 namespace vobiutils {
 
-inline constexpr char const* QOS_TEXTS[] = {
+inline constexpr char const* QOS_NAMES[] = {
     "QOS_CONFIGURATION_LIST_REQ",
     "QOS_CONFIGURATION_LIST_RESP",
     "QOS_CONFIGURATION_UPDATE_REQ",

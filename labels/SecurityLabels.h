@@ -4,7 +4,7 @@
 
 namespace vobiutils {
 
-inline constexpr char const* SECURITY_TEXTS[] = {
+inline constexpr char const* SECURITY_NAMES[] = {
     "SECURITY_FIREWALL_GET_REQ",
     "SECURITY_FIREWALL_GET_RESP",
     "SECURITY_FIREWALL_UPDATE_REQ",

@@ -5,7 +5,7 @@
 
 namespace vobiutils {
 
-inline constexpr char const* SERVICE_TEXTS[] = {
+inline constexpr char const* SERVICE_NAMES[] = {
     "SERVICE_MACFILTERING_LIST_REQ",
     "SERVICE_MACFILTERING_LIST_RESP",
     "SERVICE_MACFILTERING_UPDATE_REQ",

@@ -4,7 +4,7 @@
 
 namespace vobiutils {
 
-inline constexpr char const* WIFI_TEXTS[] = {
+inline constexpr char const* WIFI_NAMES[] = {
     "WIFI_INTERFACE_GET_REQ",
     "WIFI_INTERFACE_GET_RESP",
     "WIFI_RADIO_GET_REQ",
