@@ -31,7 +31,8 @@
 
 using namespace vobiutils;
 
-std::map<std::string, LOCALDB_HANDLER*> LocalDbCtrl::controllers;
+// Early for a static build; see BEConfig.cpp.
+[[gnu::init_priority(101)]] std::map<std::string, LOCALDB_HANDLER*> LocalDbCtrl::controllers;
 
 namespace {
 

@@ -12,20 +12,24 @@
 
 using namespace vobiutils;
 
-std::string BEConfig::WEBSERVER_PORTS = "8081,8082";
-std::string BEConfig::IPV4_ALLOW_PORTS = "8081,8082";
-std::string BEConfig::IPV6_ALLOW_PORTS = "8081";
-std::string BEConfig::LAN_ALLOW_PORTS = "8081,8082";
-std::string BEConfig::WAN_ALLOW_PORTS = "8081";
-std::string BEConfig::WLAN_ALLOW_PORTS;
-std::string BEConfig::DATA_LOCATION = "./data";
-std::string BEConfig::WEBSERVER_DOCROOT = "www/vobi";
-std::string BEConfig::URL_REWRITE = "url_rewrite.txt";
-std::string BEConfig::DOWNLOAD_STORAGE = "/tmp/be_download";
-std::string BEConfig::UPLOAD_STORAGE = "/tmp/be_upload";
-std::string BEConfig::SSL_CERTIFICATION_FILE = "./ssl_cert.pem";
-std::string BEConfig::DUPLICATE_LOGIN_ENABLE;
-std::string BEConfig::LOG_FILE = "./BE.log";
+// Initialized before all ordinary static variables and destroyed after them, so that in a static build,
+// too, the constructors and destructors of a program's static variables may use the library.
+#define EARLY [[gnu::init_priority(101)]]
+
+EARLY std::string BEConfig::WEBSERVER_PORTS = "8081,8082";
+EARLY std::string BEConfig::IPV4_ALLOW_PORTS = "8081,8082";
+EARLY std::string BEConfig::IPV6_ALLOW_PORTS = "8081";
+EARLY std::string BEConfig::LAN_ALLOW_PORTS = "8081,8082";
+EARLY std::string BEConfig::WAN_ALLOW_PORTS = "8081";
+EARLY std::string BEConfig::WLAN_ALLOW_PORTS;
+EARLY std::string BEConfig::DATA_LOCATION = "./data";
+EARLY std::string BEConfig::WEBSERVER_DOCROOT = "www/vobi";
+EARLY std::string BEConfig::URL_REWRITE = "url_rewrite.txt";
+EARLY std::string BEConfig::DOWNLOAD_STORAGE = "/tmp/be_download";
+EARLY std::string BEConfig::UPLOAD_STORAGE = "/tmp/be_upload";
+EARLY std::string BEConfig::SSL_CERTIFICATION_FILE = "./ssl_cert.pem";
+EARLY std::string BEConfig::DUPLICATE_LOGIN_ENABLE;
+EARLY std::string BEConfig::LOG_FILE = "./BE.log";
 int BEConfig::ENABLE_HTTPS = 0;
 int BEConfig::REPO_TYPE = 1;
 int BEConfig::API_VERSION = 0;
@@ -40,9 +44,9 @@ int BEConfig::VALIDATION_ON_RESPONSE = 1;
 int BEConfig::ENABLE_CROSS_DOMAIN = 0;
 int BEConfig::ENABLE_BYPASS_TOKEN = 0;
 int BEConfig::AUTH_CLEANUP = 60;
-std::string BEConfig::AUTH_SECRET_STR = "u8jzPde0IgxLd6GncfBAepfJBd0Kh";
+EARLY std::string BEConfig::AUTH_SECRET_STR = "u8jzPde0IgxLd6GncfBAepfJBd0Kh";
 int BEConfig::AUTH_EXPIRATION = 1440;
-std::string BEConfig::SYSTEM_SCRIPT_DIR = "scripts";
+EARLY std::string BEConfig::SYSTEM_SCRIPT_DIR = "scripts";
 int BEConfig::WEBSERVER_PORT = 8888;
 int BEConfig::GUEST_NETWORK_ENABLE = 0;
 bool BEConfig::isInit = false;
