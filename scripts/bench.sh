@@ -9,7 +9,7 @@ scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev
     rapidjson-dev nlohmann-json3-dev libspdlog-dev valgrind
 
 build=build/bench
-cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DVOBIUTILS_BUILD_BENCH=ON \
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DVOBIUTILS_BUILD_BENCH=ON -DVOBIUTILS_WERROR=ON \
     -DVOBIUTILS_BUILD_TESTS=OFF -DVOBIUTILS_BUILD_EXAMPLES=OFF >/dev/null
 cmake --build "$build" --parallel "$(nproc)" >/dev/null
 

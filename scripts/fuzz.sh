@@ -10,7 +10,7 @@ scripts/install-packages.sh clang libclang-rt-14-dev make cmake pkg-config libjs
 
 build=build/fuzz
 cmake -S . -B "$build" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DVOBIUTILS_FUZZ=ON -DVOBIUTILS_BUILD_EXAMPLES=OFF >/dev/null
+    -DVOBIUTILS_FUZZ=ON -DVOBIUTILS_WERROR=ON -DVOBIUTILS_BUILD_EXAMPLES=OFF >/dev/null
 cmake --build "$build" --parallel "$(nproc)" --target "fuzz_$target" >/dev/null
 
 found=$PWD/$build
