@@ -1,9 +1,10 @@
 #!/bin/sh
-# Builds the library for another machine and runs its tests and the example: scripts/cross.sh mips
-# (32 bits, big-endian, a time of 32 bits, under emulation) or i386 (32 bits, a time of 64 bits, natively
-# on x86: the emulator does not get its threads right). With "-- COMMAND ..." behind, it runs the command in the environment of the cross build instead.
+# Builds the library for another machine and runs its tests and the example there.
+#   scripts/cross.sh mips    32 bits, big-endian, 32-bit time_t; under emulation
+#   scripts/cross.sh i386    32 bits, 64-bit time_t; natively on x86, as the emulator fails at its threads
+# With "-- COMMAND ..." appended, runs COMMAND in the cross-build environment instead.
 #
-# What the library needs there is built from Debian's sources, into a cache outside the tree.
+# The libraries that it depends on are built from Debian's sources, into a cache outside the tree.
 set -eu
 cd "$(dirname "$0")/.."
 [ $# -gt 0 ] || { echo "usage: scripts/cross.sh mips|i386 [-- COMMAND ...]" >&2 && exit 2; }
@@ -30,7 +31,7 @@ shift
 scripts/install-packages.sh "g++-$VOBIUTILS_TARGET" qemu-user g++ make cmake pkg-config dpkg-dev \
     libgtest-dev json-schema-test-suite
 
-# The machine's own package lists, with the sources in place of the binaries.
+# Copies the package lists of this machine, with sources in place of binaries.
 list_sources() {
     lists=$cache/lists
     mkdir -p "$lists/parts" "$lists/state/partial"
@@ -64,7 +65,7 @@ build_dependencies() {
     list_sources
     apt_sources update
     mkdir -p "$cache/sources"
-    # the release itself: not every mirror keeps the sources of its updates
+    # from the release itself, because not every mirror keeps the sources of its updates
     release=$(. /etc/os-release && echo "$VERSION_CODENAME")
     (cd "$cache/sources" && apt_sources source "json-c/$release" "pcre2/$release")
     install json-c "$(echo "$cache"/sources/json-c-*/)" -DBUILD_TESTING=OFF -DBUILD_STATIC_LIBS=OFF
@@ -76,7 +77,7 @@ build_dependencies() {
 if [ ! -f "$cache/complete" ]; then
     echo "Building json-c, PCRE2 and GoogleTest for $VOBIUTILS_MACHINE"
     log=$(mktemp)
-    set +e  # a command list before "||" would not stop at the first failure
+    set +e  # in a list before "||", -e would be ignored
     (set -e && build_dependencies) >"$log" 2>&1
     failed=$?
     set -e
@@ -92,9 +93,9 @@ fi
 build=build/$VOBIUTILS_MACHINE
 echo "== $VOBIUTILS_MACHINE"
 cmake --preset "$VOBIUTILS_MACHINE" >/dev/null
-cmake --build "$build" --parallel "$(nproc)"
-ctest --test-dir "$build" --output-on-failure --parallel "$(nproc)"
-ctest --test-dir "$build" --verbose -R LackOfMemory | grep "memory of its own" || true
+cmake --build --preset "$VOBIUTILS_MACHINE" --parallel "$(nproc)"
+ctest --preset "$VOBIUTILS_MACHINE" --parallel "$(nproc)"
+ctest --preset "$VOBIUTILS_MACHINE" --verbose -R LackOfMemory | grep "memory of its own" || true
 
 echo "== The example on $VOBIUTILS_MACHINE"
 rm -rf "$build/gateway"

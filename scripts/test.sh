@@ -1,14 +1,16 @@
 #!/bin/sh
-# Builds and runs the tests: "scripts/test.sh" those of the plain build, "scripts/test.sh --all" before that
-# the same under the sanitizers, "scripts/test.sh PRESET" those of one build of CMakePresets.json.
+# Builds the project and runs its tests.
+#   scripts/test.sh           the preset "release"
+#   scripts/test.sh --all     first under the sanitizers, then "release"
+#   scripts/test.sh PRESET    one preset of CMakePresets.json
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \
     binutils json-schema-test-suite libcpp-httplib-dev libssl-dev curl
 
 summary=
-# How many tests ran, which did not and why, in this build and those before it, and then what ctest said at
-# its end.
+# Prints how many tests ran, and which were skipped and why, in this build and in those before it; then the
+# summary of ctest.
 summarize() { # BUILD OUTPUT
     skipped=$(sed -n 's/.*Test *#[0-9]*: \([^ ]*\) .*\*\*\*Skipped.*/\1/p' "$2")
     total=$(grep -c '^ *[0-9]*/[0-9]* Test *#' "$2" || true)
@@ -16,7 +18,7 @@ summarize() { # BUILD OUTPUT
     summary="$summary== $1: $((total - not_run)) tests ran, $not_run skipped
 "
     for test in $skipped; do
-        # a script says "skipped: WHY", GoogleTest writes the reason below the line "PLACE: Skipped"
+        # a script prints "skipped: REASON"; GoogleTest prints the reason after the line "PLACE: Skipped"
         reason=$(sed -n "\\|Test: $test\\( .*\\)*\$|,/^<end of output>/{s/^skipped: //p;/: Skipped\$/{n;p;};}" \
             "build/$1/Testing/Temporary/LastTest.log")
         summary="$summary   $test: ${reason:-it does not say why}
@@ -29,11 +31,11 @@ summarize() { # BUILD OUTPUT
 run() {
     echo "== $1"
     cmake --preset "$1" >/dev/null
-    cmake --build "build/$1" --parallel "$(nproc)"
+    cmake --build --preset "$1" --parallel "$(nproc)"
     output=build/$1/tests.txt
     echo 1 >"$output.status"
     {
-        ctest --test-dir "build/$1" --output-on-failure --parallel "$(nproc)" && echo 0 >"$output.status"
+        ctest --preset "$1" --parallel "$(nproc)" && echo 0 >"$output.status"
     } | tee "$output" | sed '/^[0-9]*% tests passed/,$d'
     summarize "$1" "$output"
     return "$(cat "$output.status")"
