@@ -2,7 +2,6 @@
 # (development), pages (documentation).
 set(VOBIUTILS_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vobiutils)
 
-# The options are private to the build, but a target that is linked must be exported.
 set(VOBIUTILS_INSTALLED vobiutils)
 if(NOT VOBIUTILS_SYSTEM_JSONSCHEMA)
     list(APPEND VOBIUTILS_INSTALLED jsonschema-c)
@@ -11,11 +10,20 @@ if(NOT VOBIUTILS_SYSTEM_JSONSCHEMA)
 endif()
 install(TARGETS ${VOBIUTILS_INSTALLED} EXPORT vobiutilsTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-                COMPONENT runtime NAMELINK_COMPONENT development)
+                COMPONENT runtime NAMELINK_COMPONENT development
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         COMPONENT development FILES_MATCHING PATTERN "*.h")
 install(EXPORT vobiutilsTargets NAMESPACE vobiutils::
         DESTINATION ${VOBIUTILS_CMAKE_DIR} COMPONENT development)
+
+# A program that links the static libraries also links what they use. The shared ones bring it along.
+if(NOT BUILD_SHARED_LIBS)
+    set(PKGCONFIG_LIBS_PRIVATE "-ljsonschema-c ${CMAKE_THREAD_LIBS_INIT}")
+endif()
+if(NOT BUILD_SHARED_LIBS AND NOT VOBIUTILS_SYSTEM_JSONSCHEMA)
+    set(PKGCONFIG_REQUIRES_PRIVATE libpcre2-8)
+endif()
 
 configure_package_config_file(cmake/vobiutilsConfig.cmake.in
     ${PROJECT_BINARY_DIR}/vobiutilsConfig.cmake INSTALL_DESTINATION ${VOBIUTILS_CMAKE_DIR})

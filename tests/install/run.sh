@@ -1,8 +1,8 @@
 #!/bin/sh
-# run.sh BUILD NM CXX [TOOLCHAIN]: installs the build to a folder of its own, checks what the libraries
-# export and under which version, builds and runs the example of the README against them, through CMake
-# and through pkg-config, and puts another validator in the place of the library's. RUN is the emulator of
-# a foreign program, if there has to be one.
+# run.sh BUILD NM CXX [TOOLCHAIN]: installs the build to a folder of its own, checks what the shared
+# libraries export and under which version, builds and runs the example of the README against them, through
+# CMake and through pkg-config, and puts another validator in the place of the library's. With "static" for
+# BUILD it first builds static libraries. RUN is the emulator of a foreign program, if there has to be one.
 set -eu
 build=$1
 nm=$2
@@ -13,20 +13,37 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
 
+if [ "$build" = static ]; then
+    build=$work/build
+    cmake -S "$source/../.." -B "$build" -DBUILD_SHARED_LIBS=OFF -DCMAKE_BUILD_TYPE=Debug \
+        -DVOBIUTILS_BUILD_TESTS=OFF -DVOBIUTILS_BUILD_EXAMPLES=OFF -DCMAKE_CXX_COMPILER="$cxx" \
+        ${toolchain:+"-DCMAKE_TOOLCHAIN_FILE=$toolchain"} >/dev/null
+    cmake --build "$build" --parallel 2 >/dev/null
+fi
 cmake --install "$build" --prefix "$prefix" >/dev/null
-library=$(find "$prefix" -name libvobiutils.so)
+library=$(find "$prefix" -name libvobiutils.so -o -name libvobiutils.a)
 jsonschema=$(find "$prefix" -name libjsonschema-c.so)
+case $library in
+    *.a) static=yes ;;
+    *) static= ;;
+esac
 
-"$nm" -DC --defined-only "$library" ${jsonschema:+"$jsonschema"} | sed -n 's/^[0-9a-f]* [^A] //p' |
-    LC_ALL=C sort -u >"$work/exports"
-grep "${jsonschema:+.}\|@@VOBIUTILS" "$source/exports.txt" | diff - "$work/exports"
+if [ -z "$static" ]; then
+    "$nm" -DC --defined-only "$library" ${jsonschema:+"$jsonschema"} |
+        sed -n 's/^[0-9a-f]* [^A] //p' | LC_ALL=C sort -u >"$work/exports"
+    grep "${jsonschema:+.}\|@@VOBIUTILS" "$source/exports.txt" | diff - "$work/exports"
+fi
 
 {
     echo '#include <cstdio>'
     for header in "$prefix"/include/*.h; do
         echo "#include <$(basename "$header")>"
     done
+    # static variables whose initializers read the library's
+    echo 'char const* const label = QOS_LBL[19];'
+    echo 'std::string const folder = BEConfig::DOWNLOAD_STORAGE;'
     echo 'int main() {'
+    echo 'if (label == nullptr || folder != "/tmp/be_download") { return puts("read too early"); }'
     # shellcheck disable=SC2016 # a pattern
     sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '/^```/d'
     echo '}'
@@ -55,7 +72,7 @@ compile() { # PROGRAM SOURCE...
     program=$work/$1
     shift
     # shellcheck disable=SC2046 # a list of options
-    "$cxx" -std=c++11 "$@" -o "$program" $(pkg-config --cflags --libs vobiutils) \
+    "$cxx" -std=c++11 "$@" -o "$program" $(pkg-config ${static:+--static} --cflags --libs vobiutils) \
         -Wl,-rpath,"$(dirname "$library")" ${others:+"-Wl,-rpath-link,$others"}
 }
 compile consumer "$work/example.cpp"
@@ -82,6 +99,7 @@ check_own() { # PROGRAM: it uses that validator, and nothing else is printed
 }
 compile validating_itself "$work/own.cpp" "$work/validating.cpp"
 check_own validating_itself
+[ -z "$static" ] || { echo "installed static libraries, built twice and run, with two validators" && exit; }
 compile validating "$work/validating.cpp"
 mkdir "$work/platform"
 compile platform/libjsonschema-c.so.1 -shared -fPIC -Wl,-soname,libjsonschema-c.so.1 "$work/own.cpp"
