@@ -2,12 +2,12 @@
 /// Settings of the web back end.
 ///
 /// Every setting is a public static of BEConfig with a compiled-in default, so it can be read at
-/// any time, with or without a configuration file. BEConfig::init lays the file's values over the
-/// defaults, once per process.
+/// any time, with or without a configuration file. BEConfig::init replaces defaults with the values
+/// of the file, once per process.
 ///
 /// Threads: call init on the main thread before any other thread uses the library; afterwards the
-/// library only reads the settings, and any thread may read them. A program that changes one itself
-/// does so while no other thread is in the library.
+/// library only reads the settings, and any thread may read them. A program may change a
+/// setting itself while no other thread is in the library.
 #ifndef VOBIUTILS_BECONFIG_H
 #define VOBIUTILS_BECONFIG_H
 
@@ -18,18 +18,18 @@
 /// \copydoc BEConfig.h
 class BEConfig {
   public:
-    /// Reads the configuration file `file` (one JSON object) over the defaults. Only the first call
+    /// Reads the configuration file `file` (one JSON object). Only the first call
     /// of a process reads anything; a later one logs a warning. A key that is missing or has the
     /// wrong type is reported on standard output and leaves its setting as it was. When a file was
     /// read, BELoginRecord::init follows, unless its "enable_bruteforce_prevent" is false or a
     /// number other than 1.
     ///
-    /// A file that is missing, unreadable, not JSON or `null` (or a null `file`) leaves every default in
-    /// force, silently. A file whose top value is not an object ENDS THE PROCESS with exit status
-    /// 0, after a line on standard output.
+    /// A file that is missing, unreadable, not JSON or `null` (or a null `file`) leaves every
+    /// default in force, silently. A file whose top value is not an object ENDS THE PROCESS with
+    /// exit status 0, after a line on standard output.
     static void init(char const* file);
 
-    /// Seconds since boot, fractions cut off; 0 when the system does not tell. Any thread.
+    /// Seconds since boot, fractions cut off; 0 when the system does not provide it. Any thread.
     static int get_Session_Uptime();
 
     /// \name Ports: comma-separated lists
@@ -48,13 +48,13 @@ class BEConfig {
 
     static std::string DATA_LOCATION;      ///< "data_location", default "./data"
     static std::string WEBSERVER_DOCROOT;  ///< "webserver_docroot", default "www/vobi"
-    /// Default "url_rewrite.txt"; init puts the text of "url_rewrite_path" in front, without a
-    /// separator.
+    /// Default "url_rewrite.txt"; init inserts the string "url_rewrite_path" before it, without
+    /// a separator.
     static std::string URL_REWRITE;
     static std::string DOWNLOAD_STORAGE;        ///< "download_storage", default "/tmp/be_download"
     static std::string UPLOAD_STORAGE;          ///< "upload_storage", default "/tmp/be_upload"
     static std::string SSL_CERTIFICATION_FILE;  ///< "ssl_certification_file", "./ssl_cert.pem"
-    static std::string DUPLICATE_LOGIN_ENABLE;  ///< "duplicate_login_enable", default empty; a text
+    static std::string DUPLICATE_LOGIN_ENABLE;  ///< "duplicate_login_enable", a string; default ""
     static std::string LOG_FILE;                ///< "log_file", default "./BE.log"
 
     /// \}
@@ -79,11 +79,11 @@ class BEConfig {
     /// \name Authentication, from the file's member "system"
     /// \{
 
-    /// Seconds: "system.cleanup_time" (minutes) times 60. Default 60; 3600 when the file has "system"
-    /// without a usable "cleanup_time".
+    /// Seconds: "system.cleanup_time" (minutes) times 60. Default 60; 3600 when the file has
+    /// "system" without a usable "cleanup_time".
     static int AUTH_CLEANUP;
 
-    static std::string AUTH_SECRET_STR;  ///< "system.domain_name", default a text of 29 characters
+    static std::string AUTH_SECRET_STR;  ///< "system.domain_name", default: 29 characters
 
     /// Seconds: "system.timer.session" (minutes) times 60. Default 1440; 86400 when the file has
     /// "timer" without a usable "session".
@@ -99,7 +99,7 @@ class BEConfig {
 
     /// \}
 
-    static bool isInit;  ///< init has been called, whatever came of it
+    static bool isInit;  ///< init has been called, successfully or not
 };
 
 #pragma GCC visibility pop

@@ -2,20 +2,20 @@
 /// Counts login attempts per client address and computes the lock-out.
 ///
 /// The record is the JSON file ".loginrecord.cfg" in the working directory of the process; every
-/// start empties it. From the tenth attempt on an address is locked out: 1 minute after 10 attempts
-/// and 2 minutes more for each further one, counted from its last attempt.
+/// start empties it. From the tenth attempt on, an address is locked out: for 1 minute after 10
+/// attempts and for 2 minutes more after each further one, counted from its last attempt.
 ///
-/// The file is replaced as a whole, so that a reader or a process that is killed never meets half
-/// of it, but it is not synced. An existing file that the effective user may not write is left alone:
-/// that is a failed write.
+/// The file is replaced as a whole, so a reader never sees half of it, nor does a killed process
+/// leave half of it behind; but it is not synced. An existing file that the effective user may not
+/// write is left alone, and that counts as a failed write.
 ///
 /// A record file that cannot be read, or holds no array, is logged and stops the record: isRunning
 /// becomes false, and from then on every operation returns its failure result, silently, until init
 /// is called again.
 ///
-/// Threads: setAttempt, getAttempt and eraseAttempt may be called from any thread at once. init and
-/// deinit take part in no lock while they write the file: call them while no other thread is in
-/// these functions.
+/// Threads: setAttempt, getAttempt and eraseAttempt may be called from any thread at any time. init
+/// and deinit write the file without the lock: call them while no other thread is in any of these
+/// functions.
 #ifndef VOBIUTILS_BELOGINRECORD_H
 #define VOBIUTILS_BELOGINRECORD_H
 
@@ -33,8 +33,9 @@ struct LoginAttemptInfo {
 class BELoginRecord {
   public:
     /// Writes an empty record and starts it. Called by BEConfig::init when brute-force prevention
-    /// is on. While the record runs, it only logs a warning. Failures (no memory, a file that
-    /// cannot be written, no mutex) are reported on standard output and leave the record stopped.
+    /// is on. When the record is running already, it only logs a warning. Failures (no memory, a
+    /// file that cannot be written, no mutex) are reported on standard output and leave the record
+    /// stopped.
     static void init();
 
     /// Writes an empty record, reporting on standard output. Does not stop the record.
@@ -44,15 +45,15 @@ class BELoginRecord {
     /// for a null address, a stopped record or a failed write.
     static bool setAttempt(char const* ipAddress);
 
-    /// What is known of `ipAddress`: its attempts and the minutes left of its lock-out. Attempts 1
-    /// and 0 minutes for an address not recorded, a null address and a stopped record.
+    /// The attempts of `ipAddress` and the minutes left of its lock-out: 1 and 0 for an address
+    /// that is not recorded, a null address and a stopped record.
     static LoginAttemptInfo getAttempt(char const* ipAddress);
 
     /// Sets the attempts of `ipAddress` to 0, after a successful login. True when the address was
     /// recorded and the file written; false otherwise, and then the file is left as it was.
     static bool eraseAttempt(char const* ipAddress);
 
-    static bool isRunning;        ///< the record has been started and its file was good so far
+    static bool isRunning;  ///< the record has been started and its file has been valid so far
     static pthread_mutex_t lock;  ///< held during each read, change and write of the file
 };
 

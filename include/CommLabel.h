@@ -5,9 +5,10 @@
 /// mediashare, qos; see API_TYPE_T in LocalDbCtrl.h) and its communication type, the index into the
 /// table of that API type. Requests end in "_REQ", responses in "_RESP".
 ///
-/// The texts are static; nobody frees or changes them. The tables are writable, so that a program
-/// may put its own text at an index, at start-up; the library reads them at each use. Their sizes
-/// are part of the binary interface.
+/// The strings are static: do not free or change them. The tables are writable, so that a program
+/// may replace an entry with a string of its own at start-up; the library reads the tables at each
+/// use. They are filled before the program's static initializers run. Their sizes are part of the
+/// binary interface.
 ///
 /// Threads: any thread may read.
 #ifndef VOBIUTILS_COMMLABEL_H
@@ -23,8 +24,8 @@ extern char const* SERVICE_LBL[164];    ///< messages of API type 4
 extern char const* MEDIASHARE_LBL[60];  ///< messages of API type 5
 extern char const* QOS_LBL[20];         ///< messages of API type 6
 
-/// The name of message `commType` of API type `apiType`, a text of the library's; "unknown" for an
-/// API type without messages (7 and above) and for an index past the end of its table.
+/// The name of message `commType` of API type `apiType`, a string that the library owns; "unknown"
+/// for an API type without messages (7 and above) and for an index past the end of its table.
 char const* COMM_LABEL(unsigned int apiType, unsigned int commType);
 
 #pragma GCC visibility pop

@@ -1,10 +1,10 @@
 /// \file
 /// The process-wide diagnostic log.
 ///
-/// A message has a group (the module that speaks) and a level. It is written when the group's bit
-/// is set in Logger::mask and the level is enabled in the settings (BEConfig.h): first appended to
-/// the file BEConfig::LOG_FILE, when Logger::enableFileLog is not 0, then printed on standard
-/// output. A line has no time stamp:
+/// A message has a group (the module that logs) and a level. It is written when the group's bit
+/// is set in Logger::mask and the level is enabled in the settings (BEConfig.h). If
+/// Logger::enableFileLog is not 0, it is first appended to the file BEConfig::LOG_FILE; then it is
+/// printed on standard output. A line has no time stamp:
 /// \code{.unparsed}
 /// UTIL          | WARN: message
 /// \endcode
@@ -55,26 +55,26 @@ enum LOG_GROUP_T : unsigned int {
 /// \copydoc Logger.h
 class Logger {
   public:
-    /// Starts the log: takes the mask from BEConfig::LOG_MASK, settles enableFileLog and installs
+    /// Starts the log: sets mask to BEConfig::LOG_MASK, sets enableFileLog and installs
     /// be_sig_handler for SIGSEGV. Call once, after BEConfig::init; until then nothing is printed.
-    /// A log file that exists keeps file logging as it is, even when BEConfig::LOG_TO_FILE is 0;
-    /// one that does not is created, and file logging then follows LOG_TO_FILE (off when the file
-    /// cannot be created). Always returns 0.
+    /// If the log file exists, enableFileLog stays as it is, even when BEConfig::LOG_TO_FILE is 0.
+    /// If not, the file is created, and enableFileLog follows LOG_TO_FILE (0 when the file cannot
+    /// be created). Always returns 0.
     static int init();
 
     /// Enables or disables the group `group` (taken modulo 32) in mask.
     static void setGroup(LOG_GROUP_T group, bool enable);
 
-    /// Logs a printf-style message. `format` must end in a line feed, print adds none; the message
-    /// is cut after 1023 characters, and empty for a null format. A group of 19 or more prints an
-    /// empty name. A log file that cannot be opened is reported on standard output, each time.
-    /// Settings, mask and names are read anew at every call, and the file is open only during it,
-    /// so it may be rotated or removed.
+    /// Logs a printf-style message. `format` must end in a line feed: print does not add
+    /// one. The message is cut after 1023 characters, and empty for a null format. A group of 19 or
+    /// more prints an empty name. A log file that cannot be opened is reported on standard output,
+    /// each time. Settings, mask and names are read at every call, and the file is open only during
+    /// the call, so it may be rotated or removed.
     static void print(LOG_TYPE_T level, LOG_GROUP_T group, char const* format, ...)
         __attribute__((format(printf, 3, 4)));
 
     static int enableFileLog;              ///< 1: append to the log file as well; initially 1
-    static char const* LogGroupNames[19];  ///< names of the groups, static texts
+    static char const* LogGroupNames[19];  ///< names of the groups, static strings
     static pthread_mutex_t lock;           ///< held while one line is written
     static unsigned int mask;              ///< bit n enables group n; initially 0
 };

@@ -46,9 +46,10 @@ unsigned int const TABLE_COUNT = sizeof TABLES / sizeof TABLES[0];
 constexpr auto NAMES = pack<GATEWAY_NAMES, WIFI_NAMES, NETWORK_NAMES, SECURITY_NAMES, SERVICE_NAMES,
                             MEDIASHARE_NAMES, QOS_NAMES>();
 
-// Fills the tables when the library is loaded, before any other code of the process can read or change
-// one. A shared library is initialized before the program that uses it. In a static build the priority
-// (the first one that is not the compiler's own) puts this before all ordinary static initializers.
+// Fills the tables when the library is loaded, before any other code of the process can read or
+// change one. A shared library is initialized before the program that uses it. In a static build
+// the priority (the first one that is not the compiler's own) puts this before all ordinary static
+// initializers.
 [[gnu::constructor(101)]] void fillTables() {
     char const* name = NAMES.chars;
     unsigned char const* size = NAMES.sizes;

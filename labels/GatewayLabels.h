@@ -1,5 +1,5 @@
 // Message names of the API type gateway, in the order of their communication types.
-// Intended: index 73 is one joined text, so that from 74 on the responses stand at even indexes.
+// intended: index 73 is two names run together, so from 74 on responses have even indexes.
 #ifndef VOBIUTILS_LABELS_GATEWAYLABELS_H
 #define VOBIUTILS_LABELS_GATEWAYLABELS_H
 

@@ -1,4 +1,4 @@
-// The label tables as the database's file names use them.
+// Label lookup for the names of message files, where a message without a label has no file.
 #ifndef VOBIUTILS_LABELS_LABELTABLE_H
 #define VOBIUTILS_LABELS_LABELTABLE_H
 

@@ -1,11 +1,11 @@
-// Concatenates arrays of strings at compile time: their characters without a gap, and one byte for the
-// size of each. A pointer table is filled from that when the library is loaded.
+// Concatenates arrays of strings at compile time: their characters without a gap, and one byte for
+// the size of each. A pointer table is filled from that when the library is loaded.
 //
 //     {"LIST_REQ", "LIST_RESP"}  ->  chars  "LIST_REQ\0LIST_RESP\0"
 //                                    sizes  9, 10
 //
-// In an initialized pointer table each string would cost a pointer and a relocation in the file: for
-// the label tables 7,472 bytes on MIPS.
+// In an initialized pointer table each string would cost a pointer and a relocation in the file:
+// for the label tables 7,472 bytes on MIPS.
 #ifndef VOBIUTILS_LABELS_PACKEDSTRINGS_H
 #define VOBIUTILS_LABELS_PACKEDSTRINGS_H
 

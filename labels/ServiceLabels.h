@@ -1,5 +1,5 @@
 // Message names of the API type service, in the order of their communication types.
-// Intended: "PORTILTERING" at indexes 20 and 21 is spelled so.
+// intended: "PORTILTERING" at indexes 20 and 21 is spelled like this.
 #ifndef VOBIUTILS_LABELS_SERVICELABELS_H
 #define VOBIUTILS_LABELS_SERVICELABELS_H
 

@@ -42,8 +42,8 @@ inline char const* printable(char const* string) { return string != nullptr ? st
 #define UTIL_DEBUG(...) VOBIUTILS_LOG(LOG_TYPE_DEBUG, __VA_ARGS__)
 #define UTIL_ERROR(...) VOBIUTILS_LOG(LOG_TYPE_ERROR, __VA_ARGS__)
 
-// For a walk of many steps, which calls ::vobiutils::enabled for the level DEBUG once and passes the
-// result as `enabled` to the line of each step.
+// For a walk of many steps, which calls ::vobiutils::enabled for the level DEBUG once and passes
+// the result as `enabled` to the line of each step.
 #define UTIL_DEBUG_IF(enabled, ...)                                     \
     do {                                                                \
         if (enabled) [[unlikely]] {                                     \

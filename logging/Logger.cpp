@@ -1,4 +1,5 @@
-// The log: gate, format, append to the file, print. The library's modules come in through Log.h.
+// The log: tests whether a line is enabled, formats it, appends it to the file and prints it. The
+// library itself logs through the macros of Log.h.
 #include "Logger.h"
 
 #include <fcntl.h>
@@ -96,8 +97,8 @@ class Line {
     size_t size_ = sizeof stack_;
 };
 
-// False when the file cannot be opened. A line that cannot be written whole is given up: the log has
-// nowhere to report that.
+// False when the file cannot be opened. A line that cannot be written whole is given up: the log
+// has nowhere to report that.
 bool appendToFile(char const* line, size_t length) {
     FileDescriptor const file(BEConfig::LOG_FILE.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
     if (!file) {
@@ -121,7 +122,7 @@ bool appendToFile(char const* line, size_t length) {
 
 bool createLogFile() {
     FILE* const file =
-        fopen(BEConfig::LOG_FILE.c_str(), "a");  // truncates nothing, should it exist
+        fopen(BEConfig::LOG_FILE.c_str(), "a");  // keeps a file that another process has just made
     if (file == nullptr) {
         return false;
     }
@@ -135,7 +136,7 @@ int Logger::init() {
     mask = static_cast<unsigned int>(BEConfig::LOG_MASK);
     struct stat status;
     if (stat(BEConfig::LOG_FILE.c_str(), &status) != 0) {
-        // intended: LOG_TO_FILE counts only for a file that had to be made
+        // intended: LOG_TO_FILE is ignored when the file exists
         enableFileLog = createLogFile() && BEConfig::LOG_TO_FILE != 0 ? 1 : 0;
     }
     signal(SIGSEGV, be_sig_handler);

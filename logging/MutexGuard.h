@@ -1,4 +1,4 @@
-// Holds a POSIX mutex for the length of a scope.
+// Locks a POSIX mutex for the duration of a scope.
 #ifndef VOBIUTILS_LOGGING_MUTEXGUARD_H
 #define VOBIUTILS_LOGGING_MUTEXGUARD_H
 

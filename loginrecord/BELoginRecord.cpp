@@ -1,4 +1,8 @@
-// Login attempts per client address: the public operations over the record file and the lock-out.
+// Counts login attempts per client address: the public operations, on the record file and the
+// lock-out.
+//
+// Every operation locks the mutex, reads the whole file, looks up the client and, where something
+// changed, writes the whole file. Nothing is kept in memory between two calls.
 #include "BELoginRecord.h"
 
 #include <stdio.h>
@@ -20,7 +24,8 @@ namespace {
 
 LoginAttemptInfo const UNKNOWN_CLIENT = {1, 0};
 
-// isRunning is read without the lock.
+// isRunning is public and a plain bool, and it is tested before the lock is acquired: hence
+// atomic_ref.
 bool running() {
     return std::atomic_ref<bool>(BELoginRecord::isRunning).load(std::memory_order_acquire);
 }
@@ -29,12 +34,12 @@ void setRunning(bool value) {
     std::atomic_ref<bool>(BELoginRecord::isRunning).store(value, std::memory_order_release);
 }
 
-// Only the first start makes the mutex: at a later one, after a bad record file, a thread that
-// still waits for the mutex must find it in one piece.
-bool makeLock() {
-    static bool made = false;
-    made = made || pthread_mutex_init(&BELoginRecord::lock, nullptr) == 0;
-    return made;
+// Only the first start initializes the mutex. After a bad record file the record may be started
+// again while threads still wait for the mutex.
+bool initializeLock() {
+    static bool initialized = false;
+    initialized = initialized || pthread_mutex_init(&BELoginRecord::lock, nullptr) == 0;
+    return initialized;
 }
 
 bool accepts(char const* ipAddress) {
@@ -50,7 +55,7 @@ bool stop() {
     return false;
 }
 
-// A file that is unreadable or ill-formed stops the record.
+// False for a file that is unreadable or ill-formed; that also stops the record.
 bool isUsable(RecordFile const& record) {
     if (!record.isReadable()) {
         UTIL_ERROR("Cannot access Database file\n");
@@ -65,7 +70,7 @@ bool isUsable(RecordFile const& record) {
 
 uint64_t currentTime() { return static_cast<uint64_t>(time(nullptr)); }
 
-// Unsigned, so that a forged record wraps instead of being undefined.
+// Adds unsigned: a forged record wraps around instead of being undefined behaviour.
 int oneMore(int attempts) { return static_cast<int>(static_cast<unsigned int>(attempts) + 1U); }
 
 bool countAttempt(RecordFile& record, char const* ipAddress) {
@@ -106,7 +111,7 @@ void BELoginRecord::init() {
         return;  // intended leak: the array
     }
     printf("%s: new record file is created\n", "init");
-    if (!makeLock()) {
+    if (!initializeLock()) {
         puts("Login Record init fail ");
         json_object_put(empty);
         return;

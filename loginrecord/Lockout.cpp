@@ -1,3 +1,4 @@
+// The arithmetic of the lock-out.
 #include "loginrecord/Lockout.h"
 
 namespace vobiutils {

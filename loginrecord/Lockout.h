@@ -1,4 +1,4 @@
-// How long an address is locked out: pure numbers, no file and no clock.
+// Computes how long an address is locked out, from numbers only: no file and no clock.
 #ifndef VOBIUTILS_LOGINRECORD_LOCKOUT_H
 #define VOBIUTILS_LOGINRECORD_LOCKOUT_H
 
@@ -6,11 +6,11 @@
 
 namespace vobiutils {
 
-// Length in minutes of the lock-out after `attempts` attempts; 0 while there is none.
+// The length in minutes of the lock-out after `attempts` attempts; 0 when there is none.
 unsigned int lockoutMinutes(int attempts);
 
-// What is left at `now` of a lock-out of `length` minutes that began at `last` (both in seconds
-// since the epoch). A beginning in the future, after the clock was set back, leaves all of it.
+// The minutes left at `now` of a lock-out of `length` minutes that began at `last` (both in seconds
+// since the epoch). A beginning in the future (the clock was set back) leaves the whole length.
 unsigned int minutesLeft(unsigned int length, uint64_t last, uint64_t now);
 
 }  // namespace vobiutils

@@ -1,3 +1,4 @@
+// The record file as a json-c array.
 #include "loginrecord/RecordFile.h"
 
 #include <inttypes.h>
@@ -14,14 +15,14 @@ namespace {
 
 char const RECORD_FILE[] = ".loginrecord.cfg";
 
-// Null unless the member is a text.
-char const* textMember(json_object* object, char const* key) {
+// Null unless the member is a string.
+char const* stringMember(json_object* object, char const* key) {
     json_object* value = nullptr;
     json_object_object_get_ex(object, key, &value);
     return json_object_is_type(value, json_type_string) ? json_object_get_string(value) : nullptr;
 }
 
-// Takes over `value`; a null one, for lack of memory, is not stored.
+// Takes over `value`. A null one (json-c ran out of memory) is not stored.
 bool setMember(json_object* object, char const* key, json_object* value) {
     if (value != nullptr && json_object_object_add(object, key, value) == 0) {
         return true;
@@ -37,7 +38,7 @@ bool fillClient(json_object* client, char const* ipAddress, uint64_t now) {
 
 }  // namespace
 
-// Unsynced: every start empties the record, and flash is slow.
+// Not synced: a sync is slow on flash, and the next start empties the record anyway.
 bool RecordFile::write(json_object* array) {
     return saveJsonFile(RECORD_FILE, array, Durability::UNSYNCED) == 0;
 }
@@ -54,7 +55,7 @@ json_object* RecordFile::find(char const* ipAddress) const {
     size_t const count = json_object_array_length(clients_);
     for (size_t i = 0; i < count; ++i) {
         json_object* const client = json_object_array_get_idx(clients_, i);
-        char const* const address = textMember(client, "ipAddress");
+        char const* const address = stringMember(client, "ipAddress");
         if (address != nullptr && strcmp(address, ipAddress) == 0) {
             return client;
         }
@@ -81,9 +82,9 @@ bool setAttempts(json_object* client, int attempts) {
     return setMember(client, "attempts", json_object_new_int(attempts));
 }
 
-bool hasLastAttempt(json_object* client) { return textMember(client, "lastAttempt") != nullptr; }
+bool hasLastAttempt(json_object* client) { return stringMember(client, "lastAttempt") != nullptr; }
 
-// 64 bits whatever the size of a long: a 32-bit device may have a 64-bit time.
+// Writes 64 bits whatever the size of a long: a 32-bit device may have a 64-bit time_t.
 bool setLastAttempt(json_object* client, uint64_t time) {
     char text[32];
     snprintf(text, sizeof text, "%" PRIu64, time);
@@ -91,7 +92,7 @@ bool setLastAttempt(json_object* client, uint64_t time) {
 }
 
 uint64_t lastAttemptOf(json_object* client) {
-    char const* const text = textMember(client, "lastAttempt");
+    char const* const text = stringMember(client, "lastAttempt");
     char* end = nullptr;
     uint64_t const time = strtoull(text, &end, 10);
     return end != text ? time : UINT64_MAX;

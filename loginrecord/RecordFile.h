@@ -1,5 +1,8 @@
-// The record file: one JSON array with an object {"ipAddress", "attempts", "lastAttempt"} per
-// client. Elements of any other form are passed over. Callers hold BELoginRecord::lock.
+// Reads and writes the record file, a JSON array with one object per client:
+//
+//     [{"ipAddress": "192.168.1.7", "attempts": 3, "lastAttempt": "1700000000"}]
+//
+// Elements of any other form are skipped. Callers hold BELoginRecord::lock.
 #ifndef VOBIUTILS_LOGINRECORD_RECORDFILE_H
 #define VOBIUTILS_LOGINRECORD_RECORDFILE_H
 
@@ -10,7 +13,7 @@ namespace vobiutils {
 
 class RecordFile {
   public:
-    // Writes an array as the whole file.
+    // Replaces the file with the array `array`.
     static bool write(json_object* array);
 
     RecordFile();  // reads the file
@@ -21,7 +24,7 @@ class RecordFile {
     bool isReadable() const { return clients_ != nullptr; }
     bool isWellFormed() const { return json_object_is_type(clients_, json_type_array) != 0; }
 
-    // The first element of that address, borrowed; null when there is none.
+    // The first element with that address, borrowed; null when there is none.
     json_object* find(char const* ipAddress) const;
 
     // Appends a client with one attempt at `now`.
@@ -38,8 +41,8 @@ int attemptsOf(json_object* client);
 bool setAttempts(json_object* client, int attempts);
 bool hasLastAttempt(json_object* client);
 bool setLastAttempt(json_object* client, uint64_t time);
-// The stored time, if there is one, in seconds since the epoch; one that is no number counts as the
-// end of time.
+// The stored time in seconds since the epoch; call it only when hasLastAttempt. A value that is not
+// a number counts as the end of time (the lock-out does not expire).
 uint64_t lastAttemptOf(json_object* client);
 
 }  // namespace vobiutils

@@ -1,4 +1,4 @@
-// The settings, their defaults, and their loading from the configuration file.
+// Defines the settings with their defaults, and reads the configuration file over them.
 #include "BEConfig.h"
 
 #include <json-c/json.h>
@@ -12,8 +12,8 @@
 
 using namespace vobiutils;
 
-// Initialized before all ordinary static variables and destroyed after them, so that in a static build,
-// too, the constructors and destructors of a program's static variables may use the library.
+// Initialized before all ordinary static variables and destroyed after them, so that in a static
+// build, too, the constructors and destructors of a program's static variables may use the library.
 #define EARLY [[gnu::init_priority(101)]]
 
 EARLY std::string BEConfig::WEBSERVER_PORTS = "8081,8082";
@@ -53,7 +53,7 @@ bool BEConfig::isInit = false;
 
 namespace {
 
-// Members of the file that no setting holds.
+// Members of the file that are used while it is read, and kept in no setting.
 struct Extras {
     std::string urlPrefix;
     int preventBruteForce = 1;
@@ -93,13 +93,16 @@ void readTopLevel(json_object* file, Extras& extras) {
     readRows(file, rows);
 }
 
-// Unsigned, so that an absurd setting wraps instead of being undefined.
+// Multiplies unsigned: a number too large wraps around instead of being undefined behaviour.
 void minutesToSeconds(int& setting) {
     setting = static_cast<int>(static_cast<unsigned int>(setting) * 60U);
 }
 
-// intended: a setting is multiplied whenever its parent is present, whether it was read or not, so
-// that its default changes meaning with the parent.
+// Reads the members of "system", whose times are in minutes.
+//
+// intended: a time is converted to seconds whenever its parent object is present, even if its own
+// key was missing. So the effective default depends on the parent: without "system" AUTH_CLEANUP
+// stays 60, with an empty one it becomes 3600.
 void readSystem(json_object* system) {
     readRow(system, {"cleanup_time", BEConfig::AUTH_CLEANUP});
     minutesToSeconds(BEConfig::AUTH_CLEANUP);
@@ -131,7 +134,7 @@ void BEConfig::init(char const* file) {
         UTIL_WARN("%s: System configure is initialized already\n", "BEConfig::init");
         return;
     }
-    isInit = true;  // before anything can fail: a failed first call counts too
+    isInit = true;  // first, because a failed call counts, too
     json_object* const document = readJsonFile(file);
     if (document == nullptr) {
         return;

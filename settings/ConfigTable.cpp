@@ -1,5 +1,5 @@
-// Typed reading of configuration members. The logger is not set up yet: failures go to standard
-// output directly.
+// Reads configuration members by type. The logger is not set up yet at that time, so failures are
+// printed on standard output.
 #include "settings/ConfigTable.h"
 
 #include <stdio.h>
@@ -18,7 +18,7 @@ bool readNumber(json_object* value, int& destination) {
     }
 }
 
-bool readText(json_object* value, std::string& destination) {
+bool readString(json_object* value, std::string& destination) {
     if (!json_object_is_type(value, json_type_string)) {
         puts("Configuration error, parameter MUST be string");
         return false;
@@ -37,15 +37,15 @@ void readRow(json_object* object, ConfigRow const& row) {
     json_object* value = nullptr;
     json_object_object_get_ex(object, row.key, &value);
     bool const read =
-        row.text != nullptr ? readText(value, *row.text) : readNumber(value, *row.number);
+        row.string != nullptr ? readString(value, *row.string) : readNumber(value, *row.number);
     if (!read) {
         printf("Configuration is wrong, use default value for %s\n", row.key);
     }
 }
 
-void prepend(std::string const& prefix, std::string& text) {
+void prepend(std::string const& prefix, std::string& string) {
     try {
-        text.insert(0, prefix);
+        string.insert(0, prefix);
     } catch (std::exception const&) {
     }
 }

@@ -1,4 +1,4 @@
-// The rows of a configuration file, {key, destination}, and the two typed readers behind them.
+// Reads members of a configuration object into settings: a row {key, destination} for each.
 #ifndef VOBIUTILS_SETTINGS_CONFIGTABLE_H
 #define VOBIUTILS_SETTINGS_CONFIGTABLE_H
 
@@ -9,15 +9,16 @@
 namespace vobiutils {
 
 struct ConfigRow {
-    ConfigRow(char const* name, std::string& destination) : key(name), text(&destination) {}
+    ConfigRow(char const* name, std::string& destination) : key(name), string(&destination) {}
     ConfigRow(char const* name, int& destination) : key(name), number(&destination) {}
 
     char const* key;
-    std::string* text = nullptr;  // one of the two is set
+    std::string* string = nullptr;  // exactly one of the two is set
     int* number = nullptr;
 };
 
-// Reads one row from `object`; reports a failure on standard output and leaves the destination.
+// Reads one row from `object`. A member that is missing or has the wrong type is reported on
+// standard output and leaves the destination unchanged.
 void readRow(json_object* object, ConfigRow const& row);
 
 template <size_t N>
@@ -27,8 +28,8 @@ void readRows(json_object* object, ConfigRow const (&rows)[N]) {
     }
 }
 
-// Leaves the text as it is when there is no memory.
-void prepend(std::string const& prefix, std::string& text);
+// Inserts `prefix` before `string`, which stays unchanged when memory runs out.
+void prepend(std::string const& prefix, std::string& string);
 
 }  // namespace vobiutils
 
