@@ -1,5 +1,9 @@
-// The steps and the depth that are left to a call. Once they are used up the call is undecided, for
-// good: whatever it answers then, it answers "invalid".
+// The work and the recursion depth left to one validation call.
+//
+// Every part of the validator spends steps before it does work in proportion to them, and holds a
+// Level while it is one level further down. Once either is used up, the call is undecided for good:
+// the parts return as soon as they can, what they return no longer matters, and the caller reports
+// "invalid". A plain false would not do: a "not" around it would make it "valid".
 #ifndef JSONSCHEMA_BUDGET_H
 #define JSONSCHEMA_BUDGET_H
 
@@ -9,7 +13,7 @@ namespace jsonschema {
 
 class Budget {
   public:
-    // False when the steps are used up, now or before.
+    // False when the budget is used up, by this call or before.
     bool spend(size_t steps) {
         if (steps > steps_) {
             giveUp();
@@ -26,7 +30,7 @@ class Budget {
 
     bool isUndecided() const { return undecided_; }
 
-    // One level further down, for the length of a scope.
+    // One level further down, for the duration of a scope.
     class Level {
       public:
         explicit Level(Budget& budget) : budget_(budget) {

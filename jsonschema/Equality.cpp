@@ -1,3 +1,13 @@
+// Equality by structure, and the search for equal elements by hash.
+//
+// Comparing each element of an array with every other one takes n squared steps. Instead areUnique
+// sorts the elements by a hash for which equal values are equal, and compares only within a group
+// of equal hashes:
+//
+//     [{"a": 1}, "b", {"a": 1.0}]  ->  hashes 7, 3, 7  ->  3: "b" | 7: {"a": 1}, {"a": 1.0}
+//
+// A group with more than one element normally holds a duplicate, and the first comparison ends the
+// search. Values made to collide cost n squared again, which the budget bounds.
 #include "jsonschema/Equality.h"
 
 #include <stdint.h>
@@ -15,9 +25,11 @@ namespace {
 
 bool isNumber(json_type type) { return type == json_type_int || type == json_type_double; }
 
-size_t lengthOf(json_object* text) { return static_cast<size_t>(json_object_get_string_len(text)); }
+size_t lengthOf(json_object* string) {
+    return static_cast<size_t>(json_object_get_string_len(string));
+}
 
-bool equalTexts(json_object* a, json_object* b, Budget& budget) {
+bool equalStrings(json_object* a, json_object* b, Budget& budget) {
     size_t const length = lengthOf(a);
     return length == lengthOf(b) && budget.spend(length / 16) &&
            memcmp(json_object_get_string(a), json_object_get_string(b), length) == 0;
@@ -67,6 +79,7 @@ uint64_t hashOfBytes(char const* bytes, size_t length) {
 
 uint64_t hashOf(json_object* value, Budget& budget);
 
+// Adds up the hashes of the members, because their order does not count.
 uint64_t hashOfMembers(json_object* object, Budget& budget) {
     uint64_t hash = 2;
     lh_entry* entry = nullptr;
@@ -112,7 +125,7 @@ struct Hashed {
     json_object* value;
 };
 
-// Elements [first, last) have one hash; in honest data they are equal.
+// Whether the elements [first, last), which have the same hash, all differ.
 bool differ(Hashed const* first, Hashed const* last, Budget& budget) {
     for (Hashed const* a = first; a != last; ++a) {
         for (Hashed const* b = a + 1; b != last; ++b) {
@@ -141,7 +154,7 @@ bool areEqual(json_object* a, json_object* b, Budget& budget) {
     }
     switch (type) {
         case json_type_boolean: return json_object_get_boolean(a) == json_object_get_boolean(b);
-        case json_type_string: return equalTexts(a, b, budget);
+        case json_type_string: return equalStrings(a, b, budget);
         case json_type_array: return equalArrays(a, b, budget);
         case json_type_object: return equalObjects(a, b, budget);
         default: return true;  // null

@@ -1,4 +1,4 @@
-// Whether values are equal as JSON: 1 is 1.0, the order of members does not count.
+// Compares values as JSON: 1 equals 1.0, and the order of members does not count.
 #ifndef JSONSCHEMA_EQUALITY_H
 #define JSONSCHEMA_EQUALITY_H
 
@@ -10,7 +10,7 @@ namespace jsonschema {
 
 bool areEqual(json_object* a, json_object* b, Budget& budget);
 
-// Whether the elements of an array all differ from each other; near-linear in their size.
+// Whether all elements of an array differ from each other. Takes about n log n time.
 bool areUnique(json_object* array, Budget& budget);
 
 }  // namespace jsonschema

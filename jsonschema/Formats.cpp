@@ -1,3 +1,4 @@
+// A test for each format, and the table of them.
 #include "jsonschema/Formats.h"
 
 #include <arpa/inet.h>
@@ -12,23 +13,24 @@ namespace {
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
-bool isAddress(std::string_view text, int family) {
+bool isAddress(std::string_view string, int family) {
     char copy[INET6_ADDRSTRLEN + 1];
     unsigned char address[sizeof(in6_addr)];
-    if (text.size() >= sizeof copy || text.find('\0') != text.npos) {
+    if (string.size() >= sizeof copy || string.find('\0') != string.npos) {
         return false;
     }
-    copy[text.copy(copy, text.size())] = '\0';
+    copy[string.copy(copy, string.size())] = '\0';
     return inet_pton(family, copy, address) == 1;
 }
 
-bool isIpv4(std::string_view text) { return isAddress(text, AF_INET); }
-bool isIpv6(std::string_view text) { return isAddress(text, AF_INET6); }
+bool isIpv4(std::string_view string) { return isAddress(string, AF_INET); }
+bool isIpv6(std::string_view string) { return isAddress(string, AF_INET6); }
 
-// Reads fields of fixed width from the front of a text.
+// Consumes a string from the front, one field of fixed width at a time. Every function is false
+// when the string does not continue like that.
 class Fields {
   public:
-    explicit Fields(std::string_view text) : rest_(text) {}
+    explicit Fields(std::string_view string) : rest_(string) {}
 
     bool number(size_t digits, int& value) {
         value = 0;
@@ -74,7 +76,7 @@ bool takeDate(Fields& fields) {
            day <= daysIn(year, month);
 }
 
-// In minutes.
+// Reads the offset from UTC, in minutes.
 bool takeOffset(Fields& fields, int& offset) {
     int hours = 0;
     int minutes = 0;
@@ -114,23 +116,24 @@ bool takeTime(Fields& fields) {
         !takeOffset(fields, offset) || hour > 23 || minute > 59) {
         return false;
     }
+    // a leap second is the last one of a day in UTC
     int const day = 24 * 60;
     bool const beforeMidnight = (hour * 60 + minute - offset + day) % day == day - 1;
-    return second < 60 || (second == 60 && beforeMidnight);  // a leap second
+    return second < 60 || (second == 60 && beforeMidnight);
 }
 
-bool isDate(std::string_view text) {
-    Fields fields(text);
+bool isDate(std::string_view string) {
+    Fields fields(string);
     return takeDate(fields) && fields.atEnd();
 }
 
-bool isTime(std::string_view text) {
-    Fields fields(text);
+bool isTime(std::string_view string) {
+    Fields fields(string);
     return takeTime(fields) && fields.atEnd();
 }
 
-bool isDateTime(std::string_view text) {
-    Fields fields(text);
+bool isDateTime(std::string_view string) {
+    Fields fields(string);
     return takeDate(fields) && fields.oneOf("tT") && takeTime(fields) && fields.atEnd();
 }
 
@@ -146,19 +149,19 @@ bool isHostLabel(std::string_view label) {
     return true;
 }
 
-bool isHostname(std::string_view text) {
-    if (text.size() > 253) {
+bool isHostname(std::string_view string) {
+    if (string.size() > 253) {
         return false;
     }
     for (;;) {
-        size_t const dot = text.find('.');
-        if (!isHostLabel(text.substr(0, dot))) {
+        size_t const dot = string.find('.');
+        if (!isHostLabel(string.substr(0, dot))) {
             return false;
         }
-        if (dot == text.npos) {
+        if (dot == string.npos) {
             return true;
         }
-        text.remove_prefix(dot + 1);
+        string.remove_prefix(dot + 1);
     }
 }
 
@@ -166,65 +169,65 @@ bool isMailCharacter(char c) {
     return isLetter(c) || isDigit(c) || (c != '\0' && strchr("!#$%&'*+/=?^_`{|}~.-", c) != nullptr);
 }
 
-bool isEmail(std::string_view text) {
-    size_t const at = text.rfind('@');
-    if (at == text.npos || at == 0 || at > 64) {
+bool isEmail(std::string_view string) {
+    size_t const at = string.rfind('@');
+    if (at == string.npos || at == 0 || at > 64) {
         return false;
     }
-    std::string_view const local = text.substr(0, at);
+    std::string_view const local = string.substr(0, at);
     for (char c : local) {
         if (!isMailCharacter(c)) {
             return false;
         }
     }
     return local.front() != '.' && local.back() != '.' && local.find("..") == local.npos &&
-           isHostname(text.substr(at + 1));
+           isHostname(string.substr(at + 1));
 }
 
 bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 
-bool isUriReference(std::string_view text) {
-    for (size_t i = 0; i < text.size(); ++i) {
-        char const c = text[i];
+bool isUriReference(std::string_view string) {
+    for (size_t i = 0; i < string.size(); ++i) {
+        char const c = string[i];
         bool const plain = isLetter(c) || isDigit(c) ||
                            (c != '\0' && strchr("-._~:/?#[]@!$&'()*+,;=", c) != nullptr);
-        bool const escape =
-            c == '%' && i + 2 < text.size() && isHexDigit(text[i + 1]) && isHexDigit(text[i + 2]);
+        bool const escape = c == '%' && i + 2 < string.size() && isHexDigit(string[i + 1]) &&
+                            isHexDigit(string[i + 2]);
         if (!plain && !escape) {
             return false;
         }
     }
-    return text.find('#') == text.rfind('#');
+    return string.find('#') == string.rfind('#');
 }
 
-bool isUri(std::string_view text) {
-    std::string_view const scheme = text.substr(0, text.find(':'));
+bool isUri(std::string_view string) {
+    std::string_view const scheme = string.substr(0, string.find(':'));
     for (char c : scheme) {
         if (!isLetter(c) && !isDigit(c) && c != '+' && c != '-' && c != '.') {
             return false;
         }
     }
-    return !scheme.empty() && scheme.size() < text.size() && isLetter(scheme[0]) &&
-           isUriReference(text);
+    return !scheme.empty() && scheme.size() < string.size() && isLetter(scheme[0]) &&
+           isUriReference(string);
 }
 
-bool isJsonPointer(std::string_view text) {
-    for (size_t at = text.find('~'); at != text.npos; at = text.find('~', at + 1)) {
-        char const next = at + 1 < text.size() ? text[at + 1] : '\0';
+bool isJsonPointer(std::string_view string) {
+    for (size_t at = string.find('~'); at != string.npos; at = string.find('~', at + 1)) {
+        char const next = at + 1 < string.size() ? string[at + 1] : '\0';
         if (next != '0' && next != '1') {
             return false;
         }
     }
-    return text.empty() || text[0] == '/';
+    return string.empty() || string[0] == '/';
 }
 
-bool isRelativeJsonPointer(std::string_view text) {
+bool isRelativeJsonPointer(std::string_view string) {
     size_t digits = 0;
-    while (digits < text.size() && isDigit(text[digits])) {
+    while (digits < string.size() && isDigit(string[digits])) {
         ++digits;
     }
-    std::string_view const rest = text.substr(digits);
-    return digits > 0 && (digits == 1 || text[0] != '0') && (rest == "#" || isJsonPointer(rest));
+    std::string_view const rest = string.substr(digits);
+    return digits > 0 && (digits == 1 || string[0] != '0') && (rest == "#" || isJsonPointer(rest));
 }
 
 struct Format {
@@ -248,16 +251,16 @@ Format const FORMATS[] = {
 
 }  // namespace
 
-bool hasFormat(std::string_view text, std::string_view format, Budget& budget) {
-    if (!budget.spend(10 + text.size() / 8)) {
+bool hasFormat(std::string_view string, std::string_view format, Budget& budget) {
+    if (!budget.spend(10 + string.size() / 8)) {
         return false;
     }
     if (format == "regex") {
-        return Pattern(text, budget).isValid();
+        return Pattern(string, budget).isValid();
     }
     for (Format const& known : FORMATS) {
         if (format == known.name) {
-            return known.test(text);
+            return known.test(string);
         }
     }
     return true;

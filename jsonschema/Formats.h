@@ -1,4 +1,4 @@
-// The formats of texts.
+// The keyword "format": tests strings for dates, addresses, URIs and the like.
 #ifndef JSONSCHEMA_FORMATS_H
 #define JSONSCHEMA_FORMATS_H
 
@@ -8,8 +8,8 @@
 
 namespace jsonschema {
 
-// Whether the text has the format; every text has an unknown one.
-bool hasFormat(std::string_view text, std::string_view format, Budget& budget);
+// Whether `string` has the format called `format`. True for an unknown format.
+bool hasFormat(std::string_view string, std::string_view format, Budget& budget);
 
 }  // namespace jsonschema
 

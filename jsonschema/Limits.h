@@ -1,5 +1,5 @@
-// What one call may use up. Beyond any of these nothing is decided, and the instance is invalid.
-// What they mean to users is in README.md.
+// The limits of one validation call. A call that exceeds one is undecided, and the instance counts
+// as invalid. README.md explains them to users.
 #ifndef JSONSCHEMA_LIMITS_H
 #define JSONSCHEMA_LIMITS_H
 
@@ -9,11 +9,11 @@ namespace jsonschema {
 
 namespace limits {
 
-// Schemas inside schemas and values inside values, one counted on top of the other, references
-// followed included.
+// Nested schemas plus nested values, including the references followed.
 int const DEPTH = 160;
 
-// Steps: about one per keyword applied, member looked up, value compared and part of a pattern tried.
+// Steps: about one for each keyword applied, member looked up, value compared and item of a pattern
+// tried.
 size_t const STEPS = 1000000;
 
 size_t const PATTERN_LENGTH = 4096;    // bytes

@@ -1,3 +1,4 @@
+// Exact arithmetic on the numbers of json-c.
 #include "jsonschema/Number.h"
 
 #include <math.h>
@@ -44,7 +45,7 @@ Number::Number(json_object* value) : isInteger_(json_object_is_type(value, json_
     int64_t const number = json_object_get_int64(value);
     negative_ = number < 0;
     magnitude_ = negative_ ? 0 - static_cast<uint64_t>(number) : static_cast<uint64_t>(number);
-    if (number == INT64_MAX) {  // what an integer past it reads as, too
+    if (number == INT64_MAX) {  // json-c's answer for any larger integer, too
         magnitude_ = json_object_get_uint64(value);
     }
 }
@@ -77,8 +78,8 @@ Number::Order Number::compareWithReal(double real) const {
         return real > 0 ? LESS : GREATER;
     }
     double const whole = trunc(real);
-    Order const order =
-        compareIntegers(whole < 0, static_cast<uint64_t>(fabs(whole)));  // exact: below 2^64
+    Order const order = compareIntegers(
+        whole < 0, static_cast<uint64_t>(fabs(whole)));  // exact, as it is below 2^64
     return order != EQUAL ? order : orderOf(whole, real);
 }
 
@@ -109,6 +110,9 @@ size_t Number::toSize() const {
     return real_ < static_cast<double>(SIZE_MAX) ? static_cast<size_t>(real_) : SIZE_MAX;
 }
 
+// Takes the double apart from its shortest decimal form:
+//
+//     -0.00125  ->  "1.25e-03"  ->  mantissa 125, exponent -3 - 2 = -5
 Number::Decimal Number::absolute() const {
     if (isInteger_) {
         return {magnitude_, 0};
@@ -133,6 +137,11 @@ Number::Decimal Number::absolute() const {
     return decimal;
 }
 
+// With value = v * 10^a and divisor = u * 10^b, both decimals, value / divisor = v / u * 10^(a -
+// b).
+//
+// For a >= b, the remainder of v divided by u is multiplied by ten a - b times, always modulo u,
+// which cannot overflow. For a < b, v must end in b - a zeros, and without them be a multiple of u.
 bool Number::isMultipleOf(Number const& divisor, Budget& budget) const {
     if (!isFinite()) {
         return false;
@@ -153,7 +162,6 @@ bool Number::isMultipleOf(Number const& divisor, Budget& budget) const {
         }
         return rest == 0;
     }
-    // the value's digits must end in as many zeros, before they are divided
     uint64_t digits = value.mantissa;
     for (; shift < 0; ++shift) {
         if (digits % 10 != 0) {

@@ -1,5 +1,5 @@
-// JSON numbers, compared and divided exactly: integers of 64 bits as integers, doubles as the shortest
-// decimal that reads back as the same double (0.1 is one tenth).
+// Compares and divides JSON numbers exactly. A 64-bit integer is an integer. A double stands for
+// the shortest decimal that reads back as the same double (0.1 is one tenth).
 #ifndef JSONSCHEMA_NUMBER_H
 #define JSONSCHEMA_NUMBER_H
 
@@ -20,12 +20,12 @@ class Number {
     bool isFinite() const;
     bool isWhole() const;  // has no fraction
     bool isPositive() const;
-    bool isMultipleOf(Number const& divisor, Budget& budget) const;  // a positive, finite one
+    bool isMultipleOf(Number const& divisor, Budget& budget) const;  // divisor: positive and finite
 
-    // The same for equal numbers, and hardly ever for others.
+    // Equal for equal numbers, and rarely for different ones.
     uint64_t hash() const;
 
-    // Counts are whole and not negative. One that does not fit a size is the largest one.
+    // A count is whole and not negative. toSize returns SIZE_MAX for one that does not fit.
     bool isCount() const;
     size_t toSize() const;
 

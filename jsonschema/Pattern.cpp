@@ -1,3 +1,8 @@
+// Patterns on PCRE2.
+//
+// PCRE2 backtracks, so a short pattern can take very long. Every pattern is therefore compiled with
+// a callout before each item, which charges the budget of the validation call (see Meter). Syntax
+// that cannot be charged that way is refused before compiling (see EcmaSyntax).
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include "jsonschema/Pattern.h"
 
@@ -15,12 +20,12 @@ namespace {
 uint32_t const OPTIONS = PCRE2_UTF | PCRE2_DOLLAR_ENDONLY | PCRE2_ALT_BSUX |
                          PCRE2_ALLOW_EMPTY_CLASS | PCRE2_MATCH_UNSET_BACKREF |
                          PCRE2_NEVER_BACKSLASH_C |
-                         PCRE2_NO_AUTO_POSSESS |  // which recurses over long patterns
-                         PCRE2_AUTO_CALLOUT;      // every part reports each time it is tried
+                         PCRE2_NO_AUTO_POSSESS |  // that optimization recurses on long patterns
+                         PCRE2_AUTO_CALLOUT;      // calls Meter each time an item is tried
 
-// Whether a pattern keeps to the syntax of ECMA 262. What PCRE2 has beyond it (recursion, conditions,
-// verbs, flags, possessive repetition, further escapes) means something else there, and some of it
-// cannot be metered.
+// Tests whether a pattern keeps to the syntax of ECMA 262. What PCRE2 accepts beyond that
+// (recursion, conditions, verbs, flags, possessive repetition, further escapes) has another meaning
+// or none in ECMA 262, and some of it cannot be metered.
 class EcmaSyntax {
   public:
     explicit EcmaSyntax(std::string_view pattern) : rest_(pattern) {}
@@ -81,18 +86,18 @@ class EcmaSyntax {
     bool afterRepetition_ = false;
 };
 
-PCRE2_SPTR bytes(std::string_view text) {
-    return reinterpret_cast<PCRE2_SPTR>(text.empty() ? "" : text.data());
+PCRE2_SPTR bytes(std::string_view string) {
+    return reinterpret_cast<PCRE2_SPTR>(string.empty() ? "" : string.data());
 }
 
-// Charges a match for what it does: for each part of the pattern it tries, for what that part reads of
-// the text, and for the captures that are carried along.
+// Charges a match for its work: for each item of the pattern that is tried, for the characters that
+// the item reads, and for the captures that are copied along.
 class Meter {
   public:
     Meter(std::string_view pattern, size_t frameSize, Budget& budget)
         : pattern_(pattern), frameSize_(frameSize), budget_(budget) {}
 
-    static int onPart(pcre2_callout_block* at, void* meter) {
+    static int onItem(pcre2_callout_block* at, void* meter) {
         return static_cast<Meter*>(meter)->charge(*at) ? 0 : PCRE2_ERROR_CALLOUT;
     }
 
@@ -100,29 +105,32 @@ class Meter {
     static size_t const LONG_CLASS = 64;  // bytes
 
     bool charge(pcre2_callout_block const& at) {
-        std::string_view const part = pattern_.substr(at.pattern_position, at.next_item_length);
+        std::string_view const item = pattern_.substr(at.pattern_position, at.next_item_length);
         size_t const position = at.current_position;
         size_t const taken = position > lastPosition_ ? position - lastPosition_ : 0;
-        size_t const ahead = std::min(at.subject_length - position, readInVain(part));
-        size_t const weight = 1 + part.size() / 16;  // of a long class, for each character
+        size_t const ahead = std::min(at.subject_length - position, readInVain(item));
+        size_t const weight = 1 + item.size() / 16;  // a long class costs that for each character
         size_t const read = taken * lastWeight_ + ahead * weight;
         lastPosition_ = position;
         lastWeight_ = weight;
         return budget_.spend(weight + frameSize_ / 512 + read / 8);
     }
 
-    // What a part has taken shows in the position after it. A counted repetition and a reference back
-    // can read much and then fail, which shows nowhere; and with a long class it shows too late. The
-    // most that they can read so.
-    static size_t readInVain(std::string_view part) {
-        if (part.size() > 1 && part[0] == '\\' && strchr("123456789k", part[1]) != nullptr) {
+    // The most that an item can read before it fails without a trace.
+    //
+    // What an item consumed is normally visible afterwards, in the match position of the next
+    // callout. A counted repetition or a back-reference can read far ahead and then fail, which
+    // leaves no trace; and for a long character class the charge would come too late. So these are
+    // charged in advance.
+    static size_t readInVain(std::string_view item) {
+        if (item.size() > 1 && item[0] == '\\' && strchr("123456789k", item[1]) != nullptr) {
             return SIZE_MAX;
         }
-        if (part.size() > LONG_CLASS && part[0] == '[') {
+        if (item.size() > LONG_CLASS && item[0] == '[') {
             return SIZE_MAX;
         }
-        size_t const count = part.rfind('{');
-        return count != part.npos ? strtoul(part.data() + count + 1, nullptr, 10) : 0;
+        size_t const count = item.rfind('{');
+        return count != item.npos ? strtoul(item.data() + count + 1, nullptr, 10) : 0;
     }
 
     std::string_view pattern_;
@@ -132,7 +140,7 @@ class Meter {
     size_t lastWeight_ = 1;
 };
 
-// Refusals that say nothing about the pattern but that it is too much.
+// Whether a pattern was refused for its size, and not because it is malformed.
 bool isLimit(int error) {
     switch (error) {
         case PCRE2_ERROR_PARENTHESES_NEST_TOO_DEEP:
@@ -165,13 +173,13 @@ typedef std::unique_ptr<pcre2_match_data, Release<pcre2_match_data, pcre2_match_
 
 }  // namespace
 
-Pattern::Pattern(std::string_view text, Budget& budget) : pattern_(text), code_(nullptr) {
+Pattern::Pattern(std::string_view pattern, Budget& budget) : pattern_(pattern), code_(nullptr) {
     CompileContext const context(pcre2_compile_context_create(nullptr));
-    if (!context || text.size() > limits::PATTERN_LENGTH || !budget.spend(50 + text.size())) {
+    if (!context || pattern.size() > limits::PATTERN_LENGTH || !budget.spend(50 + pattern.size())) {
         budget.giveUp();
         return;
     }
-    if (!EcmaSyntax(text).holds()) {
+    if (!EcmaSyntax(pattern).holds()) {
         return;
     }
     pcre2_set_parens_nest_limit(context.get(), limits::PATTERN_NESTING);
@@ -179,12 +187,13 @@ Pattern::Pattern(std::string_view text, Budget& budget) : pattern_(text), code_(
     pcre2_set_compile_extra_options(context.get(), PCRE2_EXTRA_ALT_BSUX);
     int error = 0;
     PCRE2_SIZE position = 0;
-    code_ = pcre2_compile(bytes(text), text.size(), OPTIONS, &error, &position, context.get());
-    bool const isTooMuch = code_ == nullptr ? isLimit(error)
-                                            : infoOf<uint32_t>(code_, PCRE2_INFO_MAXLOOKBEHIND) >
-                                                  limits::PATTERN_LOOKBEHIND;
-    // a short pattern can compile to a long one
-    if (isTooMuch ||
+    code_ =
+        pcre2_compile(bytes(pattern), pattern.size(), OPTIONS, &error, &position, context.get());
+    bool const isTooLarge = code_ == nullptr ? isLimit(error)
+                                             : infoOf<uint32_t>(code_, PCRE2_INFO_MAXLOOKBEHIND) >
+                                                   limits::PATTERN_LOOKBEHIND;
+    // a short pattern can compile to much code: repetitions of groups are copied out
+    if (isTooLarge ||
         (code_ != nullptr && !budget.spend(infoOf<size_t>(code_, PCRE2_INFO_SIZE) / 8))) {
         budget.giveUp();
     }
@@ -192,18 +201,18 @@ Pattern::Pattern(std::string_view text, Budget& budget) : pattern_(text), code_(
 
 Pattern::~Pattern() { pcre2_code_free(code_); }
 
-bool Pattern::matches(std::string_view text, Budget& budget) const {
+bool Pattern::matches(std::string_view string, Budget& budget) const {
     MatchContext const context(pcre2_match_context_create(nullptr));
     MatchData const data(pcre2_match_data_create(1, nullptr));
-    if (!context || !data || !budget.spend(10 + text.size() / 8)) {
+    if (!context || !data || !budget.spend(10 + string.size() / 8)) {
         budget.giveUp();
         return false;
     }
     pcre2_set_heap_limit(context.get(), limits::PATTERN_MEMORY);
     Meter meter(pattern_, infoOf<size_t>(code_, PCRE2_INFO_FRAMESIZE), budget);
-    pcre2_set_callout(context.get(), Meter::onPart, &meter);
+    pcre2_set_callout(context.get(), Meter::onItem, &meter);
     int const result =
-        pcre2_match(code_, bytes(text), text.size(), 0, 0, data.get(), context.get());
+        pcre2_match(code_, bytes(string), string.size(), 0, 0, data.get(), context.get());
     if (result >= 0) {
         return true;
     }

@@ -1,4 +1,4 @@
-// Regular expressions with a bounded effort.
+// Compiles and matches regular expressions with bounded work.
 #ifndef JSONSCHEMA_PATTERN_H
 #define JSONSCHEMA_PATTERN_H
 
@@ -12,18 +12,18 @@ namespace jsonschema {
 
 class Pattern {
   public:
-    // Compiles; see isValid. The text must outlive the pattern. A pattern over the limits leaves
-    // the call undecided.
-    Pattern(std::string_view text, Budget& budget);
+    // Compiles `pattern`, whose characters must outlive the object; see isValid. A pattern that
+    // exceeds the limits makes the call undecided.
+    Pattern(std::string_view pattern, Budget& budget);
     ~Pattern();
     Pattern(Pattern const&) = delete;
     Pattern& operator=(Pattern const&) = delete;
 
     bool isValid() const { return code_ != nullptr; }
 
-    // Whether it matches somewhere in the text. Text that is not UTF-8, and a match that takes more
-    // than is left, leave the call undecided.
-    bool matches(std::string_view text, Budget& budget) const;
+    // Whether the pattern matches somewhere in `string`. A string that is not UTF-8, and a match
+    // that takes more than the budget, make the call undecided.
+    bool matches(std::string_view string, Budget& budget) const;
 
   private:
     std::string_view pattern_;

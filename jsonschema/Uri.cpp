@@ -1,3 +1,4 @@
+// Just enough of URIs and JSON pointers to find one part of a schema from another.
 #include "jsonschema/Uri.h"
 
 #include <stdlib.h>
@@ -9,7 +10,7 @@ namespace jsonschema {
 
 namespace {
 
-// Where the host begins, in "http://host/path"; 0 in a URI without one.
+// The position of the host, in "http://host/path"; 0 in a URI without one.
 size_t afterHostMark(std::string_view uri) {
     size_t const mark = uri.find("://");
     return mark != uri.npos ? mark + 3 : 0;
@@ -21,21 +22,23 @@ int hexDigit(char c) {
     return at != nullptr ? static_cast<int>(at - digits) : -1;
 }
 
-std::string withoutPercents(std::string_view text) {
+std::string percentDecoded(std::string_view string) {
     std::string plain;
-    for (size_t i = 0; i < text.size(); ++i) {
-        bool const isEscape = text[i] == '%' && i + 2 < text.size() && hexDigit(text[i + 1]) >= 0 &&
-                              hexDigit(text[i + 2]) >= 0;
-        plain += isEscape ? static_cast<char>(hexDigit(text[i + 1]) * 16 + hexDigit(text[i + 2]))
-                          : text[i];
+    for (size_t i = 0; i < string.size(); ++i) {
+        bool const isEscape = string[i] == '%' && i + 2 < string.size() &&
+                              hexDigit(string[i + 1]) >= 0 && hexDigit(string[i + 2]) >= 0;
+        plain += isEscape
+                     ? static_cast<char>(hexDigit(string[i + 1]) * 16 + hexDigit(string[i + 2]))
+                     : string[i];
         i += isEscape ? 2 : 0;
     }
     return plain;
 }
 
-// "~1" is a slash and "~0" a tilde, in a text from which the percents are gone.
+// Decodes first the percent escapes of the URI, then those of the pointer: "~1" is a slash, "~0" a
+// tilde.
 std::string decodedToken(std::string_view token) {
-    std::string const escaped = withoutPercents(token);
+    std::string const escaped = percentDecoded(token);
     std::string plain;
     for (size_t i = 0; i < escaped.size(); ++i) {
         char const next = i + 1 < escaped.size() ? escaped[i + 1] : '\0';
@@ -50,7 +53,7 @@ json_object* elementAt(json_object* array, std::string const& token) {
     bool const isIndex = !token.empty() && token.size() < 10 &&
                          token.find_first_not_of("0123456789") == token.npos &&
                          (token == "0" || token[0] != '0');
-    // past the end json-c gives null
+    // json-c returns null for an index past the end
     return isIndex ? json_object_array_get_idx(array, strtoul(token.c_str(), nullptr, 10))
                    : nullptr;
 }
@@ -60,7 +63,7 @@ json_object* childAt(json_object* container, std::string const& token) {
     switch (json_object_get_type(container)) {
         case json_type_array: return elementAt(container, token);
         case json_type_object:
-            if (token.find('\0') == token.npos) {  // no member is named so
+            if (token.find('\0') == token.npos) {  // json-c names end at NUL: none contains one
                 json_object_object_get_ex(container, token.c_str(), &child);
             }
             return child;

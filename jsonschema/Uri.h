@@ -1,4 +1,4 @@
-// References between schemas, as URI text.
+// Resolves the references between schemas: URIs and JSON pointers.
 #ifndef JSONSCHEMA_URI_H
 #define JSONSCHEMA_URI_H
 
@@ -9,20 +9,23 @@
 
 namespace jsonschema {
 
-// The absolute form of `reference` where `base` is in force: a URI with a scheme stands for itself,
-// "#..." keeps the document, "/..." the host, and anything else the folder. "." and ".." are names like
-// others: the documents meant are the ones inside one schema.
+// The absolute form of `reference`, resolved against `base`:
+//
+//     base "http://host/a/b"    "#x" -> "http://host/a/b#x"    "/x"     -> "http://host/x"
+//                               "x"  -> "http://host/a/x"      "urn:x"  -> "urn:x"
+//
+// "." and ".." are ordinary names: all documents are parts of one schema.
 std::string resolveUri(std::string_view base, std::string_view reference);
 
-// A URI cut at its "#".
+// A URI split at its "#". The fragment is empty in a URI without one.
 struct UriParts {
     explicit UriParts(std::string_view uri);
     std::string_view document;
     std::string_view fragment;
 };
 
-// The value a JSON pointer names, written as the fragment of a URI ("/definitions/a~1b%25", empty, or
-// beginning with a slash); null when it leads nowhere.
+// The value in `document` that a JSON pointer names; null when there is none. The pointer is
+// written as the fragment of a URI, "/definitions/a~1b%25": empty, or beginning with a slash.
 json_object* followPointer(json_object* document, std::string_view fragment);
 
 }  // namespace jsonschema
