@@ -17,7 +17,8 @@ install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
 install(EXPORT vobiutilsTargets NAMESPACE vobiutils::
         DESTINATION ${VOBIUTILS_CMAKE_DIR} COMPONENT development)
 
-# A program that links the static libraries also links what they use. The shared ones bring it along.
+# A program that links the static libraries must also link what these use. The shared ones name it
+# themselves.
 if(NOT BUILD_SHARED_LIBS)
     set(PKGCONFIG_LIBS_PRIVATE "-ljsonschema-c ${CMAKE_THREAD_LIBS_INIT}")
 endif()
@@ -33,13 +34,13 @@ install(FILES ${PROJECT_BINARY_DIR}/vobiutilsConfig.cmake
               ${PROJECT_BINARY_DIR}/vobiutilsConfigVersion.cmake
         DESTINATION ${VOBIUTILS_CMAKE_DIR} COMPONENT development)
 
-# Relative to itself, so that the installed tree can be moved.
+# The prefix as seen from the pkg-config file, so that the installed tree can be moved.
 file(RELATIVE_PATH PKGCONFIG_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/vobiutils.pc.in ${PROJECT_BINARY_DIR}/vobiutils.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vobiutils.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-# What scripts/docs.sh has made; the section of the manual pages keeps their common names apart.
+# The output of scripts/docs.sh. The suffix of the manual pages tells them from other pages of their name.
 if(VOBIUTILS_DOCS)
     file(GLOB pages ${VOBIUTILS_DOCS}/man/man3/*.3)
     foreach(page IN LISTS pages)

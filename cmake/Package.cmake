@@ -7,7 +7,7 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_STRIP_FILES ON)
 
-# CMake calls a component after what it is, Debian a package after what is in it.
+# The Debian names of the components.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvobiutils${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)

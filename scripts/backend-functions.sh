@@ -1,6 +1,6 @@
 # shellcheck shell=sh
-# For scripts that run the web back end in a copy of the sample gateway: sourced, from the project's
-# folder.
+# Functions for scripts that run the web back end on a copy of the sample gateway. Source this file in the
+# project's folder.
 
 prepare_gateway() { # FOLDER PORT
     rm -rf "$1"
@@ -14,7 +14,7 @@ set_setting() { # FOLDER NAME VALUE
     sed -i "s|\"$2\": .*|\"$2\": $3,|" "$1/backend.json"
 }
 
-# Runs the back end and waits until it listens. Its process is backend_pid.
+# Starts the back end and waits until it listens. Sets backend_pid.
 start_backend() { # PROGRAM FOLDER
     program=$(realpath "$1")
     backend_folder=$2
@@ -32,7 +32,7 @@ start_backend() { # PROGRAM FOLDER
     done
 }
 
-# Ends it; what it says when it does not end well is shown.
+# Stops the back end, and shows its output if it fails.
 stop_backend() {
     kill "$backend_pid" 2>/dev/null || true
     wait "$backend_pid" || {

@@ -1,8 +1,9 @@
 #!/bin/sh
-# Times the workloads beside the same work by hand and by other libraries: scripts/bench.sh [PATTERN].
-# PATTERN is a regular expression; without one, all workloads run, and the instructions of the path
-# workloads are counted as well. "scripts/bench.sh --count TEXT" only counts, for the workloads whose
-# name holds TEXT: the counts do not depend on what else the machine does.
+# Times the workloads, the same work written by hand, and the same work with other libraries.
+#   scripts/bench.sh                 all workloads, and the instructions of the path workloads
+#   scripts/bench.sh PATTERN         the workloads whose name matches a regular expression
+#   scripts/bench.sh --count NAME    only counts instructions, of the workloads whose name contains NAME;
+#                                    the counts do not depend on the load of the machine
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libbenchmark-dev \
@@ -19,7 +20,7 @@ count() {
     mkdir -p "$counts"
     valgrind --tool=callgrind --callgrind-out-file="$counts/out" "$build/bench/bench" --count "$1" \
         2>/dev/null
-    # each dump tells the workload and variant that it belongs to, for a thousand operations
+    # each dump names its workload and variant, and covers a thousand operations
     find "$counts" -name 'out.*' -print0 | sort -zV | xargs -0 cat | awk '
         /^desc: Trigger: Client Request: / { sub(/^.*Request: /, ""); split($0, name, "|") }
         /^summary: / && name[1] != "" {

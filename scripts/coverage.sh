@@ -1,6 +1,6 @@
 #!/bin/sh
-# Runs the tests on a build that counts, and shows which lines and branches of the libraries they reach,
-# with the lines that they do not. docs/coverage.md says why those are not reached.
+# Measures the test coverage of the libraries, and lists the lines and branches that no test reaches.
+# docs/coverage.md gives the reasons.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \
@@ -12,7 +12,7 @@ cmake -S . -B $build -DCMAKE_BUILD_TYPE=Debug -DVOBIUTILS_BUILD_EXAMPLES=OFF \
     -DCMAKE_EXE_LINKER_FLAGS=-Wl,-u,__gcov_dump >/dev/null  # for tests/support/Support.cpp
 cmake --build $build --parallel "$(nproc)" >/dev/null
 find $build \( -name '*.gcda' -o -name '*CompilerId.gcno' \) -delete
-# some children of the tests become another user, and have counts, too
+# some child processes of the tests change their user, and write counts, too
 chmod -R a+rwX $build
 umask 0
 ctest --test-dir $build --parallel "$(nproc)" >$build/tests.txt || { cat $build/tests.txt; exit 1; }

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the documentation of the public headers below build/docs: html/index.html, and a manual page for
-# each module below man/man3. Fails on anything that is public and has no text.
+# Builds the documentation of the public headers in build/docs: html/index.html, and a manual page for each
+# module in man/man3. Fails on a public declaration without documentation.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh doxygen
@@ -10,13 +10,13 @@ mkdir -p build/docs
 VOBIUTILS_VERSION=$(sed -n 's/^project(vobiutils VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 export VOBIUTILS_VERSION
 doxygen docs/Doxyfile
-if grep -nE '^ +[A-Z][A-Z_0-9]*( = [0-9]+)?,$' include/*.h; then  # of these Doxygen does not ask it
-    echo "enumerators without a text" >&2
+if grep -nE '^ +[A-Z][A-Z_0-9]*( = [0-9]+)?,$' include/*.h; then  # Doxygen does not warn of these
+    echo "enumerators without documentation" >&2
     exit 1
 fi
 
-# A module is a class and what stands beside it in its header: one page for both, with the headings that
-# readers of manual pages look for, and without the note on their making.
+# Doxygen writes one page for a class and one for its header. Merge them, with the usual headings of manual
+# pages and without the note on the generator.
 cd build/docs/man/man3
 rm md_*.3  # the pages in Markdown are for HTML
 for page in *.3; do

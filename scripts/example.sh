@@ -1,7 +1,7 @@
 #!/bin/sh
-# Builds the library and runs the web back end on a copy of the sample gateway: drives one session
-# through it, and shows what happened.
-#   scripts/example.sh --serve    keeps it running, for a browser
+# Builds the library, runs the web back end on a copy of the sample gateway, sends it the requests of one
+# session and shows the answers.
+#   scripts/example.sh --serve    keeps the back end running, for a browser
 #   scripts/example.sh --small    runs the smallest example instead, which has no network code
 set -eu
 cd "$(dirname "$0")/.."
@@ -45,7 +45,7 @@ if [ "${1-}" = --serve ]; then
 fi
 
 token=
-# Asks as the page does, and shows the question and the answer with its status.
+# Sends a request as the page does, and shows it with the answer and its status.
 ask() { # METHOD PATH [BODY]
     printf '\n> %s %s %s\n' "$1" "$2" "${3-}"
     curl --silent --globoff --max-time 10 --request "$1" ${3+--data "$3"} \

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Fuzzes one target for a while: scripts/fuzz.sh TARGET SECONDS. The targets are the folders of
-# tests/fuzz/corpus. What is found is left in the build folder, and makes the command fail.
+# Fuzzes one target: scripts/fuzz.sh TARGET SECONDS. The targets are the folders in tests/fuzz/corpus. An
+# input that crashes is left in the build folder, and the script fails.
 set -eu
 target=$1
 seconds=$2

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs the Debian packages named on the command line that are missing. Asks for nothing.
+# Installs those of the named Debian packages that are missing, without questions.
 set -eu
 missing=""
 for package in "$@"; do

@@ -1,6 +1,7 @@
 #!/bin/sh
-# The web back end under load, over the loopback interface: writers and readers for 30 s, then kills in
-# mid-load. Afterwards every acknowledged write has to be in the data files, and nothing else.
+# Puts load on the web back end over the loopback interface: writers and readers for 30 s, then again with
+# the back end killed meanwhile. Afterwards the data files must contain every acknowledged write, and
+# nothing else.
 #   scripts/load.sh [SECONDS [KILLS]]
 set -eu
 cd "$(dirname "$0")/.."
@@ -43,7 +44,7 @@ for multidb in 0 1; do
 done
 
 for round in $(seq "$kills"); do
-    echo "== kill $round of $kills in mid-load"
+    echo "== kill $round of $kills under load"
     begin 1
     $load run $port 60 $journal >$build/figures.txt &
     load_pid=$!

@@ -1,7 +1,7 @@
 #!/bin/sh
-# Makes the Debian packages, below build/package, and tries them in a root folder of their own: unpacked
-# by dpkg, a program is built with them there and run.
-#   scripts/package.sh --chroot    tries them in a freshly installed Debian instead (as root)
+# Builds the Debian packages in build/package and tests them: unpacks them with dpkg in a root folder of
+# their own, builds a program with them there, and runs it.
+#   scripts/package.sh --chroot    tests them in a freshly installed Debian instead (as root)
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev dpkg-dev

@@ -1,6 +1,6 @@
 #!/bin/sh
-# What the libraries weigh, built for size and stripped, on x86-64 and MIPS, and what the sample
-# gateway's databases take in memory.
+# Prints the size of the libraries, built for size and stripped, on x86-64 and MIPS, and the memory that the
+# databases of the sample gateway take.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev binutils
@@ -13,7 +13,7 @@ build() { # FOLDER OPTION...
     cmake --build "$folder" --parallel "$(nproc)" >/dev/null
 }
 
-weigh() { # MACHINE FOLDER TOOL-PREFIX
+measure() { # MACHINE FOLDER TOOL-PREFIX
     for name in libvobiutils jsonschema/libjsonschema-c; do
         library=$2/$name.so
         stripped=$2/stripped.so
@@ -33,11 +33,11 @@ scripts/cross.sh mips -- cmake --preset mips -B $build_mips -DCMAKE_BUILD_WITH_I
     -DVOBIUTILS_BUILD_TESTS=OFF -DVOBIUTILS_BUILD_EXAMPLES=OFF >/dev/null
 scripts/cross.sh mips -- cmake --build $build_mips --parallel "$(nproc)" >/dev/null
 
-weigh x86-64 $native ""
-weigh MIPS $build_mips mips-linux-gnu-
+measure x86-64 $native ""
+measure MIPS $build_mips mips-linux-gnu-
 
 echo
-echo "The exported functions and tables that take most, on MIPS:"
+echo "The largest exported functions and tables, on MIPS:"
 mips-linux-gnu-nm -CS --defined-only --size-sort -r -D $build_mips/libvobiutils.so | head -10 |
     while read -r _ size _ name; do printf '%6d %s\n' "0x$size" "$name"; done
 
