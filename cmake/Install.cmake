@@ -40,7 +40,8 @@ configure_file(cmake/vobiutils.pc.in ${PROJECT_BINARY_DIR}/vobiutils.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vobiutils.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-# The output of scripts/docs.sh. The suffix of the manual pages tells them from other pages of their name.
+# The output of scripts/docs.sh. The suffix of the manual pages tells them from other pages of their
+# name.
 if(VOBIUTILS_DOCS)
     file(GLOB pages ${VOBIUTILS_DOCS}/man/man3/*.3)
     foreach(page IN LISTS pages)

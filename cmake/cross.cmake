@@ -1,5 +1,6 @@
-# Toolchain file for another machine, with Debian's cross compiler. scripts/cross.sh sets the environment
-# variables that are read here; VOBIUTILS_RUN is the command that runs the target's programs.
+# Toolchain file for another machine, with Debian's cross compiler. scripts/cross.sh sets the
+# environment variables that are read here; VOBIUTILS_RUN is the command that runs the target's
+# programs.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR $ENV{VOBIUTILS_MACHINE})
 set(CMAKE_C_COMPILER $ENV{VOBIUTILS_TARGET}-gcc)

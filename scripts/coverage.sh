@@ -1,6 +1,6 @@
 #!/bin/sh
-# Measures the test coverage of the libraries, and lists the lines and branches that no test reaches.
-# docs/coverage.md gives the reasons.
+# Measures the test coverage of the libraries, and lists the lines and branches that no test
+# reaches. docs/coverage.md gives the reasons.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the documentation of the public headers in build/docs: html/index.html, and a manual page for each
-# module in man/man3. Fails on a public declaration without documentation.
+# Builds the documentation of the public headers in build/docs: html/index.html, and a manual page
+# for each module in man/man3. Fails on a public declaration without documentation.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh doxygen
@@ -15,8 +15,8 @@ if grep -nE '^ +[A-Z][A-Z_0-9]*( = [0-9]+)?,$' include/*.h; then  # Doxygen does
     exit 1
 fi
 
-# Doxygen writes one page for a class and one for its header. Merge them, with the usual headings of manual
-# pages and without the note on the generator.
+# Doxygen writes one page for a class and one for its header. Merge them, with the usual headings of
+# manual pages and without the note on the generator.
 cd build/docs/man/man3
 rm md_*.3  # the pages in Markdown are for HTML
 for page in *.3; do

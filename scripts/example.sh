@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the library, runs the web back end on a copy of the sample gateway, sends it the requests of one
-# session and shows the answers.
+# Builds the library, runs the web back end on a copy of the sample gateway, sends it the requests
+# of one session and shows the answers.
 #   scripts/example.sh --serve    keeps the back end running, for a browser
 #   scripts/example.sh --small    runs the smallest example instead, which has no network code
 set -eu

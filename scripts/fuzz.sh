@@ -1,6 +1,6 @@
 #!/bin/sh
-# Fuzzes one target: scripts/fuzz.sh TARGET SECONDS. The targets are the folders in tests/fuzz/corpus. An
-# input that crashes is left in the build folder, and the script fails.
+# Fuzzes one target: scripts/fuzz.sh TARGET SECONDS. The targets are the folders in
+# tests/fuzz/corpus. An input that crashes is left in the build folder, and the script fails.
 set -eu
 target=$1
 seconds=$2

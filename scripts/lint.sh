@@ -1,6 +1,6 @@
 #!/bin/sh
-# Checks every C++ file with clang-format, clang-tidy and cppcheck, and the scripts with shellcheck. Changes
-# nothing: run "clang-format -i FILE" to format a file.
+# Checks every C++ file with clang-format, clang-tidy and cppcheck, and the scripts with shellcheck.
+# Changes nothing: run "clang-format -i FILE" to format a file.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \
@@ -21,8 +21,8 @@ echo "== shellcheck"
 shellcheck --external-sources $(git ls-files '*.sh') .ci/run
 
 echo "== cppcheck"
-# suppressed: C++20 that it misparses, a buffer that is filled on use, a member that is initialized in two
-# steps, a test that uses up all memory
+# suppressed: C++20 that it misparses, a buffer that is filled on use, a member that is initialized
+# in two steps, a test that uses up all memory
 cppcheck --project=$build/compile_commands.json --quiet --error-exitcode=1 --inline-suppr \
     --enable=warning,performance,portability --library=googletest -j "$(nproc)" \
     --suppress=internalAstError --suppress=useInitializationList --suppress=uninitMemberVar \

@@ -1,7 +1,7 @@
 #!/bin/sh
-# Puts load on the web back end over the loopback interface: writers and readers for 30 s, then again with
-# the back end killed meanwhile. Afterwards the data files must contain every acknowledged write, and
-# nothing else.
+# Puts load on the web back end over the loopback interface: writers and readers for 30 s, then
+# again with the back end killed meanwhile. Afterwards the data files must contain every
+# acknowledged write, and nothing else.
 #   scripts/load.sh [SECONDS [KILLS]]
 set -eu
 cd "$(dirname "$0")/.."

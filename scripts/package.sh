@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the Debian packages in build/package and tests them: unpacks them with dpkg in a root folder of
-# their own, builds a program with them there, and runs it.
+# Builds the Debian packages in build/package and tests them: unpacks them with dpkg in a root
+# folder of their own, builds a program with them there, and runs it.
 #   scripts/package.sh --chroot    tests them in a freshly installed Debian instead (as root)
 set -eu
 cd "$(dirname "$0")/.."

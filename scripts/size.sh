@@ -1,6 +1,6 @@
 #!/bin/sh
-# Prints the size of the libraries, built for size and stripped, on x86-64 and MIPS, and the memory that the
-# databases of the sample gateway take.
+# Prints the size of the libraries, built for size and stripped, on x86-64 and MIPS, and the memory
+# that the databases of the sample gateway take.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev binutils
