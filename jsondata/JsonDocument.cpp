@@ -1,11 +1,14 @@
-// Documents to text and files; copies and dumps.
+// Documents from and to text and files; copies and dumps.
 #include <stdio.h>
 #include <string.h>
+#include <sys/stat.h>
 
 #include "JsonData.h"
 #include "TreeMapObject.h"
+#include "jsondata/files/JsonFile.h"
 #include "jsondata/files/JsonSave.h"
 #include "logging/Log.h"
+#include "treemap/NewHandle.h"
 
 using namespace vobiutils;
 
@@ -27,6 +30,19 @@ bool namesWholeValue(char const* path) {
 }
 
 }  // namespace
+
+TreeMapObject* JsonData::createObject(char const* text) {
+    json_object* const document = text != nullptr ? json_tokener_parse(text) : nullptr;
+    return document != nullptr ? newOwningHandle(document) : nullptr;
+}
+
+TreeMapObject* JsonData::createObjectFromFile(char const* file) {
+    struct stat status;
+    if (file == nullptr || stat(file, &status) != 0) {
+        return nullptr;
+    }
+    return newOwningHandle(readJsonFile(file));  // intended: also when that reads nothing
+}
 
 char const* JsonData::getJson(TreeMapObject* obj) {
     if (obj == nullptr || obj->error != 0 || obj->jobj == nullptr) {

@@ -1,12 +1,15 @@
 // Search by value: the walk over a document, and what find makes of its hits.
 #include <string.h>
 
+#include <memory>
+#include <new>
+
 #include "JsonData.h"
 #include "TreeMapObject.h"
 #include "jsondata/JsonMember.h"
 #include "jsondata/JsonRef.h"
 #include "logging/Log.h"
-#include "treemap/NewHandles.h"
+#include "treemap/NewHandle.h"
 #include "treemap/ValueTraits.h"
 
 using namespace vobiutils;
@@ -87,8 +90,21 @@ bool Search::matches(char const* name, json_object* member) {
            JsonData::compareObjVal(value_, type_, member, json_object_get_type(member));
 }
 
+// Appends a new handle with a reference of its own on `node`. False, with nothing appended, when out
+// of memory.
+bool append(Hits& hits, json_object* node) {
+    try {
+        std::unique_ptr<TreeMapObject> handle(newOwningHandle(json_object_get(node)));
+        hits.push_back(handle.get());
+        handle.release();
+        return true;
+    } catch (std::bad_alloc const&) {
+        return false;
+    }
+}
+
 bool Search::add(json_object* object) {
-    bool const added = appendHandle(hits_, object);
+    bool const added = append(hits_, object);
     complete_ = complete_ && added;
     return added;
 }

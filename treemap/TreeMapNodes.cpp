@@ -1,0 +1,88 @@
+// A handle's node and the nodes under it: storing, removing and dumping them by path, and the new
+// handles on them.
+#include <stdlib.h>
+
+#include "JsonData.h"
+#include "TreeMapObject.h"
+#include "jsondata/JsonLookup.h"
+#include "jsondata/JsonMember.h"
+#include "logging/Log.h"
+#include "treemap/KeyName.h"
+#include "treemap/NewHandle.h"
+
+using namespace vobiutils;
+
+void TreeMapObject::del(char const* path) {
+    Lookup const found = lookUp(jobj, path);
+    if (found.value != nullptr && found.outcome == Lookup::ENDED) {
+        deleteMember(found.parent, found.last);
+    }
+}
+
+void TreeMapObject::set(char const* path, TreeMapObject* obj) {
+    UTIL_DEBUG("TreeMapObject::set: %s %p\n", printable(path), static_cast<void*>(obj));
+    if (obj == nullptr) {
+        UTIL_ERROR("TreeMapObject::set: obj=null\n");
+        return;
+    }
+    json_object* parent = nullptr;
+    char const* key = nullptr;
+    if (JsonData::setJObj(jobj, path, obj->jobj, parent, key) != 0) {
+        UTIL_ERROR("TreeMapObject::set: fail to set object value to %s\n", printable(path));
+    }
+    if (parent != nullptr && key != nullptr) {
+        setKeyName(*this, key);  // intended: this handle is named, not the stored one
+        free(const_cast<char*>(key));
+    }
+}
+
+TreeMapObject* TreeMapObject::get(char const* path) {
+    Lookup const found = lookUp(jobj, path);
+    if (found.value == nullptr) {
+        return nullptr;
+    }
+    TreeMapObject* const node = new TreeMapObject(found.value);
+    if (found.outcome == Lookup::ROOT) {
+        json_object_get(found.value);  // a second owner, so that either may go first
+        return node;
+    }
+    node->jobj_parent = found.parent;
+    setKeyName(*node, found.last.text());
+    return node;
+}
+
+int TreeMapObject::dump(char const* path) {
+    UTIL_INFO("Dump object content:\n");
+    return JsonData::dumpObject(this, path);
+}
+
+int TreeMapObject::len() {
+    array_list const* const elements = json_object_get_array(jobj);  // null unless it is an array
+    return elements != nullptr ? static_cast<int>(elements->length) : -1;
+}
+
+TreeMapObject* TreeMapObject::clone(char const* path) {
+    json_object* const source = path == nullptr ? jobj : JsonData::getJObj(jobj, path);
+    if (source == nullptr) {
+        UTIL_ERROR("%s: fail to get object by path\n", "clone");
+        return nullptr;
+    }
+    json_object* const copy = JsonData::cloneObject(source);
+    if (copy == nullptr) {
+        UTIL_ERROR("%s: fail to clone object\n", "clone");
+        return nullptr;
+    }
+    return newOwningHandle(copy);
+}
+
+TreeMapObject* TreeMapObject::at(unsigned int index) {
+    array_list const* const elements = json_object_get_array(jobj);  // null unless it is an array
+    if (elements == nullptr || index >= elements->length) {
+        return nullptr;
+    }
+    TreeMapObject* const element =
+        new TreeMapObject(static_cast<json_object*>(elements->array[index]));
+    element->jobj_parent = jobj;
+    setElementName(*element, index);
+    return element;
+}
