@@ -5,6 +5,7 @@
 
 #include "JsonData.h"
 #include "jsondata/JsonAssign.h"
+#include "jsondata/JsonElement.h"
 #include "jsondata/JsonMember.h"
 #include "jsondata/JsonPath.h"
 #include "jsondata/JsonRef.h"
@@ -41,9 +42,8 @@ class Assignment {
     Outcome take(PathCursor const& at);
 
     Outcome setMember(PathToken key);
-    bool replaceMember(lh_entry* member);
     Outcome enterMember(PathToken key);
-    Outcome createMember(PathToken key, unsigned long hash);
+    Outcome createMember(PathToken key);
 
     Outcome takeIndex(PathCursor const& at);
     bool becomeArray();
@@ -70,7 +70,7 @@ class Assignment {
 };
 
 bool Assignment::run(char const* path) {
-    if (json_object_is_type(container_, json_type_array) && *path != '[') {
+    if (*path != '[' && isArray(container_)) {
         path = appendToRootArray(path);
     }
     if (walk(path) != DONE) {
@@ -119,9 +119,7 @@ Assignment::Outcome Assignment::setMember(PathToken key) {
     UTIL_DEBUG_IF(debug_, "%s: set jval to current object jcrr=%p jval=%p %.*s.%.*s\n", SET_JOBJ,
                   static_cast<void*>(container_), static_cast<void*>(reference_.get()),
                   TOKEN_ARGS(previous_), TOKEN_ARGS(key));
-    MemberPlace const place = findMember(container_, key);
-    if (place.entry != nullptr ? !replaceMember(place.entry)
-                               : !addMember(container_, key, place.hash, reference_.get())) {
+    if (!putMember(container_, key, reference_.get(), replaced_)) {
         UTIL_ERROR("%s: fail to add jval '%.*s' to jcrr=%p jprt=%p\n", SET_JOBJ, TOKEN_ARGS(key),
                    static_cast<void*>(container_), static_cast<void*>(parent_));
         return REFUSED;
@@ -129,34 +127,24 @@ Assignment::Outcome Assignment::setMember(PathToken key) {
     return DONE;
 }
 
-// False for an object that would become its own member.
-bool Assignment::replaceMember(lh_entry* member) {
-    if (reference_.get() == container_) {
-        return false;
-    }
-    replaced_.reset(valueOf(member));
-    lh_entry_set_val(member, reference_.get());
-    return true;
-}
-
 // intended: an existing member is entered whatever its type; the next step finds out.
 Assignment::Outcome Assignment::enterMember(PathToken key) {
-    MemberPlace const place = findMember(container_, key);
-    isNew_ = place.entry == nullptr;
+    std::optional<json_object*> const child = findMember(container_, key);
+    isNew_ = !child;
     UTIL_DEBUG_IF(debug_, "%s: get child object at '%.*s.%.*s' isNew=%s\n", SET_JOBJ,
                   TOKEN_ARGS(previous_), TOKEN_ARGS(key), word(isNew_));
     if (isNew_) {
-        return createMember(key, place.hash);
+        return createMember(key);
     }
-    enter(valueOf(place.entry));
+    enter(*child);
     return CONTINUE;
 }
 
-Assignment::Outcome Assignment::createMember(PathToken key, unsigned long hash) {
+Assignment::Outcome Assignment::createMember(PathToken key) {
     UTIL_DEBUG_IF(debug_, "%s: create new empty jchl to current object %.*s.%.*s\n", SET_JOBJ,
                   TOKEN_ARGS(previous_), TOKEN_ARGS(key));
     JsonRef child(json_object_new_object());
-    if (!child || !addMember(container_, key, hash, child.get())) {
+    if (!child || !addMember(container_, key, child.get())) {
         UTIL_ERROR("%s: fail to add new object '%.*s'\n", SET_JOBJ, TOKEN_ARGS(key));
         return REFUSED;
     }
@@ -175,7 +163,7 @@ Assignment::Outcome Assignment::takeIndex(PathCursor const& at) {
     if (!becomeArray()) {
         return REFUSED;
     }
-    if (index >= json_object_get_array(container_)->length) {
+    if (index >= json_object_array_length(container_)) {
         return appendElement(index, token, at.isLast());
     }
     return at.isLast() ? replaceElement(index, token) : enterElement(index, token);
@@ -220,14 +208,15 @@ bool Assignment::replaceContainer(json_object* replacement) {
         size_t const last = json_object_array_length(parent_) - 1;
         return json_object_array_put_idx(parent_, last, replacement) == 0;
     }
-    return putMember(parent_, previous_, replacement);
+    JsonRef former(nullptr);
+    return putMember(parent_, previous_, replacement, former);
 }
 
 Assignment::Outcome Assignment::replaceElement(unsigned int index, PathToken token) {
     int const number = static_cast<int>(index);
     UTIL_DEBUG_IF(debug_, "%s: replace array element at idx=%d '%.*s.%.*s'\n", SET_JOBJ, number,
                   TOKEN_ARGS(previous_), TOKEN_ARGS(token));
-    replaced_.keep(json_object_array_get_idx(container_, index));
+    replaced_.reset(json_object_get(json_object_array_get_idx(container_, index)));
     if (json_object_array_put_idx(container_, index, reference_.get()) != 0) {
         UTIL_ERROR("%s: fail to replace array element %d %.*s.%.*s\n", SET_JOBJ, number,
                    TOKEN_ARGS(previous_), TOKEN_ARGS(token));

@@ -1,11 +1,14 @@
-// Reading by path: lookUp walks, getJObj hands out.
+// Lookup by path. lookUp does the walk; the two JsonData::getJObj adapt its result to their
+// out-parameters.
 #include "jsondata/JsonLookup.h"
 
 #include <string.h>
 
 #include <new>
+#include <optional>
 
 #include "JsonData.h"
+#include "jsondata/JsonElement.h"
 #include "jsondata/JsonMember.h"
 #include "logging/Log.h"
 
@@ -13,103 +16,115 @@ using namespace vobiutils;
 
 namespace {
 
-// What the level DEBUG tells of a walk. Whether it is on is asked once, and then costs a null test.
+// The DEBUG lines of a walk. Whether they are enabled is checked once, in the constructor, so that each
+// step of a walk without them costs one test.
 class Trace {
   public:
     explicit Trace(char const* path)
-        : path_(enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL) ? path : nullptr) {}
+        : enabled_(enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL)), path_(path) {}
 
     void parse(PathCursor const& at) const {
-        UTIL_DEBUG_IF(path_ != nullptr, "%s: Parse: idx=%d key=%.*s isEnd=%s\n", "getJObj",
-                      at.index(), TOKEN_ARGS(at.token()), at.isLast() ? "true" : "false");
+        UTIL_DEBUG_IF(enabled_, "%s: Parse: idx=%d key=%.*s isEnd=%s\n", "getJObj", at.index(),
+                      TOKEN_ARGS(at.token()), at.isLast() ? "true" : "false");
     }
     void member(PathCursor const& at) const {
-        UTIL_DEBUG_IF(path_ != nullptr && at.isLast(), "%s: found the object %.*s\n", "getJObj",
+        UTIL_DEBUG_IF(enabled_ && at.isLast(), "%s: found the object %.*s\n", "getJObj",
                       TOKEN_ARGS(at.token()));
-        UTIL_DEBUG_IF(path_ != nullptr && !at.isLast(), "%s: continue search next key\n",
-                      "getJObj");
+        UTIL_DEBUG_IF(enabled_ && !at.isLast(), "%s: continue search next key\n", "getJObj");
     }
     void strayed() const {
-        UTIL_DEBUG_IF(path_ != nullptr, "%s: cannot found the object %s\n", "getJObj", path_);
+        UTIL_DEBUG_IF(enabled_, "%s: cannot found the object %s\n", "getJObj", path_);
     }
 
   private:
-    char const* path_;
+    bool const enabled_;
+    char const* const path_;
 };
 
-// The steps: false when the token leads nowhere. A member can be found and be null: JSON null.
-bool toMember(json_object* container, PathCursor const& at, Trace trace, json_object*& value) {
-    lh_entry const* const member = findMember(container, at.token()).entry;
-    if (member == nullptr) {
-        return false;
+void reportNoElement(json_object* array, unsigned int index) {
+    int const number = static_cast<int>(index);
+    int const length = static_cast<int>(json_object_array_length(array));
+    if (index >= json_object_array_length(array)) {
+        UTIL_ERROR("Request wrong index num=%d len=%d!\n", number, length);
+    } else {
+        UTIL_ERROR("Cannot get array index num=%d len=%d!\n", number, length);
     }
-    trace.member(at);
-    value = valueOf(member);
-    return true;
 }
 
-bool toElement(json_object* container, PathToken token, json_object*& value) {
+// One step each: the value that the token leads to, or nothing. A member may be JSON null, and its
+// value then a null pointer; an element that is JSON null counts as missing.
+std::optional<json_object*> toMember(json_object* container, PathCursor const& at,
+                                     Trace const& trace) {
+    std::optional<json_object*> const value = findMember(container, at.token());
+    if (value) {
+        trace.member(at);
+    }
+    return value;
+}
+
+std::optional<json_object*> toElement(json_object* container, PathToken token) {
     int64_t const number = indexOf(token);
     if (number < 0) {
         UTIL_ERROR("Wrong array index %.*s - size:%d\n", TOKEN_ARGS(token),
                    static_cast<int>(token.text().size()));
-        return false;
+        return std::nullopt;
     }
-    unsigned int const index = static_cast<unsigned int>(number);
-    array_list const* const elements = json_object_get_array(container);  // null unless an array
-    if (elements == nullptr) {
+    if (!isArray(container)) {
         UTIL_ERROR("Object is not array '%s'!\n",
                    json_type_to_name(json_object_get_type(container)));
-        return false;
+        return std::nullopt;
     }
-    int const length = static_cast<int>(elements->length);
-    if (index >= elements->length) {
-        UTIL_ERROR("Request wrong index num=%d len=%d!\n", static_cast<int>(index), length);
-        return false;
-    }
-    value = static_cast<json_object*>(elements->array[index]);
+    unsigned int const index = static_cast<unsigned int>(number);
+    json_object* const value = json_object_array_get_idx(container, index);
     if (value == nullptr) {
-        UTIL_ERROR("Cannot get array index num=%d len=%d!\n", static_cast<int>(index), length);
-        return false;
+        reportNoElement(container, index);
+        return std::nullopt;
     }
-    return true;
+    return value;
 }
 
-bool take(json_object* container, PathCursor const& at, Trace trace, json_object*& value) {
+std::optional<json_object*> step(json_object* container, PathCursor const& at, Trace const& trace) {
     trace.parse(at);
-    value = nullptr;
-    return at.token().isIndex() ? toElement(container, at.token(), value)
-                                : toMember(container, at, trace, value);
+    return at.token().isIndex() ? toElement(container, at.token()) : toMember(container, at, trace);
 }
 
-// The path is not empty.
+// For a path that is not empty. The walk ends at the first step that leads nowhere, or at the last token:
+//
+//   {"lan": {"mtu": 1500}}     value   parent       last
+//   "lan.mtu"                  1500    the lan      "mtu"
+//   "lan.vlan"                 null    the root     "vlan"
+//   "lan.vlan.id"              null    the root     "vlan", outcome STRAYED
+//
+// intended: `parent` is the container of the last token that was found, so a last token that is not
+// there leaves it one level above the container that was searched.
 Lookup walk(json_object* root, char const* path) {
     Trace const trace(path);
     json_object* parent = root;
     json_object* container = root;
-    json_object* value = nullptr;
+    std::optional<json_object*> value;
     PathCursor at(path);
-    while (take(container, at, trace, value)) {
-        parent = container;
-        if (at.isLast()) {
+    for (;;) {
+        value = step(container, at, trace);
+        if (value) {
+            parent = container;
+        }
+        if (!value || at.isLast()) {
             break;
         }
-        container = value;
+        container = *value;
         at.advance();
     }
-    bool const ended = at.isLast();
-    if (!ended) {
+    if (!at.isLast()) {
         trace.strayed();
     }
-    // said for every walk, whatever it found: a flag test in a build for size, too
-    if (enabled(LOG_TYPE_INFO, LOG_GROUP_UTIL)) {
-        UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(parent),
-                  TOKEN_ARGS(at.token()));
-    }
-    return {ended ? Lookup::ENDED : Lookup::STRAYED, value, parent, at.token()};
+    UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(parent),
+              TOKEN_ARGS(at.token()));
+    return {at.isLast() ? Lookup::ENDED : Lookup::STRAYED, value.value_or(nullptr), parent,
+            at.token()};
 }
 
-// Null for an empty token, and without memory. The caller of the library releases it with delete[].
+// A copy for the caller of the library, who releases it with delete[]. Null for an empty token, and
+// when out of memory.
 char const* copyOf(PathToken token) {
     size_t const length = token.text().size();
     if (length == 0) {

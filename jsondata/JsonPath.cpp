@@ -1,84 +1,50 @@
+// Index numbers and copies of tokens.
 #include "jsondata/JsonPath.h"
 
+#include <limits.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
+#include <charconv>
+#include <system_error>
+
 namespace vobiutils {
 
 namespace {
 
-// Takes a text apart from its front.
-class Scanner {
-  public:
-    explicit Scanner(std::string_view text) : rest_(text) {}
+// White space of the "C" locale, whatever locale is set.
+bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
-    bool atEnd() const { return rest_.empty(); }
-
-    void skipSpace() {
-        while (!rest_.empty() && isSpace(rest_.front())) {
-            rest_.remove_prefix(1);
-        }
+// Reads a number as `stream >> number >> std::ws` would, from a stream that holds [begin, end).
+unsigned int extract(char const* begin, char const* end) {
+    char const* at = std::find_if_not(begin, end, isSpace);
+    bool const isBlank = at == end;
+    bool const isNegative = !isBlank && *at == '-';
+    if (isNegative || (!isBlank && *at == '+')) {
+        ++at;
     }
-
-    // True for a minus sign.
-    bool takeSign() {
-        char const sign = rest_.empty() ? '\0' : rest_.front();
-        if (sign == '-' || sign == '+') {
-            rest_.remove_prefix(1);
-        }
-        return sign == '-';
+    unsigned int number = 0;
+    auto const [rest, error] = std::from_chars(at, end, number);
+    // a stream that failed skips no more white space
+    at = error == std::errc() ? std::find_if_not(rest, end, isSpace) : rest;
+    if (isBlank || at != end) {
+        printf("EXCEPTION: BE_StrTo: something unexpected happened");
     }
-
-    struct Digits {
-        bool any = false;
-        bool tooLarge = false;
-        uint32_t value = 0;
-    };
-
-    Digits takeDigits() {
-        Digits digits;
-        for (; !rest_.empty() && rest_.front() >= '0' && rest_.front() <= '9';
-             rest_.remove_prefix(1)) {
-            uint64_t const next =
-                uint64_t{digits.value} * 10U + static_cast<unsigned int>(rest_.front() - '0');
-            digits.any = true;
-            digits.tooLarge = digits.tooLarge || next > UINT32_MAX;
-            digits.value = static_cast<uint32_t>(next);
-        }
-        return digits;
+    if (error == std::errc::result_out_of_range) {
+        return UINT_MAX;
     }
-
-  private:
-    static bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
-    std::string_view rest_;
-};
+    return isNegative ? 0U - number : number;
+}
 
 }  // namespace
 
-unsigned int BE_StrTo(std::string_view text) {
-    Scanner scanner(text);
-    scanner.skipSpace();
-    bool const blank = scanner.atEnd();
-    bool const negative = scanner.takeSign();
-    Scanner::Digits const digits = scanner.takeDigits();
-    if (digits.any && !digits.tooLarge) {
-        scanner.skipSpace();  // a stream that failed skips nothing more
-    }
-    if (blank || !scanner.atEnd()) {
-        printf("EXCEPTION: BE_StrTo: something unexpected happened");
-    }
-    if (digits.tooLarge) {
-        return UINT32_MAX;
-    }
-    return negative ? 0U - digits.value : digits.value;
-}
-
-int64_t indexFromText(PathToken token) {
-    std::string_view const text = token.text();
-    return text.size() < 3 ? -1 : int64_t{BE_StrTo(text.substr(1, text.size() - 2))};
+int64_t extractIndex(PathToken token) {
+    size_t const brackets = 2;
+    return token.text().size() > brackets ? int64_t{extract(token.start() + 1, token.end() - 1)}
+                                          : -1;
 }
 
 char* duplicate(PathToken token) {

@@ -20,9 +20,6 @@ class JsonRef {
     json_object* get() const noexcept { return object_; }
     explicit operator bool() const noexcept { return object_ != nullptr; }
 
-    // Takes a further reference, in place of the one held.
-    void keep(json_object* object) noexcept { reset(json_object_get(object)); }
-
     // Takes over a reference that the caller holds, in place of the one held.
     void reset(json_object* owned) noexcept {
         release(object_);

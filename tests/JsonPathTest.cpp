@@ -35,9 +35,8 @@ std::vector<Number> converted(std::vector<std::string> const& texts) {
     for (std::string const& text : texts) {
         Number number = {0, false};
         std::string const path = "[" + text + "].x";
-        char const* const dot = path.c_str() + text.size() + 2;
         std::string const said = printed([&] {
-            number.value = static_cast<unsigned int>(indexOf(PathToken(path.c_str(), dot)));
+            number.value = static_cast<unsigned int>(indexOf(PathCursor(path.c_str()).token()));
         });
         EXPECT_TRUE(said.empty() || said == "EXCEPTION: BE_StrTo: something unexpected happened");
         number.complaint = !said.empty();

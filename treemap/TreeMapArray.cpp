@@ -60,12 +60,15 @@ bool copyElements(json_object* from, unsigned int omitted, json_object* to) {
     return true;
 }
 
-// Puts another array in the place of the handle's: in its parent, or as what the handle owns. False
-// when the parent is no object: an element of an array has no member name to be replaced under.
+// Puts another array in the place of the handle's: in its parent under the handle's key, or as what the
+// handle owns. False when the parent is not an object: in an array, the array has no member name to be
+// replaced under.
 bool replaceArray(TreeMapObject& handle, JsonRef& replacement) {
+    JsonRef replaced(nullptr);
     if (handle.jobj_parent == nullptr) {
-        json_object_put(handle.jobj);
-    } else if (!putMember(handle.jobj_parent, PathToken(KeyName(handle).text), replacement.get())) {
+        replaced.reset(handle.jobj);
+    } else if (KeyName const key(handle);
+               !putMember(handle.jobj_parent, PathToken(key.text), replacement.get(), replaced)) {
         return false;
     }
     handle.jobj = replacement.release();

@@ -6,7 +6,6 @@
 
 #include "JsonData.h"
 #include "TreeMapObject.h"
-#include "jsondata/JsonMember.h"
 #include "jsondata/JsonRef.h"
 #include "logging/Log.h"
 #include "treemap/NewHandle.h"
@@ -56,12 +55,11 @@ int Search::in(json_object* container) {
 int Search::inObject(json_object* object) {
     int count = 0;
     bool matched = false;
-    lh_entry* entry = nullptr;
-    lh_foreach(json_object_get_object(object), entry) {
-        json_object* const member = valueOf(entry);
-        if (isContainer(member)) {
-            count += in(member);
-        } else if (!matched && matches(static_cast<char const*>(lh_entry_k(entry)), member)) {
+    json_object_iter member = {};
+    json_object_object_foreachC(object, member) {
+        if (isContainer(member.val)) {
+            count += in(member.val);
+        } else if (!matched && matches(member.key, member.val)) {
             matched = true;
             count += add(object) ? 1 : 0;
         }

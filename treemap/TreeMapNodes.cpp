@@ -2,8 +2,11 @@
 // handles on them.
 #include <stdlib.h>
 
+#include <optional>
+
 #include "JsonData.h"
 #include "TreeMapObject.h"
+#include "jsondata/JsonElement.h"
 #include "jsondata/JsonLookup.h"
 #include "jsondata/JsonMember.h"
 #include "logging/Log.h"
@@ -57,8 +60,8 @@ int TreeMapObject::dump(char const* path) {
 }
 
 int TreeMapObject::len() {
-    array_list const* const elements = json_object_get_array(jobj);  // null unless it is an array
-    return elements != nullptr ? static_cast<int>(elements->length) : -1;
+    std::optional<size_t> const count = elementCount(jobj);
+    return count ? static_cast<int>(*count) : -1;
 }
 
 TreeMapObject* TreeMapObject::clone(char const* path) {
@@ -76,12 +79,10 @@ TreeMapObject* TreeMapObject::clone(char const* path) {
 }
 
 TreeMapObject* TreeMapObject::at(unsigned int index) {
-    array_list const* const elements = json_object_get_array(jobj);  // null unless it is an array
-    if (elements == nullptr || index >= elements->length) {
+    if (index >= elementCount(jobj).value_or(0)) {
         return nullptr;
     }
-    TreeMapObject* const element =
-        new TreeMapObject(static_cast<json_object*>(elements->array[index]));
+    TreeMapObject* const element = new TreeMapObject(json_object_array_get_idx(jobj, index));
     element->jobj_parent = jobj;
     setElementName(*element, index);
     return element;

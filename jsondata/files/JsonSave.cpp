@@ -3,8 +3,6 @@
 #include <errno.h>
 #include <stddef.h>
 
-#include "jsondata/JsonMember.h"
-
 namespace vobiutils {
 
 namespace {
@@ -16,9 +14,9 @@ bool isReadable(json_object* value, int depth = JSON_TOKENER_DEFAULT_DEPTH) {
         return false;
     }
     if (json_object_is_type(value, json_type_object)) {
-        lh_entry* entry = nullptr;
-        lh_foreach(json_object_get_object(value), entry) {
-            if (!isReadable(valueOf(entry), depth - 1)) {
+        json_object_iter member = {};
+        json_object_object_foreachC(value, member) {
+            if (!isReadable(member.val, depth - 1)) {
                 return false;
             }
         }

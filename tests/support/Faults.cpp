@@ -100,10 +100,9 @@ WRAP(JSON, json_object*, json_object_new_double, (double value), value)
 WRAP(JSON, json_object*, json_object_new_string, (char const* text), text)
 WRAP(JSON, int, json_object_object_add, (json_object * object, char const* key, json_object* value),
      object, key, value)
-WRAP(JSON, int, lh_table_insert_w_hash,
-     (lh_table * table, void const* key, void const* value, unsigned long hash,
-      unsigned int options),
-     table, key, value, hash, options)
+WRAP(JSON, int, json_object_object_add_ex,
+     (json_object * object, char const* key, json_object* value, unsigned int options), object, key,
+     value, options)
 WRAP(JSON, int, json_object_array_add, (json_object * array, json_object* value), array, value)
 WRAP(JSON, int, json_object_array_put_idx, (json_object * array, size_t index, json_object* value),
      array, index, value)
