@@ -4,7 +4,7 @@
 #include "jsondata/JsonMember.h"
 #include "jsondata/JsonRef.h"
 #include "logging/Log.h"
-#include "treemap/KeyName.h"
+#include "treemap/HandleKey.h"
 #include "treemap/ValueTraits.h"
 
 using namespace vobiutils;
@@ -30,7 +30,7 @@ int addNode(TreeMapObject& array, int length, json_object* node, ValueWords cons
         return -1;
     }
     if (node == nullptr ||
-        !assign(array.jobj, ElementName(static_cast<unsigned int>(length)).text, node)) {
+        !assign(array.jobj, indexKey(static_cast<unsigned int>(length)).text, node)) {
         UTIL_ERROR("TreeMapObject::set: fail to add %s value to the array\n", words.addedAs);
         return -1;
     }
@@ -67,7 +67,7 @@ bool replaceArray(TreeMapObject& handle, JsonRef& replacement) {
     JsonRef replaced(nullptr);
     if (handle.jobj_parent == nullptr) {
         replaced.reset(handle.jobj);
-    } else if (KeyName const key(handle);
+    } else if (Key const key = keyOf(handle);
                !putMember(handle.jobj_parent, PathToken(key.text), replacement.get(), replaced)) {
         return false;
     }
@@ -90,7 +90,7 @@ int TreeMapObject::setArrayItem(unsigned int index, TreeMapObject* item) {
     node.release();
     unsigned int const end = static_cast<unsigned int>(length);
     int const position = static_cast<int>(index < end ? index : end);
-    setElementName(*item, static_cast<unsigned int>(position));
+    setIndexKey(*item, static_cast<unsigned int>(position));
     return position;
 }
 

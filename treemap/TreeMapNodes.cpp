@@ -10,7 +10,7 @@
 #include "jsondata/JsonLookup.h"
 #include "jsondata/JsonMember.h"
 #include "logging/Log.h"
-#include "treemap/KeyName.h"
+#include "treemap/HandleKey.h"
 #include "treemap/NewHandle.h"
 
 using namespace vobiutils;
@@ -34,7 +34,7 @@ void TreeMapObject::set(char const* path, TreeMapObject* obj) {
         UTIL_ERROR("TreeMapObject::set: fail to set object value to %s\n", printable(path));
     }
     if (parent != nullptr && key != nullptr) {
-        setKeyName(*this, key);  // intended: this handle is named, not the stored one
+        setKey(*this, key);  // intended: this handle is named, not the stored one
         free(const_cast<char*>(key));
     }
 }
@@ -50,7 +50,7 @@ TreeMapObject* TreeMapObject::get(char const* path) {
         return node;
     }
     node->jobj_parent = found.parent;
-    setKeyName(*node, found.last.text());
+    setKey(*node, found.last.text());
     return node;
 }
 
@@ -84,6 +84,6 @@ TreeMapObject* TreeMapObject::at(unsigned int index) {
     }
     TreeMapObject* const element = new TreeMapObject(json_object_array_get_idx(jobj, index));
     element->jobj_parent = jobj;
-    setElementName(*element, index);
+    setIndexKey(*element, index);
     return element;
 }
