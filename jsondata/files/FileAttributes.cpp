@@ -1,3 +1,4 @@
+// Lists and copies extended attributes.
 #include "jsondata/files/FileAttributes.h"
 
 #include <errno.h>
@@ -11,25 +12,27 @@ namespace {
 
 char const ACL[] = "system.posix_acl_access";
 
+// Signatures and capabilities that hold for the old content only.
 bool vouchesForTheContent(char const* name) {
     return strcmp(name, "security.ima") == 0 || strcmp(name, "security.evm") == 0 ||
            strcmp(name, "security.capability") == 0;
 }
 
-bool isForLackOfRoom() { return errno == ENOSPC || errno == EDQUOT || errno == ENOMEM; }
+bool isForLackOfSpace() { return errno == ENOSPC || errno == EDQUOT || errno == ENOMEM; }
 
-// After a failed call: whether there was nothing to be found.
+// After a failed call: whether there was no attribute to be found.
 bool isForLackOfAttributes() {
     return errno == ENODATA || errno == EOPNOTSUPP || errno == ENOSYS || errno == ENOENT;
 }
 
-// The attribute `name` of the file, or the names of all for a null one; as getxattr.
+// The attribute `name` of the file, or the names of all attributes for a null one. Results as
+// getxattr.
 ssize_t get(char const* file, char const* name, char* bytes, size_t size) {
     return name != nullptr ? lgetxattr(file, name, bytes, size) : llistxattr(file, bytes, size);
 }
 
-// The same in memory that the caller frees; the system limits it to 64 KiB. Null bytes for nothing.
-// The length; -1 with errno.
+// The same, in memory that the caller frees (null if there is nothing); the system limits it to 64
+// KiB. The length, or -1 with errno.
 ssize_t getAll(char const* file, char const* name, char*& bytes) {
     bytes = nullptr;
     ssize_t const size = get(file, name, nullptr, 0);
@@ -64,11 +67,11 @@ bool FileAttributes::copyTo(int to) const {
     for (size_t at = 0; at < length_; at += strlen(names_ + at) + 1) {
         char const* const name = names_ + at;
         bool const isToBeCopied = strcmp(name, ACL) != 0 && !vouchesForTheContent(name);
-        if (isToBeCopied && !copy(name, to) && isForLackOfRoom()) {
+        if (isToBeCopied && !copy(name, to) && isForLackOfSpace()) {
             return false;
         }
     }
-    return includeAcl_ ? copy(ACL, to) : removeAcl(to);  // last: it may forbid to write the others
+    return includeAcl_ ? copy(ACL, to) : removeAcl(to);  // last: it may forbid writing the others
 }
 
 bool FileAttributes::copy(char const* name, int to) const {

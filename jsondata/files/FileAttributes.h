@@ -1,5 +1,5 @@
-// The extended attributes of a file that is to be replaced, for the file that takes its place: its
-// access control list, the label of a security module, and what users have noted.
+// The extended attributes of a file that is being replaced, copied to the file that takes its
+// place: the access control list, the label of a security module, and users' own.
 #ifndef VOBIUTILS_JSONDATA_FILES_FILEATTRIBUTES_H
 #define VOBIUTILS_JSONDATA_FILES_FILEATTRIBUTES_H
 
@@ -15,21 +15,22 @@ class FileAttributes {
     FileAttributes(FileAttributes const&) = delete;
     FileAttributes& operator=(FileAttributes const&) = delete;
 
-    // Lists the attributes of `file`, which must outlive the object. A missing file has none, and
-    // so has one on a file system without attributes. False with errno. By name, because a file
-    // that may be written need not be readable.
+    // Lists the attributes of `file`, a name that must outlive the object. A missing file has none,
+    // nor has one on a file system without attributes. False with errno. Works by name, because a
+    // file that may be written need not be readable.
     bool list(char const* file);
 
-    // Whether there is an access control list. The group bits of the file's mode are then its mask:
-    // they say nothing about what the group may do.
+    // Whether there is an access control list. The group bits of the file's mode are then the
+    // list's mask, and do not say what the group may do.
     bool includeAcl() const { return includeAcl_; }
 
-    // Gives them to the open file `to`, which is empty, and takes an access control list from it
-    // that it has from its folder when the old file has none. The mode follows the list.
+    // Sets them on the open file `to`, which is empty. If the old file has no access control list,
+    // the one that `to` has inherited from its directory is removed. To be called before the mode
+    // is set.
     //
-    // False with errno when the list cannot be kept, or when there is no space or no memory. Any
-    // other attribute that cannot be copied is left out, and so are those that vouch for the
-    // content.
+    // False with errno when the access control list cannot be copied or removed, or when out of
+    // space or memory. Any other attribute that cannot be copied is left out, as are those that
+    // vouch for the content.
     bool copyTo(int to) const;
 
   private:

@@ -1,5 +1,4 @@
-// An open file of the operating system, and the calls on it, made again when a signal interrupts
-// them.
+// An owned file descriptor, and the system calls on it, repeated when a signal interrupts them.
 #ifndef VOBIUTILS_JSONDATA_FILES_FILEDESCRIPTOR_H
 #define VOBIUTILS_JSONDATA_FILES_FILEDESCRIPTOR_H
 
@@ -12,7 +11,7 @@
 
 namespace vobiutils {
 
-// The result of `call`, made again for as long as a signal interrupts it.
+// The result of `call`, repeated as long as a signal interrupts it.
 template <typename Call>
 auto untilUninterrupted(Call call) -> decltype(call()) {
     auto result = call();
@@ -33,14 +32,15 @@ class FileDescriptor {
     int get() const { return fd_; }
     explicit operator bool() const { return fd_ >= 0; }
 
+    // These return false with errno.
     bool open(char const* name, int flags, mode_t mode = 0) {
-        return take([=] { return ::open(name, flags | O_CLOEXEC, mode); });
+        return adopt([=] { return ::open(name, flags | O_CLOEXEC, mode); });
     }
     // A second descriptor of the same open file, with the same lock.
     bool duplicate(FileDescriptor const& other) {
-        return take([&] { return fcntl(other.fd_, F_DUPFD_CLOEXEC, 0); });
+        return adopt([&] { return fcntl(other.fd_, F_DUPFD_CLOEXEC, 0); });
     }
-    // False when what was written may not have arrived.
+    // False when what was written may not have reached the file.
     bool close() {
         int const fd = fd_;
         fd_ = -1;
@@ -69,17 +69,19 @@ class FileDescriptor {
     bool sync() const {
         return untilUninterrupted([this] { return fsync(fd_); }) == 0;
     }
-    // Waits for the file's one lock. A system that has no locks goes without.
+    // Blocks until this call has the file's lock. True also on a system that has no such locks.
     bool lock() const {
         return untilUninterrupted([this] { return flock(fd_, LOCK_EX); }) == 0 || errno == ENOSYS ||
                errno == ENOLCK || errno == EOPNOTSUPP;
     }
-    // For a process forked meanwhile, too, which would hold the lock for as long as it lives.
+    // Explicit, because a child forked in the meantime shares the descriptor and would keep the
+    // lock.
     void unlock() const { flock(fd_, LOCK_UN); }
 
   private:
+    // Owns the descriptor that `call` opens, in place of the one owned.
     template <typename Call>
-    bool take(Call call) {
+    bool adopt(Call call) {
         close();
         fd_ = untilUninterrupted(call);
         return fd_ >= 0;

@@ -1,5 +1,30 @@
-// Replacing a file as a whole: a temporary file beside it is written, synced and renamed over it,
-// and the folder synced.
+// Replaces a file as a whole, by writing another one and renaming it:
+//
+//   1. Refuse a file that the effective user may not write (isWritable).
+//   2. Follow symbolic links to the target, and form the names in its directory (SaveNames).
+//   3. Open the directory, so that it can be synced in step 9 (replace).
+//   4. If the target holds the content already, sync it, and end here (holdsAlready).
+//   5. Create ".NAME.saving" beside the target, and lock it (TemporaryFile::create).
+//   6. Give it the target's owner, attributes and mode while it is empty (takeAccessOf).
+//   7. Write the content, sync, and close (fill).
+//   8. Rename it to the target (renameTo). Up to here, a failure leaves the old content; from here
+//      on, every reader finds the new one.
+//   9. Sync the directory, so that the rename survives a loss of power.
+//
+// Without Durability::SYNCED, steps 3 and 9 and the syncs in steps 4 and 7 are left out.
+//
+// What cannot be replaced is written in place (writeInPlace): what is not a regular file, what was
+// reached through a link below /proc, and what the directory or its file system refuses in step 5,
+// 6 or 8.
+//
+// Not promised:
+//
+//   - Whole content of a file that is written in place, if a kill, a loss of power or a failed write
+//     comes between. Only a full disk is guarded against (overwrite).
+//   - The new content after a loss of power, if step 9 fails. The rename cannot be undone, so the
+//     file counts as replaced; the loss of power may bring back the old content.
+//   - Any content after a loss of power without Durability::SYNCED: the file may then be empty.
+//   - A lock against other programs. Only writers that call replaceFile wait for one another.
 #include "jsondata/files/FileReplacement.h"
 
 #include <stdint.h>
@@ -24,10 +49,11 @@ struct Content {
 enum class Outcome {
     REPLACED,
     FAILED,
-    REFUSED,  // by the folder or its file system, not for lack of anything: writing in place may
-              // still work
+    REFUSED,  // by the directory or its file system: writing in place may still work
 };
 
+// What errno says of a step that failed. Want of space, memory or descriptors would also make
+// writing in place fail.
 Outcome failure() {
     switch (errno) {
         case EACCES:
@@ -39,8 +65,8 @@ Outcome failure() {
     }
 }
 
-// Whether the effective user may write the existing file: its folder's permissions, which decide
-// on a rename, say nothing of that. A file that has been removed meanwhile does not stop the save.
+// Whether the effective user may write the existing file. A rename only needs permission to write
+// the directory. A file that has been removed meanwhile does not stop the save.
 bool isWritable(char const* file) {
     return faccessat(AT_FDCWD, file, W_OK, AT_EACCESS) == 0 || errno == ENOENT;
 }
@@ -59,7 +85,7 @@ bool reads(FileDescriptor const& file, Content content) {
     return true;
 }
 
-// Flash wears: what is there already is not written again, only made sure of.
+// Flash wears out: identical content is not rewritten, only synced.
 bool holdsAlready(char const* file, struct stat const& status, Content const& content) {
     if (static_cast<uintmax_t>(status.st_size) != content.length) {
         return false;
@@ -68,8 +94,8 @@ bool holdsAlready(char const* file, struct stat const& status, Content const& co
     return descriptor && reads(descriptor, content) && (!content.synced || descriptor.sync());
 }
 
-// `old` is null for a new file.
-Outcome putInPlaceOf(struct stat const* old, SaveNames& names, Content const& content) {
+// Steps 4 to 8. `old` is the status of the target, null when it does not exist.
+Outcome renameOver(struct stat const* old, SaveNames& names, Content const& content) {
     TemporaryFile temporary(names.temporary);
     if (old != nullptr && holdsAlready(names.target, *old, content)) {
         temporary.removeStale();
@@ -79,10 +105,11 @@ Outcome putInPlaceOf(struct stat const* old, SaveNames& names, Content const& co
     if (old != nullptr && !attributes.list(names.target)) {
         return failure();
     }
-    // what everybody may read, others may lock from the start
-    mode_t const everybody = S_IRUSR | S_IRGRP | S_IROTH;
+    // Ordinarily the new file is world-readable from the start: another user's process must be able
+    // to open it in order to lock it. It is not when the target is not.
+    mode_t const everyone = S_IRUSR | S_IRGRP | S_IROTH;
     bool const isSecret =
-        old != nullptr && ((old->st_mode & everybody) != everybody || attributes.includeAcl());
+        old != nullptr && ((old->st_mode & everyone) != everyone || attributes.includeAcl());
     if (!temporary.create(isSecret ? 0600 : 0644) ||
         (old != nullptr && !temporary.takeAccessOf(*old, attributes))) {
         return failure();
@@ -93,19 +120,26 @@ Outcome putInPlaceOf(struct stat const* old, SaveNames& names, Content const& co
     return temporary.renameTo(names.target) ? Outcome::REPLACED : failure();
 }
 
+// Steps 3 to 9.
 Outcome replace(struct stat const* old, SaveNames& names, Content const& content) {
     FileDescriptor folder;  // opened first, while a failure can still be reported
     if (content.synced && !folder.open(names.folder, O_RDONLY | O_DIRECTORY) && errno != EACCES) {
-        return Outcome::FAILED;  // one that is not to be read may still be written in
+        return Outcome::FAILED;  // EACCES: a directory we may not read may still be writable
     }
-    Outcome const outcome = putInPlaceOf(old, names, content);
+    Outcome const outcome = renameOver(old, names, content);
     if (folder && outcome == Outcome::REPLACED) {
-        folder.sync();  // nobody can take the rename back: it counts as done
+        folder.sync();  // the rename cannot be undone, so a failed sync still counts as replaced
     }
     return outcome;
 }
 
-// What the file lacks in length is written first: on a full disk the old content stays.
+// Writes the part beyond the old length first: if the disk is full, the old content is still
+// intact.
+//
+//   old content       aaaa
+//   1. the end        aaaaBBB    on failure cut back to aaaa
+//   2. the beginning  BBBBBBB
+//   3. the length     cut, if the new content is shorter
 bool overwrite(FileDescriptor const& file, off_t oldLength, Content const& content) {
     size_t const kept = static_cast<uintmax_t>(oldLength) < content.length
                             ? static_cast<size_t>(oldLength)
@@ -118,8 +152,8 @@ bool overwrite(FileDescriptor const& file, off_t oldLength, Content const& conte
            file.resize(static_cast<off_t>(content.length));
 }
 
-// Regular files are locked, so that two writers do not mix; others can be neither cut nor synced.
-bool writeDirectly(char const* name, Content const& content) {
+// A regular file is locked, so that two writers do not mix. Others can be neither cut nor synced.
+bool writeInPlace(char const* name, Content const& content) {
     FileDescriptor file(name, O_WRONLY | O_CREAT, 0644);
     struct stat status;
     if (!file || fstat(file.get(), &status) != 0) {
@@ -128,7 +162,7 @@ bool writeDirectly(char const* name, Content const& content) {
     if (!S_ISREG(status.st_mode)) {
         return file.writeAll(content.bytes, content.length) && file.close();
     }
-    // the length may have changed while this call waited for the lock
+    // the length is read again: it may have changed while this call waited for the lock
     bool const written = file.lock() && fstat(file.get(), &status) == 0 &&
                          overwrite(file, status.st_size, content) &&
                          (!content.synced || file.sync());
@@ -150,17 +184,17 @@ bool replaceFile(char const* file, char const* bytes, size_t length, Durability 
         return false;
     }
     if (exists && !S_ISREG(old.st_mode)) {
-        return writeDirectly(file, content);
+        return writeInPlace(file, content);
     }
     SaveNames names;
     if (!names.find(file, isLink)) {
         return false;
     }
-    if (exists && names.leadsToAnOpenFile()) {
-        return writeDirectly(file, content);
+    if (exists && names.wentThroughProc()) {
+        return writeInPlace(file, content);
     }
     Outcome const outcome = replace(exists ? &old : nullptr, names, content);
-    return outcome == Outcome::REFUSED ? writeDirectly(names.target, content)
+    return outcome == Outcome::REFUSED ? writeInPlace(names.target, content)
                                        : outcome == Outcome::REPLACED;
 }
 

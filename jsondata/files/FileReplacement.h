@@ -1,5 +1,5 @@
-// Replacing the content of a file as a whole. Where its folder allows it, the file holds the old
-// content or the new one at any instant, and after a loss of power at any instant.
+// Replaces the content of a file as a whole: at any instant a reader finds the old content or the new
+// one, not a mixture. If the new content is synced, so does a reader after a loss of power.
 #ifndef VOBIUTILS_JSONDATA_FILES_FILEREPLACEMENT_H
 #define VOBIUTILS_JSONDATA_FILES_FILEREPLACEMENT_H
 
@@ -7,20 +7,24 @@
 
 namespace vobiutils {
 
-// Whether the new content has to outlive a loss of power from the moment of success on.
+// Whether the new content has to survive a loss of power from the moment of success on.
 enum class Durability { SYNCED, UNSYNCED };
 
-// Makes `file` hold `bytes` and nothing else. True when it does; on failure it is as it was, and
-// nothing is left beside it. It fails for a file that the effective user may not write, even where
-// its folder would let it be replaced, and where it holds the bytes already.
+// Makes `file` hold `bytes` and nothing else. True when it does; on failure the file is as it was,
+// and nothing is left beside it. Fails for a file that the effective user may not write, even where
+// its directory would permit replacement, and where it holds the bytes already.
 //
-// The permission bits, the access control list, the owner (where that is allowed), the extended
-// attributes that can be copied and symbolic links stay; a new file gets mode 0644 less the umask.
-// What is there and is no regular file is written directly. So is, without any promise for a write
-// that fails, a file whose folder allows no replacement, or whose file system does not let a new
-// one have its access control list or mode.
+// Kept are the permission bits, the access control list, the owner (where the process may set it),
+// the extended attributes that can be copied, and symbolic links, which are followed. A new file
+// gets mode 0644 less the umask. Other names of the file (hard links) keep the old content.
 //
-// May be called from any number of threads and processes at once: the last one wins, whole.
+// A file that cannot be replaced is written in place: one that is not a regular file (a device, a
+// pipe), one reached through a link below /proc, one whose directory does not permit replacement,
+// and one whose file system does not let a new file have its mode or access control list. There a
+// killed process, a loss of power or a failed write may leave a part of the new content. A full
+// disk does not: a regular file keeps its old content then.
+//
+// May be called from any number of threads and processes at once: the last call wins, whole.
 bool replaceFile(char const* file, char const* bytes, size_t length, Durability durability);
 
 }  // namespace vobiutils

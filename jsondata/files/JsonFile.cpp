@@ -1,3 +1,4 @@
+// Reads a whole JSON file into a json-c value.
 #include "jsondata/files/JsonFile.h"
 
 #include <limits.h>
@@ -9,7 +10,7 @@ namespace vobiutils {
 
 namespace {
 
-// What has been read of a file; grows by doubling.
+// A buffer with the content of a file; grows by doubling.
 class Text {
   public:
     Text() = default;
@@ -20,14 +21,15 @@ class Text {
     char const* bytes() const { return bytes_; }
     int length() const { return length_; }
 
-    // False when the file cannot be read, memory is short, or json-c could not count it.
+    // False when the file cannot be read, when out of memory, and for a file that is longer than
+    // json-c can parse: it counts with an int.
     bool readAll(FileDescriptor const& file) {
         for (;;) {
             if (length_ == capacity_ && !grow()) {
                 return false;
             }
-            size_t const room = static_cast<size_t>(capacity_ - length_);
-            ssize_t const count = file.read(bytes_ + length_, room);
+            size_t const space = static_cast<size_t>(capacity_ - length_);
+            ssize_t const count = file.read(bytes_ + length_, space);
             if (count <= 0) {
                 return count == 0;
             }

@@ -1,7 +1,7 @@
-// JSON files, read whole.
+// Reads a JSON file as a whole.
 //
-// json-c's own file functions leave the text of an error in a buffer that all threads share; these
-// do not, and may be called from any number of threads.
+// json-c's own file functions keep their last error message in a buffer that all threads share.
+// This one does not, and may be called from any thread.
 #ifndef VOBIUTILS_JSONDATA_FILES_JSONFILE_H
 #define VOBIUTILS_JSONDATA_FILES_JSONFILE_H
 
@@ -9,8 +9,8 @@
 
 namespace vobiutils {
 
-// A new value, the caller's to release; null when the file (or its name) is missing, cannot be read
-// or holds no JSON, and when it holds null.
+// A new value, released by the caller. Null for a null name, when the file does not exist, cannot
+// be read or is not JSON, and when it holds null.
 json_object* readJsonFile(char const* name);
 
 }  // namespace vobiutils

@@ -1,3 +1,4 @@
+// Checks that a value can be read back, serializes it, and replaces the file.
 #include "jsondata/files/JsonSave.h"
 
 #include <errno.h>
@@ -7,8 +8,8 @@ namespace vobiutils {
 
 namespace {
 
-// Whether a reader gets as deep as `value` is nested: it opens one container less than its depth
-// above a value.
+// Whether json-c's parser, with its default depth limit, could read `value` back. With a limit of
+// 32 it opens at most 31 containers above a value.
 bool isReadable(json_object* value, int depth = JSON_TOKENER_DEFAULT_DEPTH) {
     if (depth == 0) {
         return false;
@@ -31,9 +32,9 @@ bool isReadable(json_object* value, int depth = JSON_TOKENER_DEFAULT_DEPTH) {
     return true;
 }
 
-// Null when memory runs out. json-c then leaves out of the text what finds no room, and goes on;
-// only errno tells. It may also tell of a failure that was got over: in the second pass there is
-// room already.
+// Null when out of memory. json-c silently drops whatever does not fit and carries on; only errno
+// tells. errno may also be left over from an allocation that json-c has recovered from, hence a
+// second pass, for which the buffer is already large enough.
 char const* prettyText(json_object* value, size_t& length) {
     for (int pass = 0; pass < 2; ++pass) {
         errno = 0;

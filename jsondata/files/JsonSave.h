@@ -1,4 +1,4 @@
-// Saving JSON to a file.
+// Saves a JSON value to a file.
 #ifndef VOBIUTILS_JSONDATA_FILES_JSONSAVE_H
 #define VOBIUTILS_JSONDATA_FILES_JSONSAVE_H
 
@@ -8,8 +8,9 @@
 
 namespace vobiutils {
 
-// Makes the file hold `value`, pretty, by replacing it as a whole. 0; -1 when that fails, for a
-// null name or value, and for a value that is nested deeper than readJsonFile reads.
+// Replaces the file by one that holds `value`, pretty-printed (see replaceFile). 0 on success; -1
+// when that fails, for a null name or value, and for a value that is nested deeper than
+// readJsonFile reads.
 int saveJsonFile(char const* name, json_object* value, Durability durability);
 
 }  // namespace vobiutils

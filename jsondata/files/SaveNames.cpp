@@ -1,3 +1,4 @@
+// Follows symbolic links by hand, and forms the names.
 #include "jsondata/files/SaveNames.h"
 
 #include <errno.h>
@@ -27,15 +28,22 @@ bool SaveNames::find(char const* file, bool isLink) {
             return false;
         }
     }
-    return nameTheOthers();
+    return deriveNames();
 }
 
-// With the slash; 0 for a bare name.
+// The length of the directory in `target`, with the slash; 0 for a bare name.
 size_t SaveNames::folderLength() const {
     char const* const slash = strrchr(target, '/');
     return slash != nullptr ? static_cast<size_t>(slash - target) + 1 : 0;
 }
 
+// Replaces `target` by what it points to. Ordinarily that is all of the link; a relative one is
+// relative to the directory of the link:
+//
+//   target  "/etc/app/settings"    link  "../data/settings.ldb"
+//   becomes "/etc/app/../data/settings.ldb"
+//
+// `wasLink` becomes false when `target` is not a link, which ends the search.
 bool SaveNames::followLink(bool& wasLink) {
     char link[PATH_MAX];
     ssize_t const count = readlink(target, link, sizeof link);
@@ -43,7 +51,7 @@ bool SaveNames::followLink(bool& wasLink) {
     if (!wasLink) {
         return errno == EINVAL || errno == ENOENT;
     }
-    nameFolder();
+    deriveFolder();
     struct statfs system;
     if (statfs(folder, &system) != 0) {
         return false;
@@ -59,19 +67,19 @@ bool SaveNames::followLink(bool& wasLink) {
     return true;
 }
 
-void SaveNames::nameFolder() {
+void SaveNames::deriveFolder() {
     size_t const length = folderLength();
     char const* const path = length > 0 ? target : "./";
     int const pathLength = length > 0 ? static_cast<int>(length) : 2;
     snprintf(folder, sizeof folder, "%.*s", pathLength, path);
 }
 
-bool SaveNames::nameTheOthers() {
-    nameFolder();
-    // a long name is cut: two files that share a temporary name take turns
-    int const room = NAME_MAX - 2 - static_cast<int>(strlen(TEMPORARY_SUFFIX));
+bool SaveNames::deriveNames() {
+    deriveFolder();
+    // a long name is cut; two files with the same temporary name then wait for each other
+    int const space = NAME_MAX - 2 - static_cast<int>(strlen(TEMPORARY_SUFFIX));
     size_t const size = sizeof temporary - 1;
-    int const written = snprintf(temporary, size, "%s.%.*s%s", folder, room,
+    int const written = snprintf(temporary, size, "%s.%.*s%s", folder, space,
                                  target + folderLength(), TEMPORARY_SUFFIX);
     return written > 0 && static_cast<size_t>(written) < size;
 }

@@ -1,4 +1,5 @@
-// The names that saving a file works with.
+// The names used when a file is saved: the target behind symbolic links, its directory, and the
+// temporary file.
 #ifndef VOBIUTILS_JSONDATA_FILES_SAVENAMES_H
 #define VOBIUTILS_JSONDATA_FILES_SAVENAMES_H
 
@@ -9,23 +10,23 @@ namespace vobiutils {
 
 class SaveNames {
   public:
-    // Finds the file, there or not, behind the symbolic links that begin at `file` if it is one.
-    // False when there is no end to them, or a name is too long.
+    // Resolves the symbolic links starting at `file` (if `isLink` says that it is one) to the
+    // target, which need not exist. False when there are too many links, or a name is too long.
     bool find(char const* file, bool isLink);
 
-    // A link of the system's own, below /proc, leads to an open file; whether that still has a name
-    // is not to be known.
-    bool leadsToAnOpenFile() const { return throughProc_; }
+    // True when the path went through a link below /proc, such as /proc/self/fd/3: it names an open
+    // file, which may no longer have a name of its own.
+    bool wentThroughProc() const { return throughProc_; }
 
-    char target[PATH_MAX];         // no symbolic link
-    char folder[PATH_MAX];         // where it stands
-    char temporary[PATH_MAX + 1];  // ".<name>.saving" beside it, with room for one more character
+    char target[PATH_MAX];         // not a symbolic link
+    char folder[PATH_MAX];         // its directory, with a slash at the end
+    char temporary[PATH_MAX + 1];  // ".NAME.saving" in it, with space for one more character
 
   private:
     size_t folderLength() const;
     bool followLink(bool& wasLink);
-    bool nameTheOthers();
-    void nameFolder();
+    bool deriveNames();
+    void deriveFolder();
 
     bool throughProc_ = false;
 };

@@ -1,3 +1,4 @@
+// Creates, locks, fills and renames the temporary file.
 #include "jsondata/files/TemporaryFile.h"
 
 #include <stdio.h>
@@ -6,7 +7,7 @@ namespace vobiutils {
 
 TemporaryFile::~TemporaryFile() {
     if (exists_) {
-        unlink(name_);  // while it is locked
+        unlink(name_);  // while it is locked: afterwards the name may be another writer's
     }
     if (lock_) {
         lock_.unlock();
@@ -16,7 +17,7 @@ TemporaryFile::~TemporaryFile() {
 bool TemporaryFile::create(mode_t mode) {
     while (!exists_) {
         bool const done = file_.open(name_, O_WRONLY | O_CREAT | O_EXCL, mode)
-                              ? take()
+                              ? lockNew()
                               : errno == EEXIST && (removeStale() || turnToNextName());
         if (!done) {
             return false;
@@ -25,9 +26,9 @@ bool TemporaryFile::create(mode_t mode) {
     return lock_.duplicate(file_);
 }
 
-// Locks the file just made. Another process may have been faster, taken it for one left over, and
-// removed it: it then exists no more.
-bool TemporaryFile::take() {
+// Locks the file just created. Another process may have locked it first, as a leftover, and removed
+// it: it then has no name any more, and exists_ stays false, so that create tries again.
+bool TemporaryFile::lockNew() {
     if (!file_.lock() || fstat(file_.get(), &made_) != 0) {
         unlink(name_);
         return false;
@@ -47,6 +48,17 @@ bool TemporaryFile::turnToNextName() {
     return true;
 }
 
+// Ordinarily the name is free, or its file's lock is. Once this call has the lock, the name may
+// belong to another file, because the former holder has renamed or removed the one that was opened
+// here:
+//
+//   here                             the other writer
+//   open ".NAME.saving", block
+//                                    rename ".NAME.saving" to "NAME", unlock
+//                                    create another ".NAME.saving"
+//   get the lock of what is "NAME" now
+//
+// So the name is removed only if it still leads to the file that is locked.
 bool TemporaryFile::removeStale() const {
     int const flags = O_NONBLOCK | O_NOFOLLOW;
     FileDescriptor stale(name_, O_RDONLY | flags);
@@ -65,14 +77,14 @@ bool TemporaryFile::removeStale() const {
     return !isTheSame || unlink(name_) == 0;
 }
 
-// In this order nobody may read it in between who may not read the old one: a mode that is set
-// before the access control list would give the group what the list's mask gives to others, and
-// either of them before the owner would give it to the process's own group.
+// In this order, no one may read the file in between who may not read the old one. The mode before
+// the access control list would give the group what the list's mask allows to others; either of
+// them before the owner would give it to the process's own group.
 bool TemporaryFile::takeAccessOf(struct stat const& old, FileAttributes const& attributes) {
     bool const isOurs = old.st_uid == made_.st_uid && old.st_gid == made_.st_gid;
     if (!isOurs && fchown(file_.get(), old.st_uid, old.st_gid) != 0 &&
         fchown(file_.get(), static_cast<uid_t>(-1), old.st_gid) != 0) {
-        // then it is the process's own: not everybody may give files away
+        // then the file stays the process's own: only root may give files away
     }
     if (!attributes.copyTo(file_.get())) {
         return false;

@@ -1,10 +1,10 @@
-// A new file on its way to its name: made beside it, filled, and renamed to it, or removed again.
+// A temporary file: created beside the target, filled, and renamed to it, or removed again.
 //
-// The temporary name is always the same for one file, so that a process that is killed leaves one
-// temporary file at most, which the next save removes. Whoever works on it holds its lock until it
-// has its final name: one whose lock is free was left over. Only who holds the lock renames or
-// removes it. What stands there and cannot be locked or removed, another user's or no file at all,
-// is left alone: a further name is taken, with a digit behind.
+// The temporary name is derived from the target's name alone, so a killed process leaves at most
+// one stray file, and the next save removes it. The writer holds the file's lock until the rename;
+// a file whose lock is free is a leftover. Only the lock holder may rename or remove it. If
+// something at that name can be neither locked nor removed (another user's file, a directory), it
+// is left alone and a digit is appended to the name.
 #ifndef VOBIUTILS_JSONDATA_FILES_TEMPORARYFILE_H
 #define VOBIUTILS_JSONDATA_FILES_TEMPORARYFILE_H
 
@@ -18,40 +18,42 @@ namespace vobiutils {
 
 class TemporaryFile {
   public:
-    // `name` has room for one more character, and must outlive the object.
+    // `name` has space for one more character, and must outlive the object.
     explicit TemporaryFile(char* name) : name_(name), firstLength_(strlen(name)) {}
     ~TemporaryFile();
     TemporaryFile(TemporaryFile const&) = delete;
     TemporaryFile& operator=(TemporaryFile const&) = delete;
 
-    // A new, empty file. Waits for whoever else works on it. False with errno.
+    // Creates the file, empty, and locks it. Blocks while another writer holds the file of that
+    // name. False with errno.
     bool create(mode_t mode);
 
-    // Takes the owner (where that is allowed), the attributes and the mode of the file it is to
-    // replace. Before anything is written: the content may be secret. False with errno.
+    // Sets the owner (where that is permitted), the attributes and the mode to those of the file to
+    // be replaced. To be called before anything is written: the content may be secret. False with
+    // errno.
     bool takeAccessOf(struct stat const& old, FileAttributes const& attributes);
 
-    // Writes all of the file and closes it, every step checked.
+    // Writes all of the file and closes it. False when any step fails.
     bool fill(char const* bytes, size_t length, bool synced);
 
     // False with errno.
     bool renameTo(char const* target);
 
-    // Removes what a process that was killed left at that name. Waits for one that still works on
-    // it.
+    // Removes what a killed process left at that name. Blocks while another writer holds it. False
+    // with errno when it can be neither locked nor removed.
     bool removeStale() const;
 
   private:
-    bool take();
+    bool lockNew();
     bool turnToNextName();
 
     char* const name_;
-    size_t const firstLength_;  // of the name without a digit
+    size_t const firstLength_;  // of the name without the digit
     char digit_ = '0';
-    bool exists_ = false;
-    struct stat made_;  // the status of the new file
+    bool exists_ = false;  // the file was created and is locked, and has not been renamed
+    struct stat made_;     // the status of the new file
     FileDescriptor file_;
-    FileDescriptor lock_;  // keeps the lock when file_ is closed
+    FileDescriptor lock_;  // shares the lock, and keeps it when file_ is closed
 };
 
 }  // namespace vobiutils
