@@ -1,6 +1,23 @@
-// Writing by path: setJObj walks like a lookup, but makes what is missing on the way.
+// Assignment by path: walks like a lookup, but creates what is missing on the way.
 //
-// Each step says what it does, does it, and says so when it fails; the walk knows only outcomes.
+// Each step logs what it is about to do, does it, and logs a failure; walk() only looks at
+// outcomes.
+//
+// Ordinarily a step enters a member or an element, and the last one stores the value. A step to a
+// missing member creates it before anything is known of the next step, so always as an object. If
+// the next step turns out to be an index, that empty object is replaced by an array
+// (recreateAsArray):
+//
+//   set "lan.ports.[0]" in {"lan": {}}
+//
+//   step "lan"      enters                            {"lan": {}}
+//   step "ports"    creates an object, and enters it  {"lan": {"ports": {}}}
+//   step "[0]"      replaces it by an array           {"lan": {"ports": []}}
+//                   and appends the value             {"lan": {"ports": [1]}}
+//
+// The same happens to an element that was appended as an object: in "list.[0].[0]" the first "[0]"
+// appends {}, the second one turns it into []. The order is visible: in the log, and in the
+// document when a later step fails, as what was created stays.
 #include <stdio.h>
 
 #include "JsonData.h"
@@ -19,19 +36,19 @@ char const SET_JOBJ[] = "JsonData::setJObj";
 int const STORED = 0;
 int const FAILED = 2;
 
-char const* word(bool value) { return value ? "true" : "false"; }
+char const* boolText(bool value) { return value ? "true" : "false"; }
 
 // One run along a path. A step either moves on to the next container or ends the run.
 class Assignment {
   public:
-    // Takes over a reference on the value.
+    // Takes over the caller's reference on `value`, which may be null for JSON null.
     Assignment(json_object* root, json_object* value)
         : reference_(value), replaced_(nullptr), container_(root) {}
 
     // True when the value is stored.
     bool run(char const* path);
 
-    json_object* container() const { return container_; }  // where the value was stored
+    json_object* container() const { return container_; }  // that the value was stored in
     PathToken lastToken() const { return previous_; }      // under which name
 
   private:
@@ -39,13 +56,13 @@ class Assignment {
 
     char const* appendToRootArray(char const* path);
     Outcome walk(char const* path);
-    Outcome take(PathCursor const& at);
+    Outcome step(PathCursor const& at);
 
     Outcome setMember(PathToken key);
     Outcome enterMember(PathToken key);
     Outcome createMember(PathToken key);
 
-    Outcome takeIndex(PathCursor const& at);
+    Outcome stepToIndex(PathCursor const& at);
     bool becomeArray();
     bool recreateAsArray();
     bool replaceContainer(json_object* replacement);
@@ -60,11 +77,11 @@ class Assignment {
     }
 
     bool const debug_ = enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL);
-    JsonRef reference_;  // on the value; the document's, once it is stored
-    JsonRef replaced_;   // kept to the end: the caller's path may be a text inside it
+    JsonRef reference_;  // on the value, until the value is stored
+    JsonRef replaced_;   // kept to the end: the caller's path may be a string inside it
     json_object* container_;
     json_object* parent_ = nullptr;
-    bool isNew_ = false;  // this run has created the container
+    bool isNew_ = false;  // the container was created by this run
     PathToken previous_;  // the token that led to the container
     char rewritten_[256];
 };
@@ -82,8 +99,8 @@ bool Assignment::run(char const* path) {
     return true;
 }
 
-// A member name on a root array means a new element with that member. The path behind it is cut to
-// what the buffer holds.
+// A member name applied to a root array appends a new element that gets that member. The rewritten
+// path is cut to what the buffer holds.
 char const* Assignment::appendToRootArray(char const* path) {
     UTIL_WARN("%s: setting an TMO into an array, append it to the array by default\n", SET_JOBJ);
     snprintf(rewritten_, sizeof rewritten_, "[%d].%s",
@@ -93,7 +110,7 @@ char const* Assignment::appendToRootArray(char const* path) {
 
 Assignment::Outcome Assignment::walk(char const* path) {
     for (PathCursor at(path);; at.advance()) {
-        Outcome const outcome = take(at);
+        Outcome const outcome = step(at);
         previous_ = at.token();
         if (outcome != CONTINUE) {
             return outcome;
@@ -105,12 +122,12 @@ Assignment::Outcome Assignment::walk(char const* path) {
     }
 }
 
-Assignment::Outcome Assignment::take(PathCursor const& at) {
+Assignment::Outcome Assignment::step(PathCursor const& at) {
     PathToken const token = at.token();
     UTIL_DEBUG_IF(debug_, "%s: Parse: idx=%d key=%.*s isEnd=%s\n", "setJObj", at.index(),
-                  TOKEN_ARGS(token), word(at.isLast()));
+                  TOKEN_ARGS(token), boolText(at.isLast()));
     if (token.isIndex()) {
-        return takeIndex(at);
+        return stepToIndex(at);
     }
     return at.isLast() ? setMember(token) : enterMember(token);
 }
@@ -127,12 +144,12 @@ Assignment::Outcome Assignment::setMember(PathToken key) {
     return DONE;
 }
 
-// intended: an existing member is entered whatever its type; the next step finds out.
+// intended: enters an existing member whatever its type; the next step reports a mismatch.
 Assignment::Outcome Assignment::enterMember(PathToken key) {
     std::optional<json_object*> const child = findMember(container_, key);
     isNew_ = !child;
     UTIL_DEBUG_IF(debug_, "%s: get child object at '%.*s.%.*s' isNew=%s\n", SET_JOBJ,
-                  TOKEN_ARGS(previous_), TOKEN_ARGS(key), word(isNew_));
+                  TOKEN_ARGS(previous_), TOKEN_ARGS(key), boolText(isNew_));
     if (isNew_) {
         return createMember(key);
     }
@@ -152,7 +169,7 @@ Assignment::Outcome Assignment::createMember(PathToken key) {
     return CONTINUE;
 }
 
-Assignment::Outcome Assignment::takeIndex(PathCursor const& at) {
+Assignment::Outcome Assignment::stepToIndex(PathCursor const& at) {
     PathToken const token = at.token();
     int64_t const number = indexOf(token);
     if (number < 0) {
@@ -169,7 +186,7 @@ Assignment::Outcome Assignment::takeIndex(PathCursor const& at) {
     return at.isLast() ? replaceElement(index, token) : enterElement(index, token);
 }
 
-// An index step needs an array. Only a container of this run's own making is turned into one.
+// An index step needs an array. Only a container that this run has created is turned into one.
 bool Assignment::becomeArray() {
     if (json_object_is_type(container_, json_type_array)) {
         return true;
@@ -190,8 +207,9 @@ bool Assignment::becomeArray() {
     return true;
 }
 
-// Puts an empty array in the place of the empty object that this run has just created: a member of
-// an object, or the last element of an array. json-c releases the object.
+// Replaces the empty object that this run has just created, and that container_ points to, by an
+// empty array. It is a member of parent_ called previous_, or the last element of parent_. The
+// object is released with its only reference.
 bool Assignment::recreateAsArray() {
     UTIL_DEBUG_IF(debug_, "%s: recreate array object '%.*s' delete %p=%d\n", "setJObj",
                   TOKEN_ARGS(previous_), static_cast<void*>(container_), 1);
@@ -239,8 +257,8 @@ Assignment::Outcome Assignment::enterElement(unsigned int index, PathToken token
     return CONTINUE;
 }
 
-// intended: the element goes to the end, whatever the index; no gap is made. On the way to a
-// further token it is a new empty object.
+// intended: the element is appended whatever the index is, without a gap. Unless the token is the
+// last, the element is a new empty object.
 Assignment::Outcome Assignment::appendElement(unsigned int index, PathToken token, bool isLast) {
     UTIL_DEBUG_IF(debug_, "%s: add new array element at %d '%.*s.%.*s'\n", SET_JOBJ,
                   static_cast<int>(index), TOKEN_ARGS(previous_), TOKEN_ARGS(token));
@@ -279,8 +297,8 @@ bool vobiutils::assign(json_object* root, char const* path, json_object* value) 
     return isAcceptable(root, path) && assignment.run(path);
 }
 
-// The document's reference is taken before anything is released, so that a value may take its own
-// place.
+// The document's reference is taken before anything is released, so that storing a value over
+// itself is safe.
 int JsonData::setJObj(json_object* jobj, char const* path, json_object* jval) {
     return assign(jobj, path, json_object_get(jval)) ? STORED : FAILED;
 }
@@ -295,6 +313,6 @@ int JsonData::setJObj(json_object* jobj, char const* path, json_object* jval, js
         return FAILED;
     }
     parent = assignment.container();
-    key = duplicate(assignment.lastToken());  // the caller releases it with free
+    key = duplicate(assignment.lastToken());  // released by the caller, with free
     return STORED;
 }

@@ -6,8 +6,8 @@
 
 namespace vobiutils {
 
-// What JsonData::setJObj does, with a value that the caller gives away: its reference becomes the
-// document's, or is released when it is not stored. True when it is.
+// As JsonData::setJObj, but takes over the caller's reference on `value`: it becomes the
+// document's, or is released when the value is not stored. True when it is stored.
 bool assign(json_object* root, char const* path, json_object* value);
 
 }  // namespace vobiutils

@@ -1,4 +1,4 @@
-// Comparing two primitive values.
+// Compares two primitive values.
 #include <string.h>
 
 #include "JsonData.h"
@@ -24,7 +24,7 @@ bool equalIntegers(json_object* src, json_object* dst) {
     return srcVal == dstVal;
 }
 
-bool equalTexts(json_object* src, json_object* dst) {
+bool equalStrings(json_object* src, json_object* dst) {
     char const* const srcVal = json_object_get_string(src);
     char const* const dstVal = json_object_get_string(dst);
     UTIL_DEBUG("%s: srcVal= %s dstVal= %s\n", COMPARE, srcVal, dstVal);
@@ -46,7 +46,7 @@ bool JsonData::compareObjVal(json_object* src, json_type srcType, json_object* d
         case json_type_double: return equalDoubles(src, dst);
         case json_type_boolean:
         case json_type_int: return equalIntegers(src, dst);
-        case json_type_string: return equalTexts(src, dst);
+        case json_type_string: return equalStrings(src, dst);
         default:
             UTIL_WARN("JSON type for the comparison MUST be primary types\n");
             return true;  // intended: two objects, or two arrays, count as a match

@@ -1,4 +1,4 @@
-// Documents from and to text and files; copies and dumps.
+// Documents as a whole: from and to text and files, copies, and dumps.
 #include <stdio.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -24,7 +24,8 @@ json_object* copyThroughText(json_object* source) {
     return json_tokener_parse(text);
 }
 
-// intended: a null path, and one that reads like a printed null, means the whole value.
+// intended: a null path means the whole value, and so does "(null)", which is what a null prints
+// as.
 bool namesWholeValue(char const* path) {
     return path == nullptr || *path == '\0' || strcmp(path, "(null)") == 0;
 }
@@ -41,7 +42,8 @@ TreeMapObject* JsonData::createObjectFromFile(char const* file) {
     if (file == nullptr || stat(file, &status) != 0) {
         return nullptr;
     }
-    return newOwningHandle(readJsonFile(file));  // intended: also when that reads nothing
+    return newOwningHandle(
+        readJsonFile(file));  // intended: a handle without a value when that fails
 }
 
 char const* JsonData::getJson(TreeMapObject* obj) {

@@ -16,8 +16,8 @@ using namespace vobiutils;
 
 namespace {
 
-// The DEBUG lines of a walk. Whether they are enabled is checked once, in the constructor, so that each
-// step of a walk without them costs one test.
+// The DEBUG lines of a walk. Whether they are enabled is checked once, in the constructor, so that
+// each step of a walk without them costs one test.
 class Trace {
   public:
     explicit Trace(char const* path)
@@ -88,7 +88,8 @@ std::optional<json_object*> step(json_object* container, PathCursor const& at, T
     return at.token().isIndex() ? toElement(container, at.token()) : toMember(container, at, trace);
 }
 
-// For a path that is not empty. The walk ends at the first step that leads nowhere, or at the last token:
+// For a path that is not empty. The walk ends at the first step that leads nowhere, or at the last
+// token:
 //
 //   {"lan": {"mtu": 1500}}     value   parent       last
 //   "lan.mtu"                  1500    the lan      "mtu"

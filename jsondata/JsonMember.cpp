@@ -8,13 +8,13 @@
 //   "lan.dhcp.range"     "dhcp" has to be copied first, "range" is hashed where it is
 //
 // and reading back bytes that have just been written stalls: finding one of 16 members takes 17 ns
-// where the name is hashed in place, 35 ns with a copy. That is why a name at the end of a path is not
-// copied.
+// where the name is hashed in place, 35 ns with a copy. That is why a name at the end of a path is
+// not copied.
 //
 // Most objects have few members. In them the names are compared one by one, which needs no copy: a
 // path of 8 tokens takes 73 ns, and 159 ns when every name is hashed. Objects with more members are
-// always hashed: comparing would get slower with every member, most of all where the document is not
-// in the processor's caches.
+// always hashed: comparing would get slower with every member, most of all where the document is
+// not in the processor's caches.
 //
 // (Figures: x86-64 with two cores, g++ 12, -O2, json-c 0.16.)
 #include "jsondata/JsonMember.h"
@@ -26,16 +26,16 @@ namespace vobiutils {
 
 namespace {
 
-// Up to so many members are compared. With 6, finding one of 8 took 17 ns instead of 13 at the end of
-// a path, and 39 ns instead of 21 in the middle.
+// Up to so many members are compared. With 6, finding one of 8 took 17 ns instead of 13 at the end
+// of a path, and 39 ns instead of 21 in the middle.
 int const FEW_MEMBERS = 10;
 
 // A longer name in the middle of a path is compared with all members: it is not worth a heap block.
 size_t const LONGEST_COPY = 127;
 
-// The first two characters tell most names apart without a call of strncmp: 73 ns instead of 90 for a
-// path of 8 tokens. The second one counts where names begin alike ("dns1", "dns2"): 13 ns instead of
-// 18 for one of 8 such members.
+// The first two characters tell most names apart without a call of strncmp: 73 ns instead of 90 for
+// a path of 8 tokens. The second one counts where names begin alike ("dns1", "dns2"): 13 ns instead
+// of 18 for one of 8 such members.
 bool isNamed(char const* key, std::string_view name) {
     if (name.size() >= 2 && (key[0] != name[0] || key[1] != name[1])) {
         return false;

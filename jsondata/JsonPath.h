@@ -1,5 +1,5 @@
-// The path language as text: splits a path into tokens and reads the number of an index token. Nothing
-// here depends on a document.
+// The path language as text: splits a path into tokens and reads the number of an index token.
+// Nothing here depends on a document.
 #ifndef VOBIUTILS_JSONDATA_JSONPATH_H
 #define VOBIUTILS_JSONDATA_JSONPATH_H
 
@@ -15,8 +15,8 @@
 
 namespace vobiutils {
 
-// One step of a path: a slice of the caller's NUL-terminated string, which has to outlive it. As the
-// string goes on to its terminator, the character after the slice may always be read.
+// One step of a path: a slice of the caller's NUL-terminated string, which has to outlive it. As
+// the string goes on to its terminator, the character after the slice may always be read.
 class PathToken {
   public:
     PathToken() : PathToken("") {}
@@ -31,7 +31,8 @@ class PathToken {
 
     bool isIndex() const { return *start() == '['; }
 
-    // With start(), the two arguments of "%.*s"; see TOKEN_ARGS. A token too long for an int is cut.
+    // With start(), the two arguments of "%.*s"; see TOKEN_ARGS. A token too long for an int is
+    // cut.
     int width() const { return static_cast<int>(std::min<size_t>(slice_.size(), INT_MAX)); }
 
   private:
@@ -72,10 +73,11 @@ class PathCursor {
     int index_ = 0;
 };
 
-// The number of an index token, -1 when it has fewer than 3 characters. The number is what is between
-// the first and the last character (the last need not be "]"), read as stream extraction reads an
-// unsigned int: white space around it is skipped, a sign is accepted and "-1" wraps, a number too
-// large gives 4294967295, and no number at all 0. Characters left over are reported on standard output.
+// The number of an index token, -1 when it has fewer than 3 characters. The number is what is
+// between the first and the last character (the last need not be "]"), read as stream extraction
+// reads an unsigned int: white space around it is skipped, a sign is accepted and "-1" wraps, a
+// number too large gives 4294967295, and no number at all 0. Characters left over are reported on
+// standard output.
 int64_t extractIndex(PathToken token);
 
 // The same, without a call for what nearly every index is: digits. That saves 3 ns of the 14 that

@@ -1,4 +1,4 @@
-// Owns one json-c reference.
+// A smart pointer for one reference on a json-c value.
 #ifndef VOBIUTILS_JSONDATA_JSONREF_H
 #define VOBIUTILS_JSONDATA_JSONREF_H
 
@@ -8,25 +8,25 @@ namespace vobiutils {
 
 class JsonRef {
   public:
-    // Takes over a reference that the caller holds.
+    // Takes over a reference that the caller holds. Null is allowed everywhere.
     explicit JsonRef(json_object* owned) noexcept : object_(owned) {}
-    ~JsonRef() { release(object_); }
+    ~JsonRef() { put(object_); }
     JsonRef(JsonRef const&) = delete;
     JsonRef& operator=(JsonRef const&) = delete;
 
-    // Takes a further reference on an object that others own.
+    // Takes another reference on an object that is owned elsewhere.
     static JsonRef share(json_object* object) noexcept { return JsonRef(json_object_get(object)); }
 
     json_object* get() const noexcept { return object_; }
     explicit operator bool() const noexcept { return object_ != nullptr; }
 
-    // Takes over a reference that the caller holds, in place of the one held.
+    // Releases the reference held, and takes over one that the caller holds.
     void reset(json_object* owned) noexcept {
-        release(object_);
+        put(object_);
         object_ = owned;
     }
 
-    // Gives the reference away.
+    // Passes the reference to the caller.
     json_object* release() noexcept {
         json_object* const object = object_;
         object_ = nullptr;
@@ -34,8 +34,8 @@ class JsonRef {
     }
 
   private:
-    static void release(json_object* object) noexcept {
-        if (object != nullptr) {  // json-c would ask too, behind a call
+    static void put(json_object* object) noexcept {
+        if (object != nullptr) {  // saves a call: json_object_put accepts null
             json_object_put(object);
         }
     }

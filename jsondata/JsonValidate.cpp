@@ -1,5 +1,5 @@
-// Validating documents and files against JSON Schemas. What a schema means is the business of the
-// JSON Schema library; here are the passes and refusals around it.
+// Validates documents and files against JSON Schemas. The JSON Schema library evaluates the schema;
+// this file decides what a missing or unusable schema, file or handle means.
 #include <jsonschema.h>
 #include <sys/stat.h>
 
@@ -36,11 +36,11 @@ int JsonData::validateObject(TreeMapObject* obj, char const* schemaText) {
     JsonRef schema(schemaText != nullptr ? json_tokener_parse(schemaText) : nullptr);
     if (!schema) {
         UTIL_WARN("Invalid schema!\n");
-        return VALID;  // intended: an unusable schema lets the object pass
+        return VALID;  // intended: an object passes if its schema is unusable
     }
     if (json_validate_instance(obj->jobj, schema.get()) == 0) {
         UTIL_ERROR("%s: failed to validate jobj\n", "validateObject");
-        schema.release();  // intended leak: the schema an object has failed
+        schema.release();  // intended leak: the schema of an object that is not valid
         return INVALID;
     }
     return VALID;

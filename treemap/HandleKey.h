@@ -1,5 +1,5 @@
-// The key of a handle, key_obj: its name in its parent. A name of 32 characters fills key_obj and is not
-// terminated there.
+// The key of a handle, key_obj: its name in its parent. A name of 32 characters fills key_obj and
+// is not terminated there.
 #ifndef VOBIUTILS_TREEMAP_HANDLEKEY_H
 #define VOBIUTILS_TREEMAP_HANDLEKEY_H
 

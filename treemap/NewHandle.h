@@ -10,8 +10,8 @@
 namespace vobiutils {
 
 // A new handle that takes over the caller's reference on `node`, which may be null. Throws
-// std::bad_alloc when there is no memory for the handle; the reference is released then, too. So the
-// source that calls it is compiled with exceptions.
+// std::bad_alloc when there is no memory for the handle; the reference is released then, too. So
+// the source that calls it is compiled with exceptions.
 inline TreeMapObject* newOwningHandle(json_object* node) {
     JsonRef owned(node);
     TreeMapObject* const handle = new TreeMapObject(owned.get());

@@ -1,4 +1,4 @@
-// A handle's node as an array.
+// A handle's node as an array: storing, appending and removing elements.
 #include "TreeMapObject.h"
 #include "jsondata/JsonAssign.h"
 #include "jsondata/JsonMember.h"
@@ -16,16 +16,17 @@ bool hasElement(TreeMapObject& array, unsigned int index) {
     return length >= 0 && index < static_cast<unsigned int>(length);
 }
 
-// Replaces element `index`, or appends when there is none; takes over the reference on `node`.
+// Replaces element `index`, or appends when there is none. Takes over the reference on `node` when
+// that succeeds.
 bool store(json_object* array, unsigned int index, json_object* node) {
     return index < json_object_array_length(array)
                ? json_object_array_put_idx(array, index, node) == 0
                : json_object_array_add(array, node) == 0;
 }
 
-// Takes over the reference on `node`; a null one is a null text, or memory that ran out.
-int addNode(TreeMapObject& array, int length, json_object* node, ValueWords const& words) {
-    if (words.isText && node == nullptr) {
+// Takes over the reference on `node`; it is null for a null string, or when out of memory.
+int addNode(TreeMapObject& array, int length, json_object* node, LogWords const& words) {
+    if (words.isString && node == nullptr) {
         UTIL_ERROR("TreeMapObject::setting NULL for string, ignore\n");
         return -1;
     }
@@ -44,7 +45,7 @@ int addValue(TreeMapObject& array, T value) {
                        : -1;
 }
 
-// Appends every element of `from` but the one at `omitted`, with a reference of its own.
+// Appends to `to` every element of `from` except the one at `omitted`, each with another reference.
 bool copyElements(json_object* from, unsigned int omitted, json_object* to) {
     size_t const length = json_object_array_length(from);
     for (size_t i = 0; i < length; ++i) {
@@ -60,9 +61,9 @@ bool copyElements(json_object* from, unsigned int omitted, json_object* to) {
     return true;
 }
 
-// Puts another array in the place of the handle's: in its parent under the handle's key, or as what the
-// handle owns. False when the parent is not an object: in an array, the array has no member name to be
-// replaced under.
+// Puts another array in the place of the handle's: in its parent under the handle's key, or as what
+// the handle owns. False when the parent is not an object: in an array, the array has no member
+// name to be replaced under.
 bool replaceArray(TreeMapObject& handle, JsonRef& replacement) {
     JsonRef replaced(nullptr);
     if (handle.jobj_parent == nullptr) {
@@ -113,7 +114,12 @@ int TreeMapObject::addArrayItem<char const*>(char const* value) {
     return addValue(*this, value);
 }
 
-// Rebuilds the array instead of removing in place.
+// Does not remove in place, but replaces the array by a copy without the element:
+//
+//   delArrayItem(1)    before    {"list": A}    A = [x, y, z]
+//                      after     {"list": B}    B = [x, z]; the handle is on B
+//
+// So an array whose parent is an array, too, is refused, see replaceArray.
 int TreeMapObject::delArrayItem(unsigned int index) {
     if (!hasElement(*this, index)) {
         return -1;

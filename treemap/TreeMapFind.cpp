@@ -1,4 +1,4 @@
-// Search by value: the walk over a document, and what find makes of its hits.
+// Search by value: walks over a document, and collects a handle on each object that matches.
 #include <string.h>
 
 #include <memory>
@@ -17,16 +17,16 @@ namespace {
 
 typedef std::list<TreeMapObject*> Hits;
 
-// Goes through a document depth-first, in document order.
+// One search: depth-first, in document order.
 class Search {
   public:
     Search(Hits& hits, char const* key, json_object* value)
         : hits_(hits), key_(key), value_(value), type_(json_object_get_type(value)) {}
 
-    // The number of hits in an object or array and everything below.
+    // Searches an object or array and everything inside it. The number of hits.
     int in(json_object* container);
 
-    bool isComplete() const { return complete_; }  // false when memory ran out
+    bool isComplete() const { return complete_; }  // false when out of memory
 
   private:
     int inObject(json_object* object);
@@ -51,7 +51,7 @@ int Search::in(json_object* container) {
                                                             : inArray(container);
 }
 
-// An object is a hit once at most; members that are containers are searched, never compared.
+// An object is a hit at most once. Members that are containers are searched, never compared.
 int Search::inObject(json_object* object) {
     int count = 0;
     bool matched = false;
@@ -88,8 +88,8 @@ bool Search::matches(char const* name, json_object* member) {
            JsonData::compareObjVal(value_, type_, member, json_object_get_type(member));
 }
 
-// Appends a new handle with a reference of its own on `node`. False, with nothing appended, when out
-// of memory.
+// Appends a new handle with a reference of its own on `node`. False, with nothing appended, when
+// out of memory.
 bool append(Hits& hits, json_object* node) {
     try {
         std::unique_ptr<TreeMapObject> handle(newOwningHandle(json_object_get(node)));
@@ -114,7 +114,8 @@ void deleteAll(Hits& hits) {
     hits.clear();
 }
 
-// The hits in a whole document. A document that is a primitive value counts as `primitiveCount`.
+// Searches a whole document. The number of hits; `primitiveCount` for a document that is a
+// primitive value.
 int searchDocument(Search& search, json_object* document, int primitiveCount) {
     if (!isContainer(document)) {
         UTIL_ERROR("parent object is not object neither array\n");
@@ -123,9 +124,9 @@ int searchDocument(Search& search, json_object* document, int primitiveCount) {
     return search.in(document);
 }
 
-// intended: a text search fails when it finds nothing; a search for any other value fails when it
-// finds something, and never hands back a hit.
-Hits findNode(json_object* document, char const* key, json_object* wanted, bool isTextSearch) {
+// intended: a search for a string fails when it finds nothing. A search for any other value fails
+// when it finds something, so that it never returns a hit.
+Hits findNode(json_object* document, char const* key, json_object* wanted, bool isStringSearch) {
     Hits hits;
     if (key == nullptr || *key == '\0') {
         UTIL_ERROR("Key is null or empty\n");
@@ -134,13 +135,13 @@ Hits findNode(json_object* document, char const* key, json_object* wanted, bool 
     int count = 0;
     if (wanted != nullptr) {
         Search search(hits, key, wanted);
-        count = searchDocument(search, document, isTextSearch ? 0 : 1);
+        count = searchDocument(search, document, isStringSearch ? 0 : 1);
         if (!search.isComplete()) {
             deleteAll(hits);
-            count = isTextSearch ? 0 : 1;
+            count = isStringSearch ? 0 : 1;
         }
     }
-    if (isTextSearch ? count == 0 : count > 0) {
+    if (isStringSearch ? count == 0 : count > 0) {
         UTIL_ERROR("Some error happened, cannot return result\n");
         hits.clear();  // intended leak: the handles
     }
@@ -150,7 +151,7 @@ Hits findNode(json_object* document, char const* key, json_object* wanted, bool 
 template <typename T>
 Hits findValue(json_object* document, char const* key, T value) {
     JsonRef const wanted(document != nullptr ? ValueTraits<T>::make(value) : nullptr);
-    return findNode(document, key, wanted.get(), isText<T>);
+    return findNode(document, key, wanted.get(), isCString<T>);
 }
 
 bool areGiven(char const* function, char const* key, json_object* value, json_object* container) {

@@ -34,7 +34,7 @@ void TreeMapObject::set(char const* path, TreeMapObject* obj) {
         UTIL_ERROR("TreeMapObject::set: fail to set object value to %s\n", printable(path));
     }
     if (parent != nullptr && key != nullptr) {
-        setKey(*this, key);  // intended: this handle is named, not the stored one
+        setKey(*this, key);  // intended: the key of this handle is set, not of the stored one
         free(const_cast<char*>(key));
     }
 }
@@ -46,7 +46,7 @@ TreeMapObject* TreeMapObject::get(char const* path) {
     }
     TreeMapObject* const node = new TreeMapObject(found.value);
     if (found.outcome == Lookup::ROOT) {
-        json_object_get(found.value);  // a second owner, so that either may go first
+        json_object_get(found.value);  // a second owner, so that either handle may be deleted first
         return node;
     }
     node->jobj_parent = found.parent;

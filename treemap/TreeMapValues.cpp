@@ -1,4 +1,5 @@
-// Typed values by path: one body per operation over ValueTraits, and its forms for the types.
+// Typed values by path: set, get and get_ex. Each has one body over ValueTraits, and a
+// specialization for each type that calls it.
 #include "JsonData.h"
 #include "TreeMapObject.h"
 #include "jsondata/JsonAssign.h"
@@ -9,9 +10,9 @@ using namespace vobiutils;
 
 namespace {
 
-// Takes over the reference on `node`; a null one is a null text, or memory that ran out.
-void setNode(json_object* document, char const* path, json_object* node, ValueWords const& words) {
-    if (words.isText && node == nullptr) {
+// Takes over the reference on `node`; it is null for a null string, or when out of memory.
+void setNode(json_object* document, char const* path, json_object* node, LogWords const& words) {
+    if (words.isString && node == nullptr) {
         UTIL_ERROR("TreeMapObject::setting NULL for string, ignore\n");
         return;
     }
@@ -20,20 +21,22 @@ void setNode(json_object* document, char const* path, json_object* node, ValueWo
     }
 }
 
-// intended: a value of another type is converted by json-c's rules, not replaced by the default.
-json_object* getNode(json_object* document, char const* path, ValueWords const& words) {
+// Null when there is no node.
+// intended: a node of another type is returned too, for json-c to convert, not replaced by the
+// default.
+json_object* getNode(json_object* document, char const* path, LogWords const& words) {
     json_object* const node = JsonData::getJObj(document, path);
     if (node == nullptr) {
         UTIL_DEBUG("object '%s' is not available, assign default %s value as %s\n", printable(path),
                    words.shortName, words.defaultValue);
     } else if (!words.accepts(json_object_get_type(node))) {
-        UTIL_WARN("object '%s' is not %s!\n", path, words.kind);
+        UTIL_WARN("object '%s' is not %s!\n", path, words.nodeType);
     }
     return node;
 }
 
-// Null when there is none of the type.
-json_object* getChecked(json_object* document, char const* path, ValueWords const& words) {
+// Null when there is no node, and for one of another type.
+json_object* getChecked(json_object* document, char const* path, LogWords const& words) {
     json_object* const node = JsonData::getJObj(document, path);
     if (node == nullptr) {
         UTIL_ERROR("Cannot get %s value for object %s due to the attribute is NULL\n", words.name,
@@ -41,7 +44,7 @@ json_object* getChecked(json_object* document, char const* path, ValueWords cons
         return nullptr;
     }
     if (!words.accepts(json_object_get_type(node))) {
-        UTIL_WARN("object '%s' is not %s!\n", path, words.kind);
+        UTIL_WARN("object '%s' is not %s!\n", path, words.nodeType);
         return nullptr;
     }
     return node;
@@ -60,7 +63,7 @@ T getValue(json_object* document, char const* path) {
 
 template <typename T>
 bool getChecked(json_object* document, char const* path, T& out) {
-    if constexpr (isText<T>) {
+    if constexpr (isCString<T>) {
         out = nullptr;
     }
     json_object* const node = getChecked(document, path, ValueTraits<T>::WORDS);

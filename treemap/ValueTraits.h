@@ -1,5 +1,6 @@
-// What differs between the value types of the typed operations: how json-c makes and reads them, and
-// the words of their log lines.
+// What differs between the C++ types of the typed operations (set, get, get_ex, addArrayItem,
+// find): how json-c creates and reads a value, and the words of the log lines. Each operation has
+// one body for all types.
 #ifndef VOBIUTILS_TREEMAP_VALUETRAITS_H
 #define VOBIUTILS_TREEMAP_VALUETRAITS_H
 
@@ -9,14 +10,14 @@
 
 namespace vobiutils {
 
-// The operations themselves have one body for all types.
-struct ValueWords {
-    char const* name;          // in what could not be done
-    char const* shortName;     // in what is missing,
-    char const* defaultValue;  // and taken instead
-    char const* kind;          // what a node should have been
-    char const* addedAs;       // in what could not be added to an array
-    bool isText;
+// The words of a type in log lines, and which nodes hold a value of it.
+struct LogWords {
+    char const* name;          // in "fail to set NAME value"
+    char const* shortName;     // in "is not available, assign default SHORTNAME value
+    char const* defaultValue;  // as DEFAULTVALUE"
+    char const* nodeType;      // in "is not NODETYPE!"
+    char const* addedAs;       // in "fail to add ADDEDAS value to the array"
+    bool isString;
     bool (*accepts)(json_type type);
 };
 
@@ -24,19 +25,21 @@ template <typename T>
 struct ValueTraits;
 
 template <typename T>
-inline constexpr bool isText = std::is_same_v<T, char const*>;
+inline constexpr bool isCString = std::is_same_v<T, char const*>;
 
-inline bool isNumber(json_type type) { return type == json_type_int || type == json_type_double; }
-inline bool isBoolean(json_type type) { return type == json_type_boolean; }
-inline bool isString(json_type type) { return type == json_type_string; }
+inline bool acceptsNumber(json_type type) {
+    return type == json_type_int || type == json_type_double;
+}
+inline bool acceptsBoolean(json_type type) { return type == json_type_boolean; }
+inline bool acceptsString(json_type type) { return type == json_type_string; }
 
 template <>
 struct ValueTraits<int> {
     static json_object* make(int value) { return json_object_new_int(value); }
     static int read(json_object* node) { return json_object_get_int(node); }
 
-    static constexpr ValueWords WORDS = {"integer", "int", "0",     "number",
-                                         "integer", false, isNumber};
+    static constexpr LogWords WORDS = {"integer", "int", "0",          "number",
+                                       "integer", false, acceptsNumber};
 };
 
 // intended: stored as a signed number, so that 4294967295 becomes -1.
@@ -52,8 +55,8 @@ struct ValueTraits<double> {
     static json_object* make(double value) { return json_object_new_double(value); }
     static double read(json_object* node) { return json_object_get_double(node); }
 
-    static constexpr ValueWords WORDS = {"double", "double", "0.0",   "number",
-                                         "double", false,    isNumber};
+    static constexpr LogWords WORDS = {"double", "double", "0.0",        "number",
+                                       "double", false,    acceptsNumber};
 };
 
 template <>
@@ -61,8 +64,8 @@ struct ValueTraits<bool> {
     static json_object* make(bool value) { return json_object_new_boolean(value); }
     static bool read(json_object* node) { return json_object_get_boolean(node) != 0; }
 
-    static constexpr ValueWords WORDS = {"boolean", "bool", "false",  "boolean",
-                                         "boolean", false,  isBoolean};
+    static constexpr LogWords WORDS = {"boolean", "bool", "false",       "boolean",
+                                       "boolean", false,  acceptsBoolean};
 };
 
 template <>
@@ -72,9 +75,9 @@ struct ValueTraits<char const*> {
     }
     static char const* read(json_object* node) { return json_object_get_string(node); }
 
-    // intended: added as a double
-    static constexpr ValueWords WORDS = {"string", "string", "NULL",  "string",
-                                         "double", true,     isString};
+    // intended: a failed addArrayItem of a string is logged as one of a double
+    static constexpr LogWords WORDS = {"string", "string", "NULL",       "string",
+                                       "double", true,     acceptsString};
 };
 
 }  // namespace vobiutils
