@@ -2,30 +2,32 @@
 /// JSON documents over json-c: reading and writing values by path, documents from and to text and
 /// files, validation and comparison.
 ///
-/// A path names a value inside a document: "net.lan.list.[2].name". Its tokens stand between dots;
-/// a token that begins with "[" is an index into an array, any other one a member name, matched
-/// exactly. There is no escape: a member whose name holds a dot cannot be named. The empty path is
-/// the root. A dot at the end adds no token; other empty tokens ("a..b", ".") name the member "".
-/// The number of an index token is what stands between its first and its last character, read as an
-/// input stream reads an unsigned number ("[ 1 ]" is 1, "[-1]" is 4294967295). Text that is no
-/// number, or follows one, is reported on standard output and ignored: "[x]" is index 0. An index
-/// token of fewer than 3 characters names nothing.
+/// A path names a value inside a document: "net.lan.list.[2].name". It consists of tokens separated
+/// by dots. A token that begins with "[" is an index into an array, any other one a member name,
+/// matched exactly. There is no escape: a member whose name holds a dot cannot be named. The empty
+/// path is the root. A dot at the end adds no token; other empty tokens ("a..b", ".") name the
+/// member "". The number of an index token is what is between its first and its last character,
+/// read as an input stream reads an unsigned number ("[ 1 ]" is 1, "[-1]" is 4294967295).
+/// Characters that are not a number, or follow one, are reported on standard output and ignored:
+/// "[x]" is index 0. An index token of fewer than 3 characters names nothing.
 ///
 /// Ownership: json_object pointers returned or put into `parent` are borrowed from the document. A
-/// value must not be stored below itself.
+/// value must not be stored inside itself.
 ///
 /// Limits: recursion (by json-c, when it writes, copies or releases) is as deep as the document, no
-/// deeper. A stack of 128 KiB is enough for 256 levels, whatever is done with them; a document that
-/// is nested deeper is its maker's care. Texts and files are read, and files written, to json-c's
-/// own depth: 31 containers above a value. What follows the first value of a text is ignored.
+/// deeper. A stack of 128 KiB is enough for 256 levels, whatever is done with them; documents
+/// nested deeper than that are the caller's responsibility. Texts and files are read, and files
+/// written, to json-c's own depth: 31 containers above a value. What follows the first value of a
+/// text is ignored.
 ///
-/// Memory: where the library itself finds none, a function gives its failure result. json-c does
-/// not always: a text, a file or a copy that is read while memory runs out may lack members, or
-/// crash inside json-c. A text that is written is checked, and a save then fails.
+/// Memory: when the library itself is out of memory, a function returns its failure value. json-c
+/// does not always: a text, a file or a copy that is parsed while memory runs out may lack members,
+/// or json-c may crash. When a document is saved, the text is checked, and the save fails if it is
+/// not whole.
 ///
-/// Threads: every function may be called from any thread at once; no state is kept between calls.
-/// A document belongs to one thread at a time, for reading too: json-c keeps the text of a value
-/// inside it. Different documents never meet.
+/// Threads: every function may be called from any thread at once; no state is kept between calls. A
+/// document belongs to one thread at a time, for reading too, because json-c stores the text of a
+/// value inside it. Different documents are independent.
 #ifndef VOBIUTILS_JSONDATA_H
 #define VOBIUTILS_JSONDATA_H
 
@@ -44,27 +46,27 @@ class JsonData {
 
     /// The same, and reports where the walk ended: `parent` receives the container of the value,
     /// and `key` a copy of the last token, which the caller releases with delete[] (null when that
-    /// token is empty, and without memory). Both become null for the empty path and when a token
-    /// before the last leads nowhere. When only the last token leads nowhere, `key` is still given
-    /// and has to be released; `parent` is then the container one level above the one searched (or
-    /// `jobj`), of use to nobody. A null `jobj` or `path` gives null and leaves both untouched: set
-    /// them to null before.
+    /// token is empty, and when out of memory). Both become null for the empty path and when a
+    /// token before the last leads nowhere. When only the last token leads nowhere, `key` is still
+    /// given and has to be released; `parent` is then the container one level above the one
+    /// searched (or `jobj`), and is then of no use. A null `jobj` or `path` gives null and leaves
+    /// both untouched: set them to null before.
     static json_object* getJObj(json_object* jobj, char const* path, json_object*& parent,
                                 char const*& key);
 
-    /// Stores `jval` (null for JSON null) at `path` inside `jobj`, replacing what is there and
+    /// Stores `jval` (null for JSON null) at `path` inside `jobj`, replacing an existing value and
     /// creating the objects and arrays that are missing on the way. An index at or past the end of
     /// an array appends, without gaps. A member name on a root array appends an object and stores
     /// inside it (the path is then cut after 255 characters, "[n]." included). 0 when stored; 2 for
     /// a null `jobj`, a null or empty path, an index of fewer than 3 characters, or a step into an
-    /// existing value of the wrong type; what was created on the way then stays.
-    /// The document takes a reference of its own on `jval` when it is stored; the caller's
-    /// reference remains the caller's, on success and failure alike.
+    /// existing value of the wrong type. What was created on the way then stays. The document takes
+    /// a reference of its own on `jval` when it is stored; the caller's reference remains the
+    /// caller's, on success and failure alike.
     static int setJObj(json_object* jobj, char const* path, json_object* jval);
 
-    /// The same; on success `parent` receives the container `jval` is stored in and `key` a copy of
-    /// the last token, which the caller releases with free (not delete[], unlike getJObj; null when
-    /// there is no memory for it). On failure both are left untouched.
+    /// The same. On success `parent` receives the container that `jval` is stored in, and `key` a
+    /// copy of the last token, which the caller releases with free (not delete[], unlike getJObj;
+    /// null when out of memory). On failure both are left untouched.
     static int setJObj(json_object* jobj, char const* path, json_object* jval, json_object*& parent,
                        char const*& key);
 
@@ -77,45 +79,46 @@ class JsonData {
     /// `error` is set, and one without a value.
     static char const* getJson(TreeMapObject* obj);
 
-    /// An independent copy of `jobj`, made by way of its text and its limits; the caller holds its
-    /// one reference. Null for a null `jobj` and for what does not survive the way through text.
+    /// An independent copy of `jobj`, made by writing it as text and parsing that, with the limits
+    /// of both; the caller holds its one reference. Null for a null `jobj` and for what cannot be
+    /// parsed back.
     static json_object* cloneObject(json_object* jobj);
 
     /// Reads the file. A new handle that owns the document, deleted by the caller; its `jobj` is
-    /// null when the file is there but cannot be read or parsed. Null when there is no such file,
-    /// or for a null name.
+    /// null when the file exists but cannot be read or parsed. Null when there is no such file, or
+    /// for a null name.
     static TreeMapObject* createObjectFromFile(char const* file);
 
-    /// Writes the handle's value to the file, pretty. 0 when written; 2 when it could not be, for a
-    /// null handle or name, for a handle without a value, for a document that is nested deeper than
-    /// files are read, and for an existing file that the effective user may not write, whatever it
-    /// holds.
+    /// Writes the handle's value to the file, pretty-printed. 0 when written; 2 when that fails,
+    /// for a null handle or name, for a handle without a value, for a document that is nested
+    /// deeper than files are read, and for an existing file that the effective user may not write,
+    /// even if it holds the same text already.
     ///
     /// The file is replaced as a whole: the new one is written beside it under the name
     /// `.NAME.saving`, synced, and renamed over it. At any instant, and after a loss of power at
     /// any instant, the file holds the old document or the new one; after a result of 2 it holds
     /// the old one, and nothing is left beside it. A process that is killed may leave the ".saving"
-    /// file; the next save removes it. A file that holds the very text already is not written
+    /// file; the next save removes it. A file that holds the same text already is not written
     /// again.
     ///
     /// The permission bits, the owner (where the process may set it), the access control list and
-    /// symbolic links stay, and so do the other extended attributes, except any that cannot be
-    /// copied and those that vouch for the old content (security.ima, .evm, .capability). A new file
-    /// gets mode 0644 less the umask. Other names of the file (hard links) keep the old
-    /// document. What is there and is no regular file, a device or a pipe, is written directly, and
-    /// so is what a link below /proc leads to. A file that cannot be replaced, because its folder
-    /// allows no new file, or the system refuses the renaming or lets no new file have its mode or
-    /// access control list, is written in place: there a kill may leave half of it, though not a
-    /// full disk.
+    /// symbolic links are kept, and so are the other extended attributes, except any that cannot be
+    /// copied and those that vouch for the old content (security.ima, .evm, .capability). A new
+    /// file gets mode 0644 less the umask. Other names of the file (hard links) keep the old
+    /// document. An existing file that is not a regular file (a device, a pipe) is written in
+    /// place, as is one reached through a link below /proc. So is a file that cannot be replaced,
+    /// because its directory does not permit a new file, or the system refuses the rename or does
+    /// not let a new file have its mode or access control list. There a killed process may leave
+    /// part of the new content; a full disk does not.
     ///
     /// Threads and processes that save the same file at once wait for one another: the last one
-    /// wins, whole. What stands at the temporary name and can be neither locked nor removed, a
-    /// folder or another user's file, stays there, and a digit is put behind the name.
+    /// wins, whole. If something at the temporary name can be neither locked nor removed (a
+    /// directory, another user's file), it is left alone, and a digit is appended to the name.
     static int saveObjectToFile(char const* file, TreeMapObject* obj);
 
     /// Prints the value at `path` on standard error; the whole value for a null or empty path, and
     /// for the path "(null)". A null handle, or one without a value, prints a line that says so.
-    /// The number of characters printed; 0 when the path leads nowhere.
+    /// The number of characters printed; 0 when there is no value at the path.
     static int dumpObject(TreeMapObject* obj, char const* path);
 
     /// Validates the handle's value against a JSON Schema given as text. 0 when it is valid, and
@@ -133,9 +136,9 @@ class JsonData {
     static int validateFile(TreeMapObject* obj, char const* schemaFile);
 
     /// Compares two values whose types the caller has read. True for equal doubles, integers,
-    /// Booleans and texts (byte by byte, up to a NUL). Integers beyond 32 bits count as the nearest
-    /// one within. Values of different types, null pointers and JSON nulls are never equal; two
-    /// objects, or two arrays, always are, whatever they hold.
+    /// Booleans and strings (byte by byte, up to a NUL). Integers that do not fit in 32 bits count
+    /// as the nearest one that does. Values of different types, null pointers and JSON nulls are
+    /// never equal; two objects, or two arrays, always are, whatever they hold.
     static bool compareObjVal(json_object* src, json_type srcType, json_object* dst,
                               json_type dstType);
 };

@@ -12,11 +12,12 @@
 /// Nulls: a null path never names anything (operations report it as their failure), except where
 /// null is said to mean the whole value. A handle without a value (`jobj` null) has no members.
 ///
-/// A value must not be stored below itself.
+/// A value must not be stored inside itself.
 ///
 /// Limits: recursion is as deep as the document (find, and json-c's writing, copying and
-/// releasing): 128 KiB of stack are enough for 256 levels. What is nested deeper is its maker's
-/// care. Memory: allocating a returned handle may throw std::bad_alloc; nothing else throws.
+/// releasing): 128 KiB of stack are enough for 256 levels; documents nested deeper than that are
+/// the caller's responsibility. Memory: allocating a returned handle may throw std::bad_alloc;
+/// nothing else throws.
 ///
 /// Threads: a document, with every handle on it, belongs to one thread at a time, for reading too.
 /// Different documents may be used by any threads at once.
@@ -64,20 +65,20 @@ class TreeMapObject {
     /// \{
 
     /// Stores `value` at `path`, by the rules of JsonData::setJObj; a failure is logged. An
-    /// unsigned int is stored as a 32-bit signed one (4294967295 as -1). The text is copied; a null
-    /// text changes nothing. T: int, unsigned int, char const*, double, bool.
+    /// unsigned int is stored as a 32-bit signed one (4294967295 as -1). A string is copied; a null
+    /// one changes nothing. T: int, unsigned int, char const*, double, bool.
     template <typename T>
     void set(char const* path, T value);
 
     /// The value at `path`, or 0, 0.0, false or null when there is none. A value of another type is
-    /// converted by json-c's rules, with a warning (an int or double is a number to both). A text
-    /// belongs to the document and holds until its value is changed or released.
-    /// T: int, bool, double, char const*.
+    /// converted by json-c's rules, with a warning (an int or double is a number to both). A string
+    /// belongs to the document and is valid until its value is changed or released. T: int, bool,
+    /// double, char const*.
     template <typename T>
     T get(char const* path);
 
     /// Like get, but true only when `path` names a value of the type (an int or double serves both
-    /// numbers). On failure `out` is left as it was, a text becomes null.
+    /// numbers). On failure `out` is left as it was, except that a string becomes null.
     /// T: int, bool, double, char const*.
     template <typename T>
     bool get_ex(char const* path, T& out);
@@ -90,20 +91,20 @@ class TreeMapObject {
     void del(char const* path);
 
     /// Stores the node of `obj` at `path`; the document takes a reference of its own, `obj` keeps
-    /// its. A null `obj` changes nothing; one without a value stores JSON null.
-    /// The last token of the path is written into this handle's own key_obj, deliberately: a handle
-    /// that borrows an array no longer has the name there under which its parent holds the array,
-    /// which delArrayItem and clearArrayItems go by.
+    /// its. A null `obj` changes nothing; one without a value stores JSON null. The last token of
+    /// the path is written into this handle's own key_obj, deliberately. A handle that borrows an
+    /// array then no longer has the array's name in its parent there, which delArrayItem and
+    /// clearArrayItems use.
     void set(char const* path, TreeMapObject* obj);
 
     /// A new handle that borrows the node at `path`; null when there is none. For the empty path
-    /// the new handle owns a reference of its own on the node.
+    /// the new handle owns another reference on the node.
     TreeMapObject* get(char const* path);
 
     /// Prints the node at `path` on standard error; see JsonData::dumpObject.
     int dump(char const* path);
 
-    /// Number of elements; -1 when the node is no array.
+    /// Number of elements; -1 when the node is not an array.
     int len();
 
     /// A new handle that owns a deep copy of the node at `path` (of the whole value for a null
@@ -112,29 +113,29 @@ class TreeMapObject {
 
     /// \}
     /// \name Arrays
-    /// All of these fail, with -1 or null, when the node is no array.
+    /// All of these fail, with -1 or null, when the node is not an array.
     /// \{
 
     /// A new handle that borrows element `index`, without a value for JSON null; null past the end.
     TreeMapObject* at(unsigned int index);
 
     /// Replaces element `index` by the node of `item`, or appends it when `index` is past the end.
-    /// The index where it now stands; -1 for a null `item` or one without a value. The array takes
+    /// The index that it now has; -1 for a null `item` or one without a value. The array takes
     /// a reference of its own; `item` keeps its, and receives "[n]" in its key_obj.
     int setArrayItem(unsigned int index, TreeMapObject* item);
 
     /// Appends the node of `item`, as setArrayItem does. The index of the new element, or -1.
     int addArrayItem(TreeMapObject* item);
 
-    /// Appends a value. The index of the new element, or -1, also for a null text.
+    /// Appends a value. The index of the new element, or -1, also for a null string.
     /// T: int, bool, double, char const*.
     template <typename T>
     int addArrayItem(T value);
 
     /// Removes element `index`; the new length, or -1. The array is replaced by a new one, which a
-    /// handle that borrows stores in its parent under key_obj: only a member name of at most 32
-    /// characters finds its place again. An array that is itself an element of an array is refused,
-    /// with -1. Handles on the elements, and other handles on the array, are stale afterwards.
+    /// handle that borrows stores in its parent under key_obj, so that must be a member name of at
+    /// most 32 characters. An array that is itself an element of an array is refused, with -1.
+    /// Handles on the elements, and other handles on the array, are stale afterwards.
     int delArrayItem(unsigned int index);
 
     /// Removes every element: 0, or -1. Replaces the array as delArrayItem does.
@@ -144,7 +145,7 @@ class TreeMapObject {
     /// \name Search by value
     /// \{
 
-    /// Looks through the whole document for objects with a primitive member `key` equal to `value`.
+    /// Searches the whole document for objects with a primitive member `key` equal to `value`.
     /// For char const* the result holds a new handle on each such object, in document order, each
     /// with a reference of its own; the caller deletes them. For the other types the result is
     /// always empty, deliberately: a search that finds something logs an error and leaks the
@@ -153,13 +154,13 @@ class TreeMapObject {
     template <typename T>
     std::list<TreeMapObject*> find(char const* key, T value);
 
-    /// One half of find: searches an object and everything below, appends the hits to `result` and
-    /// returns their number; 0 for a null argument or a value of another type. `value` stays the
-    /// caller's.
+    /// One half of find: searches an object and everything inside it, appends the hits to `result`
+    /// and returns their number; 0 for a null argument or a value of another type. `value` stays
+    /// the caller's.
     int findInObject(std::list<TreeMapObject*>& result, char const* key, json_object* value,
                      json_object* object);
 
-    /// The other half: the same for the elements of an array and everything below.
+    /// The other half: the same for the elements of an array and everything inside them.
     int findInArray(std::list<TreeMapObject*>& result, char const* key, json_object* value,
                     json_object* array);
     /// \}
