@@ -1,6 +1,5 @@
 #include "Support.h"
 
-#include <ctype.h>
 #include <fcntl.h>
 #include <stdlib.h>
 #include <sys/wait.h>
@@ -8,11 +7,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <thread>
+#include <tuple>
 
 #include "BEConfig.h"
 #include "BELoginRecord.h"
@@ -55,70 +55,19 @@ bool TempDir::exists(std::string const& name) { return fs::exists(name); }
 
 namespace {
 
-// Sends what `stream` writes to a file until the scope ends.
-class Redirection {
-  public:
-    explicit Redirection(FILE* stream) : stream_(stream), file_(tmpfile()) {
-        fflush(stream_);
-        saved_ = dup(fileno(stream_));
-        dup2(fileno(file_), fileno(stream_));
-    }
-    Redirection(Redirection const&) = delete;
-    Redirection& operator=(Redirection const&) = delete;
-    ~Redirection() {
-        restore();
-        fclose(file_);
-    }
-
-    std::string text() {
-        restore();
-        std::string result;
-        rewind(file_);
-        for (int c = fgetc(file_); c != EOF; c = fgetc(file_)) {
-            result += static_cast<char>(c);
-        }
-        return result;
-    }
-
-  private:
-    void restore() {
-        if (saved_ >= 0) {
-            fflush(stream_);
-            dup2(saved_, fileno(stream_));
-            close(saved_);
-            saved_ = -1;
-        }
-    }
-
-    FILE* stream_;
-    FILE* file_;
-    int saved_;
-};
-
+// What `action` writes to a stream, by way of a file: a child process may write as well.
 std::string printedOn(FILE* stream, std::function<void()> const& action) {
-    Redirection redirection(stream);
+    fflush(stream);
+    int const before = dup(fileno(stream));
+    FILE* const file = tmpfile();
+    dup2(fileno(file), fileno(stream));
     action();
-    return redirection.text();
-}
-
-void replaceAll(std::string& text, std::string const& from, std::string const& to) {
-    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at)) {
-        text.replace(at, from.size(), to);
-        at += to.size();
-    }
-}
-
-void replacePointers(std::string& text) {
-    replaceAll(text, "(nil)", "NIL");
-    for (size_t at = text.find("0x"); at != std::string::npos; at = text.find("0x", at + 1)) {
-        size_t end = at + 2;
-        while (end < text.size() && isxdigit(static_cast<unsigned char>(text[end]))) {
-            ++end;
-        }
-        if (end - at > 5) {
-            text.replace(at, end - at, "PTR");
-        }
-    }
+    fflush(stream);
+    dup2(before, fileno(stream));
+    close(before);
+    std::string const text = TempDir::read("/proc/self/fd/" + std::to_string(fileno(file)));
+    fclose(file);
+    return text;
 }
 
 }  // namespace
@@ -129,13 +78,20 @@ std::string printedOnError(std::function<void()> const& action) {
     return printedOn(stderr, action);
 }
 
-std::string transcript(std::function<void()> const& action) {
-    std::string text = printed(action);
-    replaceAll(text, "UTIL          |", "");
-    replaceAll(text, " INFO:", "INFO:");
-    replaceAll(text, " WARN:", "WARN:");
-    replacePointers(text);
+std::string withoutPointers(std::string text) {
+    static std::pair<std::regex, char const*> const replacements[] = {
+        {std::regex("UTIL          \\| ?"), ""},
+        {std::regex("\\(nil\\)"), "NIL"},
+        {std::regex("0x[0-9a-f]{4,}"), "PTR"},
+    };
+    for (auto const& [from, to] : replacements) {
+        text = std::regex_replace(text, from, to);
+    }
     return text;
+}
+
+std::string transcript(std::function<void()> const& action) {
+    return withoutPointers(printed(action));
 }
 
 ChildResult inChild(std::function<void()> const& action) {
@@ -193,31 +149,6 @@ bool isHeld(pthread_mutex_t& mutex) {
     return held;
 }
 
-void waitUntilAsleep(std::atomic<pid_t> const& thread) {
-    for (int asleep = 0; asleep < 5;) {
-        std::string const status =
-            TempDir::read("/proc/self/task/" + std::to_string(thread) + "/stat");
-        size_t const name = status.rfind(')');
-        asleep = name != status.npos && status.compare(name, 3, ") S") == 0 ? asleep + 1 : 0;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-}
-
-void onSmallStack(std::function<void()> const& action) {
-    pthread_attr_t small;
-    pthread_attr_init(&small);
-    pthread_attr_setstacksize(&small, 128 << 10);
-    auto const run = [](void* data) -> void* {
-        (*static_cast<std::function<void()> const*>(data))();
-        return nullptr;
-    };
-    pthread_t thread;
-    void* const data = const_cast<std::function<void()>*>(&action);
-    EXPECT_EQ(pthread_create(&thread, &small, run, data), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&small);
-}
-
 json_object* json(char const* text) { return json_tokener_parse(text); }
 
 std::string text(json_object* value) {
@@ -234,35 +165,28 @@ IntendedLeaks::IntendedLeaks() {}
 IntendedLeaks::~IntendedLeaks() {}
 #endif
 
-struct LibraryTest::Settings {
-    std::string logFile = BEConfig::LOG_FILE;
-    std::string dataLocation = BEConfig::DATA_LOCATION;
-    int levels[4] = {BEConfig::LOG_INFO_ENABLE, BEConfig::LOG_WARNING_ENABLE,
-                     BEConfig::LOG_DEBUG_ENABLE, BEConfig::LOG_ERROR_ENABLE};
-    int logToFile = BEConfig::LOG_TO_FILE;
-    int logMask = BEConfig::LOG_MASK;
-    int enableFileLog = Logger::enableFileLog;
-    unsigned int mask = Logger::mask;
-};
+namespace {
 
-LibraryTest::LibraryTest() : before_(new Settings) {
+auto const SETTINGS =
+    std::tie(BEConfig::LOG_FILE, BEConfig::DATA_LOCATION, BEConfig::LOG_INFO_ENABLE,
+             BEConfig::LOG_WARNING_ENABLE, BEConfig::LOG_DEBUG_ENABLE, BEConfig::LOG_ERROR_ENABLE,
+             BEConfig::LOG_TO_FILE, BEConfig::LOG_MASK, Logger::enableFileLog, Logger::mask);
+
+template <typename... Values>
+std::function<void()> restoring(std::tuple<Values&...> settings) {
+    return [settings, before = std::tuple<Values...>(settings)]() mutable { settings = before; };
+}
+
+}  // namespace
+
+LibraryTest::LibraryTest() : restore_(restoring(SETTINGS)) {
     Logger::mask = ~0U;
     Logger::enableFileLog = 0;
     BELoginRecord::isRunning = false;
 }
 
 LibraryTest::~LibraryTest() {
-    BEConfig::LOG_FILE = before_->logFile;
-    BEConfig::DATA_LOCATION = before_->dataLocation;
-    BEConfig::LOG_INFO_ENABLE = before_->levels[0];
-    BEConfig::LOG_WARNING_ENABLE = before_->levels[1];
-    BEConfig::LOG_DEBUG_ENABLE = before_->levels[2];
-    BEConfig::LOG_ERROR_ENABLE = before_->levels[3];
-    BEConfig::LOG_TO_FILE = before_->logToFile;
-    BEConfig::LOG_MASK = before_->logMask;
-    Logger::enableFileLog = before_->enableFileLog;
-    Logger::mask = before_->mask;
-    delete before_;
+    restore_();
     IntendedLeaks const dropped;
     LocalDbCtrl::controllers.clear();
 }

@@ -7,7 +7,6 @@
 #include <json-c/json.h>
 #include <pthread.h>
 
-#include <atomic>
 #include <functional>
 #include <string>
 
@@ -33,8 +32,10 @@ class TempDir {
 std::string printed(std::function<void()> const& action);
 std::string printedOnError(std::function<void()> const& action);
 
-// The log lines that `action` writes, without the group column: "DEBUG: ...". Every pointer reads
-// PTR, a null one NIL.
+// Log lines without the group column: "DEBUG: ...". Every pointer reads PTR, a null one NIL.
+std::string withoutPointers(std::string text);
+
+// The log lines that `action` writes, in that form.
 std::string transcript(std::function<void()> const& action);
 
 // Runs `action` in a process of its own: what it prints, and its exit status.
@@ -58,12 +59,6 @@ extern std::string const READER_1235;
 // Whether a thread holds the mutex, this one or another.
 bool isHeld(pthread_mutex_t& mutex);
 
-// Returns when a thread, whose number it waits for, sleeps: in the tests, on a mutex or a condition.
-void waitUntilAsleep(std::atomic<pid_t> const& thread);
-
-// Runs `action` on a thread with a stack of 128 KiB: request threads have no more.
-void onSmallStack(std::function<void()> const& action);
-
 // JSON written with single quotes; the caller holds the reference.
 json_object* json(char const* text);
 // The text of a value, without blanks and with single quotes.
@@ -85,8 +80,7 @@ class LibraryTest : public testing::Test {
     TempDir dir;
 
   private:
-    struct Settings;
-    Settings* const before_;
+    std::function<void()> const restore_;  // the settings
 };
 
 #endif

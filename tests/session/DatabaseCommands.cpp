@@ -1,0 +1,160 @@
+// Commands of golden sessions: file names, controllers, locks and transactions.
+#include <deque>
+#include <thread>
+
+#include "CommLabel.h"
+#include "LocalDbCtrl.h"
+#include "Session.h"
+
+namespace {
+
+LOCALDB_HANDLER& controllerOf(Call const& c) { return *LocalDbCtrl::controllers.at(c.words[1]); }
+
+std::string stateOf(LOCALDB_HANDLER& controller, unsigned int type) {
+    std::atomic_ref<int> const state(controller.state[type]);
+    return std::to_string(state) + (isHeld(controller.lock[type]) ? " held" : " free");
+}
+
+// With the document, unless a save is reading it.
+void showState(Call& c) {
+    std::string const state = stateOf(controllerOf(c), c.number(2));
+    TreeMapObject const* const document = controllerOf(c).dbObject[c.number(2)];
+    c.result = "state " + state;
+    c.result += document != nullptr && state != "2 free" ? " " + text(document->jobj) : "";
+}
+
+// Returns when the state is "2 free", say.
+void awaitState(Call& c) {
+    while (stateOf(controllerOf(c), c.number(2)) != c.words[3] + " " + c.words[4]) {
+        std::this_thread::yield();
+    }
+}
+
+// Former controllers stay their users'.
+void init(Call&) {
+    auto const former = LocalDbCtrl::controllers;
+    LocalDbCtrl::init();
+    printed([&] {
+        for (auto const& [key, controller] : former) {
+            delete controller;
+        }
+    });
+}
+
+void showKeys(Call& c) {
+    for (auto const& [key, controller] : LocalDbCtrl::controllers) {
+        c.result += key + (controller != nullptr ? " " : " (null) ");
+    }
+}
+
+void find(Call& c) { c.result = LocalDbCtrl::getDBByKey(c.word(1)) != nullptr ? "found" : "null"; }
+
+// A whole change: adds 1 to the member "saves".
+void count(Call& c) {
+    TreeMapObject* const document = LocalDbCtrl::lockDbObject(c.number(1), "", c.word(2));
+    document->set("saves", document->get<int>("saves") + 1);
+    c.answer(LocalDbCtrl::saveDbObject(static_cast<API_TYPE_T>(c.number(1)), c.word(2)));
+}
+
+// Ends a lock for which a removal of the session waits, and makes the session anew as soon as it is gone.
+void unlockAndClone(Call& c) {
+    c.answer(LocalDbCtrl::unlockDbObject(c.number(1), c.word(2)));
+    while (LocalDbCtrl::cloneNewDB(c.word(2)) == 0) {
+    }
+}
+
+void dropDocument(Call& c) { delete std::exchange(controllerOf(c).dbObject[c.number(2)], nullptr); }
+
+// An entry of one of the writable tables of names; NULL, too.
+void setName(Call& c, char const** names) {
+    static std::deque<std::string> kept;
+    kept.push_back(c.words[2]);
+    names[c.number(1)] = c.word(2) != nullptr ? kept.back().c_str() : nullptr;
+}
+
+// Each function has a buffer on each thread.
+void showBuffers(Call& c) {
+    char const* const data = LocalDbCtrl::getFileName(0);
+    char const* const message = LocalDbCtrl::getFileName(0, 0);
+    char const* const schema = LocalDbCtrl::getSchemaFile(0, 0);
+    LocalDbCtrl::getFileName(1);
+    std::thread([] { LocalDbCtrl::getFileName(2); }).join();
+    c.result = shown(data) + " " + shown(message) + " " + shown(schema);
+}
+
+char const* const STATUSES[] = {"locked",  "busy",          "no file",   "unreadable",
+                                "no node", "bad arguments", "no memory", "ended"};
+
+void begin(Call& c) {
+    auto transaction =
+        std::make_unique<LocalDbTransaction>(c.number(2), c.word(3), c.word(4), c.number(5));
+    c.result = STATUSES[transaction->status()];
+    EXPECT_EQ(static_cast<bool>(*transaction), transaction->object() != nullptr);
+    std::scoped_lock const lock(c.session.guard);
+    if (*transaction) {
+        c.result += " " + text(transaction->object()->jobj);
+        c.session.handles[c.words[1]] = transaction->object();
+        c.session.texts[c.words[1]] = text(transaction->object()->jobj);
+    }
+    c.session.transactions[c.words[1]] = std::move(transaction);
+}
+
+// Ends a transaction by a call, or, without one, with its scope.
+void end(Call& c, int (LocalDbTransaction::*finish)()) {
+    std::unique_lock lock(c.session.guard);
+    c.session.handles.erase(c.words[1]);
+    std::unique_ptr<LocalDbTransaction>& transaction = c.session.transactions.at(c.words[1]);
+    lock.unlock();
+    if (finish == nullptr) {
+        transaction.reset();
+        return;
+    }
+    c.answer(((*transaction).*finish)());
+    c.result += std::string(" ") + STATUSES[transaction->status()];
+    EXPECT_EQ(transaction->object(), nullptr);
+}
+
+}  // namespace
+
+Commands const DATABASE_COMMANDS = {
+    // names
+    {"file", [](Call& c) { c.answer(LocalDbCtrl::getFileName(c.number(1))); }},
+    {"message-file", [](Call& c) { c.answer(LocalDbCtrl::getFileName(c.number(1), c.number(2))); }},
+    {"schema-file",
+     [](Call& c) { c.answer(LocalDbCtrl::getSchemaFile(c.number(1), c.number(2))); }},
+    {"api-folder", [](Call& c) { c.answer(LocalDbCtrl::getApiDir(c.number(1))); }},
+    {"label", [](Call& c) { c.answer(COMM_LABEL(c.number(1), c.number(2))); }},
+    {"set-api-folder", [](Call& c) { setName(c, API_DATA_DIR); }},
+    {"set-wifi-label", [](Call& c) { setName(c, WIFI_LBL); }},
+    {"buffers", showBuffers},
+    // controllers
+    {"init", init},
+    {"clone-db", [](Call& c) { c.answer(LocalDbCtrl::cloneNewDB(c.word(1))); }},
+    {"remove-db", [](Call& c) { c.answer(LocalDbCtrl::removeDB(c.word(1))); }},
+    {"key", find},
+    {"keys", showKeys},
+    // locks
+    {"state", showState},
+    {"await-state", awaitState},
+    {"lock",
+     [](Call& c) { c.keep(1, LocalDbCtrl::lockDbObject(c.number(2), c.word(3), c.word(4))); }},
+    {"save-db",
+     [](Call& c) {
+         c.answer(LocalDbCtrl::saveDbObject(static_cast<API_TYPE_T>(c.number(1)), c.word(2)));
+     }},
+    {"unlock-db", [](Call& c) { c.answer(LocalDbCtrl::unlockDbObject(c.number(1), c.word(2))); }},
+    {"count", count},
+    {"unlock-and-clone", unlockAndClone},
+    // what a program may do to the public fields
+    {"drop-document", dropDocument},
+    {"set-state",
+     [](Call& c) {
+         std::atomic_ref<int>(controllerOf(c).state[c.number(2)]) = static_cast<int>(c.number(3));
+     }},
+    {"unlock-mutex", [](Call& c) { pthread_mutex_unlock(&controllerOf(c).lock[c.number(2)]); }},
+    // transactions
+    {"begin", begin},
+    {"commit", [](Call& c) { end(c, &LocalDbTransaction::save); }},
+    {"keep", [](Call& c) { end(c, &LocalDbTransaction::keep); }},
+    {"discard", [](Call& c) { end(c, nullptr); }},
+};

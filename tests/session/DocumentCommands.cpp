@@ -1,0 +1,92 @@
+// Commands of golden sessions: documents from and to text and files, and validation.
+#include <fcntl.h>
+#include <jsonschema.h>
+#include <unistd.h>
+
+#include "JsonData.h"
+#include "LocalDbCtrl.h"
+#include "Session.h"
+#include "jsondata/JsonRef.h"
+
+using namespace vobiutils;
+
+namespace {
+
+// Deeper than json-c reads by default.
+json_object* parsed(char const* text) {
+    std::unique_ptr<json_tokener, void (*)(json_tokener*)> const tokener(json_tokener_new_ex(6000),
+                                                                         json_tokener_free);
+    json_object* const value = json_tokener_parse_ex(tokener.get(), text, -1);
+    EXPECT_EQ(json_tokener_get_error(tokener.get()), json_tokener_success);
+    return value;
+}
+
+// By the validator alone, on a small stack; it leaves both as they are.
+void isValid(Call& c) {
+    JsonRef const schema(parsed(c.word(1)));
+    JsonRef const instance(parsed(c.word(2)));
+    std::string const before = text(schema.get()) + text(instance.get());
+    Actor validator;
+    validator.begin(
+        [&] { return shown(json_validate_instance(instance.get(), schema.get()) != 0); });
+    c.result = validator.end();
+    EXPECT_EQ(text(schema.get()) + text(instance.get()), before);
+}
+
+void validate(Call& c) {
+    IntendedLeaks const schema;  // of an invalid document
+    c.answer(JsonData::validateObject(c.handle(1), c.word(2)));
+}
+
+// Loads a message, and validates it before and after a member is changed.
+void validateChanged(Call& c) {
+    TreeMapObject message(c.number(1), c.number(2));
+    TreeMapObject value(json(c.word(4)));
+    c.answer(LocalDbCtrl::validateObject(&message, c.number(1), c.number(2)));
+    message.set(c.word(3), &value);
+    c.result += ", then " + shown(LocalDbCtrl::validateObject(&message, c.number(1), c.number(2)));
+}
+
+// By the link that the system has for an open file, which may have lost its own name.
+void saveOpen(Call& c, bool hasName) {
+    int const fd = open(c.word(1), O_RDWR);
+    if (!hasName) {
+        unlink(c.word(1));
+    }
+    std::string const name = "/proc/self/fd/" + std::to_string(fd);
+    c.answer(JsonData::saveObjectToFile(name.c_str(), c.handle(2)));
+    c.result += " " + TempDir::read(name);
+    close(fd);
+}
+
+void saveText(Call& c) {
+    TreeMapObject document(parsed(c.word(2)));
+    c.answer(JsonData::saveObjectToFile(c.word(1), &document));
+}
+
+}  // namespace
+
+Commands const DOCUMENT_COMMANDS = {
+    {"new", [](Call& c) { c.keep(1, new TreeMapObject(c.word(2))); }},
+    {"new-empty", [](Call& c) { c.keep(1, new TreeMapObject(c.words[2] == "array")); }},
+    {"new-deep", [](Call& c) { c.keep(1, new TreeMapObject(parsed(c.word(2)))); }},
+    {"create", [](Call& c) { c.keep(1, JsonData::createObject(c.word(2))); }},
+    {"load", [](Call& c) { c.keep(1, JsonData::createObjectFromFile(c.word(2))); }},
+    {"message", [](Call& c) { c.keep(1, new TreeMapObject(c.number(2), c.number(3))); }},
+    {"copy", [](Call& c) { c.result = text(JsonRef(JsonData::cloneObject(c.node(1))).get()); }},
+    {"json", [](Call& c) { c.answer(JsonData::getJson(c.handle(1))); }},
+    {"save", [](Call& c) { c.answer(JsonData::saveObjectToFile(c.word(1), c.handle(2))); }},
+    {"save-text", saveText},
+    {"save-open", [](Call& c) { saveOpen(c, true); }},
+    {"save-nameless", [](Call& c) { saveOpen(c, false); }},
+    {"dump", [](Call& c) { c.result = printedOnError([&] { c.handle(1)->dump(c.word(2)); }); }},
+    {"valid", isValid},
+    {"valid-files",
+     [](Call& c) { c.answer(json_validate_instance_from_file(c.word(1), c.word(2)) != 0); }},
+    {"validate", validate},
+    {"validate-file", [](Call& c) { c.answer(JsonData::validateFile(c.handle(1), c.word(2))); }},
+    {"validate-files", [](Call& c) { c.answer(JsonData::validateFile(c.word(1), c.word(2))); }},
+    {"validate-changed", validateChanged},
+    {"validate-message",
+     [](Call& c) { c.answer(LocalDbCtrl::validateObject(c.handle(1), c.number(2), c.number(3))); }},
+};

@@ -1,0 +1,90 @@
+// Commands of golden sessions: the path language on bare json-c values, and their comparison.
+#include <stdlib.h>
+
+#include "JsonData.h"
+#include "Session.h"
+#include "jsondata/JsonRef.h"
+
+using namespace vobiutils;
+
+namespace {
+
+// The path of a node, to tell containers apart.
+std::string place(json_object* root, json_object* node, std::string const& at = "root") {
+    std::string found = root == node ? at : "";
+    if (json_object_is_type(root, json_type_object)) {
+        json_object_object_foreach(root, key, value) {
+            found = found.empty() ? place(value, node, at + "." + key) : found;
+        }
+    } else if (json_object_is_type(root, json_type_array)) {
+        for (size_t i = 0; i < json_object_array_length(root) && found.empty(); ++i) {
+            found = place(json_object_array_get_idx(root, i), node,
+                          at + ".[" + std::to_string(i) + "]");
+        }
+    }
+    return found;
+}
+
+void showPlace(Call& c, json_object* parent, char const* key) {
+    c.result += parent != nullptr ? " in " + place(c.node(1), parent) : "";
+    c.result += key != nullptr ? " key " + shown(key) : "";
+}
+
+void lookUp(Call& c) {
+    json_object* parent = nullptr;
+    char const* key = nullptr;
+    json_object* const value = JsonData::getJObj(c.node(1), c.word(2), parent, key);
+    c.result = text(value);
+    printed([&] { EXPECT_EQ(JsonData::getJObj(c.node(1), c.word(2)), value); });
+    showPlace(c, parent, key);
+    delete[] key;
+}
+
+int store(Call& c, json_object* value) {
+    json_object* parent = nullptr;
+    char const* key = nullptr;
+    int const code = JsonData::setJObj(c.node(1), c.word(2), value, parent, key);
+    c.answer(code);
+    showPlace(c, parent, key);
+    EXPECT_EQ(code == 0, key != nullptr);
+    free(const_cast<char*>(key));
+    return code;
+}
+
+// Only a stored value has another owner.
+void assign(Call& c) {
+    json_object* const value = json(c.word(3));
+    int const code = store(c, value);
+    EXPECT_EQ(json_object_put(value), code == 0 || value == nullptr ? 0 : 1);
+}
+
+void assignNode(Call& c) {
+    json_object* value = nullptr;
+    printed([&] { value = JsonData::getJObj(c.node(1), c.word(3)); });
+    store(c, value);
+}
+
+void compare(Call& c) {
+    JsonRef const a(json(c.word(1)));
+    JsonRef const b(json(c.word(2)));
+    c.answer(JsonData::compareObjVal(a.get(), json_object_get_type(a.get()), b.get(),
+                                     json_object_get_type(b.get())));
+}
+
+// A null pointer of type 1 (a boolean) to 6 (a string), with another one.
+void compareNull(Call& c) {
+    json_type const type = static_cast<json_type>(c.number(1));
+    JsonRef const string(json("'1'"));
+    c.answer(JsonData::compareObjVal(nullptr, type, nullptr, type) ||
+             JsonData::compareObjVal(string.get(), type, nullptr, type));
+}
+
+}  // namespace
+
+Commands const PATH_COMMANDS = {
+    {"lookup", lookUp},
+    {"assign", assign},
+    {"assign-node", assignNode},
+    {"compare", compare},
+    {"compare-null", compareNull},
+};
