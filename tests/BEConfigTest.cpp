@@ -1,80 +1,99 @@
-// The settings: their defaults, the configuration file laid over them, and files that are no good.
+// The settings: their defaults, and the configuration file laid over them. golden/settings.txt has the
+// values that a key may have, and the files that are of no use.
 #include "BEConfig.h"
 
-#include <sstream>
+#include <variant>
 
-#include "Support.h"
+#include "session/Session.h"
 
 namespace {
 
-// The keys of the file in the order in which they are read; values() has their settings in the same
-// order, without "enable_bruteforce_prevent", which none holds.
-std::string const TEXT_KEYS =
-    "webserver_ports ipv4_allow_ports ipv6_allow_ports lan_allow_ports wan_allow_ports "
-    "wlan_allow_ports data_location webserver_docroot url_rewrite_path download_storage "
-    "upload_storage ssl_certification_file duplicate_login_enable log_file ";
-std::string const NUMBER_KEYS =
-    "enable_https repo_type api_version enable_multidb_mode log_to_file log_debug_enable "
-    "log_warning_enable log_info_enable log_error_enable log_mask validation_on_response "
-    "enable_bruteforce_prevent enable_cross_domain enable_bypass_token ";
+typedef std::variant<std::string*, int*> Destination;  // which says what type the file must have
 
-template <typename... Values>
-std::string join(Values const&... each) {
-    std::ostringstream text;
-    ((text << each << '|'), ...);
-    return text.str();
+// One row for each setting, those of the file in the order in which they are read.
+struct Setting {
+    std::string key;  // in the file; dots lead into objects
+    Destination destination;
+    std::string fallback;
+} const SETTINGS[] = {
+    {"webserver_ports", &BEConfig::WEBSERVER_PORTS, "8081,8082"},
+    {"ipv4_allow_ports", &BEConfig::IPV4_ALLOW_PORTS, "8081,8082"},
+    {"ipv6_allow_ports", &BEConfig::IPV6_ALLOW_PORTS, "8081"},
+    {"lan_allow_ports", &BEConfig::LAN_ALLOW_PORTS, "8081,8082"},
+    {"wan_allow_ports", &BEConfig::WAN_ALLOW_PORTS, "8081"},
+    {"wlan_allow_ports", &BEConfig::WLAN_ALLOW_PORTS, ""},
+    {"data_location", &BEConfig::DATA_LOCATION, "./data"},
+    {"webserver_docroot", &BEConfig::WEBSERVER_DOCROOT, "www/vobi"},
+    {"url_rewrite_path", &BEConfig::URL_REWRITE, "url_rewrite.txt"},
+    {"download_storage", &BEConfig::DOWNLOAD_STORAGE, "/tmp/be_download"},
+    {"upload_storage", &BEConfig::UPLOAD_STORAGE, "/tmp/be_upload"},
+    {"ssl_certification_file", &BEConfig::SSL_CERTIFICATION_FILE, "./ssl_cert.pem"},
+    {"duplicate_login_enable", &BEConfig::DUPLICATE_LOGIN_ENABLE, ""},
+    {"log_file", &BEConfig::LOG_FILE, "./BE.log"},
+    {"enable_https", &BEConfig::ENABLE_HTTPS, "0"},
+    {"repo_type", &BEConfig::REPO_TYPE, "1"},
+    {"api_version", &BEConfig::API_VERSION, "0"},
+    {"enable_multidb_mode", &BEConfig::MULTIDB_MODE_ENABLE, "0"},
+    {"log_to_file", &BEConfig::LOG_TO_FILE, "1"},
+    {"log_debug_enable", &BEConfig::LOG_DEBUG_ENABLE, "1"},
+    {"log_warning_enable", &BEConfig::LOG_WARNING_ENABLE, "1"},
+    {"log_info_enable", &BEConfig::LOG_INFO_ENABLE, "1"},
+    {"log_error_enable", &BEConfig::LOG_ERROR_ENABLE, "1"},
+    {"log_mask", &BEConfig::LOG_MASK, "268435455"},
+    {"validation_on_response", &BEConfig::VALIDATION_ON_RESPONSE, "1"},
+    {"enable_bruteforce_prevent", static_cast<int*>(nullptr), "0"},  // starts the login record
+    {"enable_cross_domain", &BEConfig::ENABLE_CROSS_DOMAIN, "0"},
+    {"enable_bypass_token", &BEConfig::ENABLE_BYPASS_TOKEN, "0"},
+    {"system.cleanup_time", &BEConfig::AUTH_CLEANUP, "60"},
+    {"system.domain_name", &BEConfig::AUTH_SECRET_STR, "u8jzPde0IgxLd6GncfBAepfJBd0Kh"},
+    {"system.timer.session", &BEConfig::AUTH_EXPIRATION, "1440"},
+    {"no key: script directory", &BEConfig::SYSTEM_SCRIPT_DIR, "scripts"},
+    {"no key: port", &BEConfig::WEBSERVER_PORT, "8888"},
+    {"no key: guest network", &BEConfig::GUEST_NETWORK_ENABLE, "0"},
+};
+
+bool isString(Setting const& setting) { return setting.destination.index() == 0; }
+bool isTopLevel(Setting const& setting) {
+    return setting.key.find_first_of(".:") == std::string::npos;
 }
 
-std::string values() {
-    using S = BEConfig;
-    return join(S::WEBSERVER_PORTS, S::IPV4_ALLOW_PORTS, S::IPV6_ALLOW_PORTS, S::LAN_ALLOW_PORTS,
-                S::WAN_ALLOW_PORTS, S::WLAN_ALLOW_PORTS, S::DATA_LOCATION, S::WEBSERVER_DOCROOT,
-                S::URL_REWRITE, S::DOWNLOAD_STORAGE, S::UPLOAD_STORAGE, S::SSL_CERTIFICATION_FILE,
-                S::DUPLICATE_LOGIN_ENABLE, S::LOG_FILE, S::ENABLE_HTTPS, S::REPO_TYPE,
-                S::API_VERSION, S::MULTIDB_MODE_ENABLE, S::LOG_TO_FILE, S::LOG_DEBUG_ENABLE,
-                S::LOG_WARNING_ENABLE, S::LOG_INFO_ENABLE, S::LOG_ERROR_ENABLE, S::LOG_MASK,
-                S::VALIDATION_ON_RESPONSE, S::ENABLE_CROSS_DOMAIN, S::ENABLE_BYPASS_TOKEN,
-                S::AUTH_CLEANUP, S::AUTH_SECRET_STR, S::AUTH_EXPIRATION, S::SYSTEM_SCRIPT_DIR,
-                S::WEBSERVER_PORT, S::GUEST_NETWORK_ENABLE);
-}
-
-char const DEFAULTS[] =
-    "8081,8082|8081,8082|8081|8081,8082|8081||./data|www/vobi|url_rewrite.txt|/tmp/be_download|"
-    "/tmp/be_upload|./ssl_cert.pem||./BE.log|0|1|0|0|1|1|1|1|1|268435455|1|0|0|60|"
-    "u8jzPde0IgxLd6GncfBAepfJBd0Kh|1440|scripts|8888|0|";
-char const STARTED[] = "init: new record file is created\n";
-
-// The two lines for each of some keys that is missing or of the wrong type.
-std::string refused(std::string const& keys) {
-    std::istringstream stream(keys);
-    std::string lines;
-    for (std::string key; stream >> key;) {
-        bool const text = (TEXT_KEYS + "domain_name ").find(key + " ") != std::string::npos;
-        lines += "Configuration error, parameter MUST be ";
-        lines += text ? "string\n" : "integer or boolean\n";
-        lines += "Configuration is wrong, use default value for " + key + "\n";
+std::string valueOf(Setting const& setting) {
+    if (isString(setting)) {
+        return *std::get<std::string*>(setting.destination);
     }
-    return lines;
+    int const* const number = std::get<int*>(setting.destination);
+    return number != nullptr ? std::to_string(*number) : setting.fallback;
 }
 
-// A file that has for each key a value of its own, from 100 on, and then one more member.
-std::string fileWith(std::string const& key, std::string const& json) {
-    std::istringstream keys(TEXT_KEYS + NUMBER_KEYS);
-    std::string each;
-    std::string file = "{";
-    for (int value = 100; keys >> each; ++value) {
-        std::string const quote = value < 114 ? "'" : "";
-        file += "'" + each + "': " + quote + std::to_string(value) + quote + ", ";
+// "key=value" for each setting that has not its default.
+std::string changes() {
+    std::string changed;
+    for (Setting const& setting : SETTINGS) {
+        std::string const value = valueOf(setting);
+        changed += value != setting.fallback ? setting.key + "=" + value + "\n" : "";
     }
-    return file + "'" + key + "': " + json + "}";
+    return changed;
 }
 
-// What is printed by a process that loads `content` and then tells the values.
-std::string load(TempDir const& dir, std::string const& content) {
-    dir.write("be.cfg", content);
+// The members of the top level, with values from `valueFor`.
+template <typename ValueFor>
+std::string members(ValueFor const& valueFor) {
+    std::string text;
+    for (Setting const& setting : SETTINGS) {
+        std::string const quote = isString(setting) ? "'" : "";
+        text += isTopLevel(setting)
+                    ? "'" + setting.key + "': " + quote + valueFor(setting) + quote + ", "
+                    : "";
+    }
+    return text;
+}
+
+// What a process prints that loads a file, and which settings that changes.
+std::string load(std::string const& text) {
+    TempDir::write("be.cfg", text);
     ChildResult const child = inChild([] {
         BEConfig::init("be.cfg");
-        fputs(values().c_str(), stdout);
+        fputs(changes().c_str(), stdout);
     });
     EXPECT_EQ(child.status, 0);
     return child.output;
@@ -82,77 +101,35 @@ std::string load(TempDir const& dir, std::string const& content) {
 
 using BEConfigTest = LibraryTest;
 
-TEST_F(BEConfigTest, EachKeySetsItsOwnMember) {
-    char const json[] = "{'cleanup_time': 5, 'domain_name': 'D', 'timer': {'session': 30}}";
-    EXPECT_EQ(
-        load(dir, fileWith("system", json)),
-        "100|101|102|103|104|105|106|107|108url_rewrite.txt|109|110|111|112|113|114|115|116|117|"
-        "118|119|120|121|122|123|124|126|127|300|D|1800|scripts|8888|0|");
+TEST_F(BEConfigTest, EachKeySetsItsOwnSetting) {
+    EXPECT_EQ(changes(), "");
+    auto const ownValue = [](Setting const& setting) {
+        return std::to_string(100 + (&setting - SETTINGS));
+    };
+    std::string expected;
+    for (Setting const& setting : SETTINGS) {
+        bool const isSet = isTopLevel(setting) && setting.key != "enable_bruteforce_prevent";
+        std::string const suffix = setting.key == "url_rewrite_path" ? setting.fallback : "";
+        expected += isSet ? setting.key + "=" + ownValue(setting) + suffix + "\n" : "";
+    }
+    EXPECT_EQ(load("{" + members(ownValue) + "'unknown': [1]}"), expected);
 }
 
 // In this process, so that a document that is not released shows as a leak.
 TEST_F(BEConfigTest, AnEmptyObjectIsReportedKeyByKey) {
+    std::string lines;
+    for (Setting const& setting : SETTINGS) {
+        lines += !isTopLevel(setting)
+                     ? ""
+                     : std::string("Configuration error, parameter MUST be ") +
+                           (isString(setting) ? "string\n" : "integer or boolean\n") +
+                           "Configuration is wrong, use default value for " + setting.key + "\n";
+    }
     dir.write("be.cfg", "{}");
     EXPECT_EQ(printed([] { BEConfig::init("be.cfg"); }),
-              refused(TEXT_KEYS + NUMBER_KEYS) + STARTED);
-    EXPECT_EQ(values(), DEFAULTS);
+              lines + "init: new record file is created\n");
+    EXPECT_EQ(changes(), "");
     BEConfig::isInit = false;
-}
-
-TEST_F(BEConfigTest, ValuesOfOneKey) {
-    std::string const secret = "|u8jzPde0IgxLd6GncfBAepfJBd0Kh|";
-    std::string const two = refused("cleanup_time domain_name");
-    std::string const three = two + refused("session");
-    std::tuple<char const*, char const*, std::string, std::string> const rows[] = {
-        {"unknown", "[1]", "", "60" + secret + "1440"},
-        {"log_mask", "true", "", "1"},
-        {"log_mask", "false", "", "0"},
-        {"log_mask", "5000000000", "", "2147483647"},
-        {"log_mask", "-5000000000", "", "-2147483648"},
-        {"log_mask", "3.5 '3' null [1] {}", refused("log_mask"), "268435455"},
-        {"wan_allow_ports", "8080 true null ['1'] {}", refused("wan_allow_ports"), "8081"},
-        {"url_rewrite_path", "7", refused("url_rewrite_path"), "url_rewrite.txt"},
-        {"enable_bruteforce_prevent", "2 -1 0 false", "", "124|126"},
-        {"enable_bruteforce_prevent", "1 true", STARTED, "124|126"},
-        {"enable_bruteforce_prevent", "'x'", refused("enable_bruteforce_prevent") + STARTED,
-         "124|126"},
-        {"system", "{} null 7 [{}]", two, "3600" + secret + "1440"},
-        {"system", "{'cleanup_time':5,'domain_name':'D'}", "", "300|D|1440"},
-        {"system", "{'timer':{'session':30}}", two, "3600" + secret + "1800"},
-        {"system", "{'timer':{}} {'timer':null} {'cleanup_time':'5','domain_name':5,'timer':7}",
-         three, "3600" + secret + "86400"},
-        {"system", "{'cleanup_time':2147483647,'domain_name':'','timer':{'session':71582789}}", "",
-         "-60||44"},
-    };
-    for (auto const& [key, jsons, lines, expected] : rows) {
-        std::istringstream stream(jsons);
-        for (std::string json; stream >> json;) {
-            std::string const output = load(dir, fileWith(key, json));
-            EXPECT_EQ(output.substr(0, output.find("100|")), lines) << key << json;
-            EXPECT_NE(output.find("|" + expected + "|"), std::string::npos)
-                << key << json << output;
-        }
-    }
-}
-
-TEST_F(BEConfigTest, AFileThatCannotBeReadLeavesTheDefaultsAndIsTheOneCall) {
-    for (char const* content : {"", "\x7f\x01{}", "{'log_mask': 1", "null"}) {
-        EXPECT_EQ(load(dir, content), DEFAULTS) << content;
-    }
-    EXPECT_FALSE(TempDir::exists(".loginrecord.cfg"));
-    // With a blank, without which a number or a word might still go on.
-    for (char const* content : {"[{}]", "7 ", "'{}'", "false "}) {
-        EXPECT_EQ(load(dir, content), "Configuration file be.cfg has wrong format, exit...\n");
-    }
-    for (char const* file : {"none", ".", static_cast<char const*>(nullptr)}) {
-        auto const twice = [&] {
-            BEConfig::init(file);
-            BEConfig::init("be.cfg");
-        };
-        EXPECT_EQ(
-            inChild(twice).output,
-            "UTIL          | WARN: BEConfig::init: System configure is initialized already\n");
-    }
 }
 
 TEST(SessionUptime, IsCutToWholeSeconds) {
@@ -165,4 +142,25 @@ TEST(SessionUptime, IsCutToWholeSeconds) {
     EXPECT_LE(uptime, std::stoi(TempDir::read("/proc/uptime")));
 }
 
+// A file with the defaults, but for one member.
+void loadMember(Call& c) {
+    std::string const defaults = members([](Setting const& setting) {
+        return setting.key == "url_rewrite_path" ? "" : setting.fallback;
+    });
+    c.result = load("{" + defaults + "'" + c.words[1] + "': " + c.words[2] + "}");
+}
+
+void loadTwice(Call& c) {
+    c.result = inChild([&] {
+                   BEConfig::init(c.word(1));
+                   BEConfig::init("be.cfg");
+               }).output;
+}
+
 }  // namespace
+
+Commands const SETTING_COMMANDS = {
+    {"config", [](Call& c) { c.result = load(c.word(1)); }},
+    {"config-member", loadMember},
+    {"config-twice", loadTwice},
+};

@@ -159,8 +159,9 @@ std::string Session::perform(Words const& words) {
         chooseLevels(words[1]);
         return "";
     }
-    for (Commands const* commands : {&FILE_COMMANDS, &PATH_COMMANDS, &DOCUMENT_COMMANDS,
-                                     &HANDLE_COMMANDS, &DATABASE_COMMANDS, &LOGIN_COMMANDS}) {
+    for (Commands const* commands :
+         {&FILE_COMMANDS, &PATH_COMMANDS, &DOCUMENT_COMMANDS, &HANDLE_COMMANDS, &DATABASE_COMMANDS,
+          &LOGIN_COMMANDS, &SETTING_COMMANDS, &LOG_COMMANDS}) {
         auto const command = commands->find(words[0]);
         if (command != commands->end()) {
             Call call = {*this, words, ""};

@@ -94,5 +94,7 @@ extern Commands const DOCUMENT_COMMANDS;
 extern Commands const HANDLE_COMMANDS;
 extern Commands const DATABASE_COMMANDS;
 extern Commands const LOGIN_COMMANDS;
+extern Commands const SETTING_COMMANDS;  // BEConfigTest.cpp
+extern Commands const LOG_COMMANDS;      // LoggerTest.cpp
 
 #endif
