@@ -62,23 +62,23 @@ bool faults::disarm() { return countdown.exchange(0) < 0; }
         return fails(faults::CALL) ? failure<RESULT>() : __real_##NAME(__VA_ARGS__); \
     }
 
-WRAP(OPEN, int, open, (char const* name, int flags, mode_t mode), name, flags, mode)
-WRAP(OPEN, int, open64, (char const* name, int flags, mode_t mode), name, flags, mode)
-WRAP(OPEN, FILE*, fopen, (char const* name, char const* mode), name, mode)
-WRAP(OPEN, FILE*, fopen64, (char const* name, char const* mode), name, mode)
+// Functions that have a second form for large files.
+#define WRAP_BOTH(CALL, RESULT, NAME, PARAMETERS, ...) \
+    WRAP(CALL, RESULT, NAME, PARAMETERS, __VA_ARGS__)  \
+    WRAP(CALL, RESULT, NAME##64, PARAMETERS, __VA_ARGS__)
+
+WRAP_BOTH(OPEN, int, open, (char const* name, int flags, mode_t mode), name, flags, mode)
+WRAP_BOTH(OPEN, FILE*, fopen, (char const* name, char const* mode), name, mode)
 WRAP(READ, ssize_t, read, (int fd, void* bytes, size_t size), fd, bytes, size)
 WRAP(SYNC, int, fsync, (int fd), fd)
 WRAP(RENAME, int, rename, (char const* from, char const* to), from, to)
-WRAP(STAT, int, stat, (char const* name, void* status), name, status)
-WRAP(STAT, int, stat64, (char const* name, void* status), name, status)
-WRAP(STAT, int, fstat, (int fd, void* status), fd, status)
-WRAP(STAT, int, fstat64, (int fd, void* status), fd, status)
+WRAP_BOTH(STAT, int, stat, (char const* name, void* status), name, status)
+WRAP_BOTH(STAT, int, fstat, (int fd, void* status), fd, status)
 WRAP(STAT, int, lstat64, (char const* name, void* status), name, status)
 WRAP(LOCK, int, flock, (int fd, int operation), fd, operation)
 WRAP(OWNER, int, fchown, (int fd, uid_t owner, gid_t group), fd, owner, group)
 WRAP(MODE, int, fchmod, (int fd, mode_t mode), fd, mode)
-WRAP(DUPLICATE, int, fcntl, (int fd, int command, int from), fd, command, from)
-WRAP(DUPLICATE, int, fcntl64, (int fd, int command, int from), fd, command, from)
+WRAP_BOTH(DUPLICATE, int, fcntl, (int fd, int command, int from), fd, command, from)
 WRAP(LINK, ssize_t, readlink, (char const* name, char* to, size_t size), name, to, size)
 WRAP(STAT, ssize_t, llistxattr, (char const* file, char* list, size_t size), file, list, size)
 WRAP(XATTR, ssize_t, lgetxattr, (char const* file, char const* name, void* to, size_t size), file,
