@@ -64,36 +64,33 @@ bool passes(json_object* group, json_object* test) {
     return good && text(group) == before;
 }
 
-void runGroup(json_object* group, std::string const& name, bool report, Count& count) {
-    json_object* const tests = member(group, "tests");
-    for (size_t i = 0; i < json_object_array_length(tests); ++i) {
-        json_object* const test = json_object_array_get_idx(tests, i);
-        bool const passed = passes(group, test);
-        ++count.cases;
-        count.passed += passed ? 1 : 0;
-        if (!passed && report) {
-            printf("  %s: %s: %s\n", name.c_str(),
-                   json_object_get_string(member(group, "description")),
-                   json_object_get_string(member(test, "description")));
-        }
-    }
-}
-
 // Without a draft, every group runs as it is.
 void runFile(fs::path const& file, std::string const& draft, bool report, Count& count) {
     JsonRef const groups(json_object_from_file(file.c_str()));
     if (!json_object_is_type(groups.get(), json_type_array)) {
-        printf("  %s: no array of groups\n", file.c_str());
+        printf("  %s: not an array of groups\n", file.c_str());
         ++count.cases;
         return;
     }
     for (size_t i = 0; i < json_object_array_length(groups.get()); ++i) {
         json_object* const group = json_object_array_get_idx(groups.get(), i);
-        if (draft.empty() || !needsOtherDocument(member(group, "schema"), file)) {
-            if (!draft.empty()) {
-                declareDraft(member(group, "schema"), draft);
+        if (!draft.empty() && needsOtherDocument(member(group, "schema"), file)) {
+            continue;
+        }
+        if (!draft.empty()) {
+            declareDraft(member(group, "schema"), draft);
+        }
+        json_object* const tests = member(group, "tests");
+        for (size_t j = 0; j < json_object_array_length(tests); ++j) {
+            json_object* const test = json_object_array_get_idx(tests, j);
+            bool const passed = passes(group, test);
+            ++count.cases;
+            count.passed += passed ? 1 : 0;
+            if (!passed && report) {
+                printf("  %s: %s: %s\n", file.filename().c_str(),
+                       json_object_get_string(member(group, "description")),
+                       json_object_get_string(member(test, "description")));
             }
-            runGroup(group, file.filename(), report, count);
         }
     }
 }

@@ -21,37 +21,32 @@ int numberOf(json_object* file, char const* key, int other) {
     return isNumber ? json_object_get_int(value) : other;
 }
 
-int minutes(int value) { return static_cast<int>(static_cast<unsigned int>(value) * 60U); }
-
 }  // namespace
 
 int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
-    static Sandbox const sandbox;
-    Sandbox::write("config", asText(data, size));
+    enterSandbox();
+    TempDir::write("config", asText(data, size));
     JsonRef const file(json_object_from_file("config"));
     if (file && !json_object_is_type(file.get(), json_type_object)) {
         return 0;
     }
     BEConfig::isInit = false;
     BELoginRecord::isRunning = false;
-    BEConfig::WEBSERVER_PORTS = BEConfig::LOG_FILE = "";
+    BEConfig::WEBSERVER_PORTS = "";
     BEConfig::URL_REWRITE = "url_rewrite.txt";
     BEConfig::REPO_TYPE = 1;
     BEConfig::AUTH_CLEANUP = 60;
-    BEConfig::LOG_MASK = 0x0FFFFFFF;
     BEConfig::init("config");
 
     json_object* const system = json_object_object_get(file.get(), "system");
     bool const hasSystem = json_object_object_get_ex(file.get(), "system", nullptr) != 0;
-    int const cleanup = numberOf(system, "cleanup_time", 60);
+    unsigned int const cleanup = numberOf(system, "cleanup_time", 60);
     require(BEConfig::isInit);
     require(BEConfig::WEBSERVER_PORTS == textOf(file.get(), "webserver_ports", ""));
-    require(BEConfig::LOG_FILE == textOf(file.get(), "log_file", ""));
     require(BEConfig::URL_REWRITE ==
             textOf(file.get(), "url_rewrite_path", "") + "url_rewrite.txt");
     require(BEConfig::REPO_TYPE == numberOf(file.get(), "repo_type", 1));
-    require(BEConfig::LOG_MASK == numberOf(file.get(), "log_mask", 0x0FFFFFFF));
-    require(BEConfig::AUTH_CLEANUP == (hasSystem ? minutes(cleanup) : 60));
+    require(BEConfig::AUTH_CLEANUP == (hasSystem ? static_cast<int>(cleanup * 60U) : 60));
     require(BELoginRecord::isRunning ==
             (file && numberOf(file.get(), "enable_bruteforce_prevent", 1) == 1));
     return 0;

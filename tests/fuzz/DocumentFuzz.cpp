@@ -33,13 +33,13 @@ void edit(TreeMapObject& document) {
 }
 
 void saveAndLoad(TreeMapObject& document) {
-    std::string const before = Sandbox::read(FILE_NAME);
+    std::string const before = TempDir::read(FILE_NAME);
     if (JsonData::saveObjectToFile(FILE_NAME, &document) != 0) {
-        require(Sandbox::read(FILE_NAME) == before);
+        require(TempDir::read(FILE_NAME) == before);
         return;
     }
     std::string const text = pretty(document.jobj);
-    require(Sandbox::read(FILE_NAME) == text);
+    require(TempDir::read(FILE_NAME) == text);
     TreeMapObject* const read = JsonData::createObjectFromFile(FILE_NAME);
     bool const isContainer = json_object_is_type(document.jobj, json_type_object) ||
                              json_object_is_type(document.jobj, json_type_array);
@@ -52,8 +52,8 @@ void saveAndLoad(TreeMapObject& document) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
-    static Sandbox const sandbox;
-    Sandbox::write(FILE_NAME, asText(data, size));
+    enterSandbox();
+    TempDir::write(FILE_NAME, asText(data, size));
     TreeMapObject* const document = JsonData::createObjectFromFile(FILE_NAME);
     saveAndLoad(*document);
     edit(*document);

@@ -5,15 +5,12 @@
 #include <stddef.h>
 #include <stdint.h>
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "Logger.h"
+#include "Support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size);
 
@@ -36,27 +33,13 @@ inline bool takeLine(std::string& input, std::string& line) {
     return any;
 }
 
-// A folder of the process's own as working directory, and every log line formatted for nobody.
-class Sandbox {
-  public:
-    Sandbox() : folder_(std::filesystem::temp_directory_path() / "fuzz-XXXXXX") {
-        require(mkdtemp(folder_.data()) != nullptr && chdir(folder_.c_str()) == 0 &&
-                freopen("/dev/null", "w", stdout) != nullptr);
-        Logger::mask = ~0U;
-        Logger::enableFileLog = 0;
-    }
-    ~Sandbox() { std::filesystem::remove_all(folder_); }
-
-    static void write(char const* name, std::string const& text) {
-        std::ofstream(name, std::ios::binary) << text;
-    }
-    static std::string read(char const* name) {
-        std::ifstream file(name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-  private:
-    std::string folder_;
-};
+// Makes a folder of the process's own the working directory, once; every log line is formatted for nobody.
+inline void enterSandbox() {
+    static TempDir const folder;
+    static FILE* const output = freopen("/dev/null", "w", stdout);
+    require(output != nullptr);
+    Logger::mask = ~0U;
+    Logger::enableFileLog = 0;
+}
 
 #endif

@@ -11,10 +11,10 @@ extern "C" [[gnu::visibility("default")]] char const* __lsan_default_options();
 extern "C" char const* __lsan_default_options() { return "detect_leaks=0"; }
 
 int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
-    static Sandbox const sandbox;
+    enterSandbox();
     char const file[] = ".loginrecord.cfg";
     std::string const input = asText(data, size);
-    Sandbox::write(file, input);
+    TempDir::write(file, input);
     JsonRef const value(json_object_from_file(file));
     BELoginRecord::isRunning = true;
     LoginAttemptInfo const before = BELoginRecord::getAttempt("a");
@@ -25,10 +25,10 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     bool const erased = BELoginRecord::eraseAttempt("a");
     require(!erased || BELoginRecord::getAttempt("a").attempts == 0);
     require(usable || !erased);
-    std::string const text = Sandbox::read(file);
+    std::string const text = TempDir::read(file);
     bool const counted = BELoginRecord::setAttempt("a");
     LoginAttemptInfo const after = BELoginRecord::getAttempt("a");
-    require(counted ? after.attempts == 1 && after.lockMinutes == 0 : Sandbox::read(file) == text);
+    require(counted ? after.attempts == 1 && after.lockMinutes == 0 : TempDir::read(file) == text);
     require(usable || text == input);
     require(counted == usable);
     for (int i = 0; counted && i < 9; ++i) {

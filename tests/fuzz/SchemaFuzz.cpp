@@ -10,8 +10,6 @@ using namespace vobiutils;
 
 namespace {
 
-std::string text(json_object* value) { return json_object_to_json_string(value); }
-
 json_object* negation(json_object* schema) {
     json_object* const outer = json_object_new_object();
     json_object_object_add(outer, "not", json_object_get(schema));

@@ -43,7 +43,7 @@ void findUnsigned(Call& c) {
 
 void search(Call& c, bool inArray) {
     std::list<TreeMapObject*> hits;
-    JsonRef const value(c.word(3) != nullptr ? json(c.word(3)) : nullptr);
+    JsonRef const value(c.json(3));
     int const count = inArray ? c.handle(1)->findInArray(hits, c.word(2), value.get(), c.node(4))
                               : c.handle(1)->findInObject(hits, c.word(2), value.get(), c.node(4));
     c.result = shown(count) + " ";

@@ -53,7 +53,7 @@ int store(Call& c, json_object* value) {
 
 // Only a stored value has another owner.
 void assign(Call& c) {
-    json_object* const value = json(c.word(3));
+    json_object* const value = c.json(3);
     int const code = store(c, value);
     EXPECT_EQ(json_object_put(value), code == 0 || value == nullptr ? 0 : 1);
 }
@@ -64,19 +64,15 @@ void assignNode(Call& c) {
     store(c, value);
 }
 
+// Of the types that they have, or both of the type whose number is given: that of a null pointer.
 void compare(Call& c) {
-    JsonRef const a(json(c.word(1)));
-    JsonRef const b(json(c.word(2)));
-    c.answer(JsonData::compareObjVal(a.get(), json_object_get_type(a.get()), b.get(),
-                                     json_object_get_type(b.get())));
-}
-
-// A null pointer of type 1 (a boolean) to 6 (a string), with another one.
-void compareNull(Call& c) {
-    json_type const type = static_cast<json_type>(c.number(1));
-    JsonRef const string(json("'1'"));
-    c.answer(JsonData::compareObjVal(nullptr, type, nullptr, type) ||
-             JsonData::compareObjVal(string.get(), type, nullptr, type));
+    JsonRef const values[] = {JsonRef(c.json(1)), JsonRef(c.json(2))};
+    json_type types[] = {json_object_get_type(values[0].get()),
+                         json_object_get_type(values[1].get())};
+    if (c.words.size() > 3) {
+        types[0] = types[1] = static_cast<json_type>(c.number(3));
+    }
+    c.answer(JsonData::compareObjVal(values[0].get(), types[0], values[1].get(), types[1]));
 }
 
 }  // namespace
@@ -86,5 +82,4 @@ Commands const PATH_COMMANDS = {
     {"assign", assign},
     {"assign-node", assignNode},
     {"compare", compare},
-    {"compare-null", compareNull},
 };

@@ -6,7 +6,8 @@
 //
 // A command runs on the thread that plays the session, "B lock ..." on a thread B. "B begins lock ..."
 // returns as soon as B sleeps in that command, "B waits" says whether it still does, and "B ends" waits
-// for its answer. "log all" shows all log lines from there on, "log nothing" none; without either only
+// for its answer. "as-user save ..." runs in a process of its own, by another user if this one is root.
+// "log all" shows all log lines from there on, "log nothing" none; without either only
 // warnings and errors are shown.
 #ifndef VOBIUTILS_TESTS_SESSION_H
 #define VOBIUTILS_TESTS_SESSION_H
@@ -40,6 +41,7 @@ class Session {
   private:
     std::string perform(Words const& words);
     std::string performByName(Words words);
+    std::string performAsUser(Words const& words);
     std::string changes();
 
     std::map<std::string, Actor> actors_;
@@ -61,6 +63,7 @@ struct Call {
     unsigned int number(size_t i) const;
     TreeMapObject* handle(size_t i) const;
     json_object* node(size_t i) const;  // the handle's; borrowed
+    json_object* json(size_t i) const;  // of the word's text; the caller's
 
     template <typename Value>
     void answer(Value const& value) {
