@@ -1,5 +1,5 @@
-// The settings: their defaults, and the configuration file laid over them. golden/settings.txt has the
-// values that a key may have, and the files that are of no use.
+// The settings: their defaults, and the configuration file laid over them. golden/settings.txt has
+// the values that a key may have, and the unusable files.
 #include "BEConfig.h"
 
 #include <variant>
@@ -8,9 +8,11 @@
 
 namespace {
 
-typedef std::variant<std::string*, int*> Destination;  // which says what type the file must have
+typedef std::variant<std::string*, int*>
+    Destination;  // its type is the type that the file must have
 
-// One row for each setting, those of the file in the order in which they are read.
+// One row for each setting, in the order in which the file is read. A key with a colon is not in
+// the file.
 struct Setting {
     std::string key;  // in the file; dots lead into objects
     Destination destination;
@@ -65,7 +67,7 @@ std::string valueOf(Setting const& setting) {
     return number != nullptr ? std::to_string(*number) : setting.fallback;
 }
 
-// "key=value" for each setting that has not its default.
+// "key=value" for each setting that differs from its default.
 std::string changes() {
     std::string changed;
     for (Setting const& setting : SETTINGS) {
@@ -88,7 +90,7 @@ std::string members(ValueFor const& valueFor) {
     return text;
 }
 
-// What a process prints that loads a file, and which settings that changes.
+// Loads a file in a child process, and returns what it prints and which settings it changes.
 std::string load(std::string const& text) {
     TempDir::write("be.cfg", text);
     ChildResult const child = inChild([] {
@@ -115,7 +117,7 @@ TEST_F(BEConfigTest, EachKeySetsItsOwnSetting) {
     EXPECT_EQ(load("{" + members(ownValue) + "'unknown': [1]}"), expected);
 }
 
-// In this process, so that a document that is not released shows as a leak.
+// Runs in this process, so that a document that is not released is found as a leak.
 TEST_F(BEConfigTest, AnEmptyObjectIsReportedKeyByKey) {
     std::string lines;
     for (Setting const& setting : SETTINGS) {
@@ -142,7 +144,7 @@ TEST(SessionUptime, IsCutToWholeSeconds) {
     EXPECT_LE(uptime, std::stoi(TempDir::read("/proc/uptime")));
 }
 
-// A file with the defaults, but for one member.
+// Loads a file with the defaults, except for one member.
 void loadMember(Call& c) {
     std::string const defaults = members([](Setting const& setting) {
         return setting.key == "url_rewrite_path" ? "" : setting.fallback;

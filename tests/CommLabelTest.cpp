@@ -8,7 +8,8 @@
 
 namespace {
 
-// A request is followed by its response, in the gateway's index 73 by the next request as well.
+// Requests and responses alternate. Entry 73 of the gateway holds two names run together, which are
+// split here.
 TEST(CommLabel, NamesComeInPairsAndOnlyOnce) {
     unsigned int const sizes[] = {89, 84, 78, 112, 164, 60, 20};
     std::set<std::string> stems;

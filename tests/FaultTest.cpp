@@ -1,6 +1,6 @@
-// Each system call, allocation and memory-taking json-c call that an operation makes is made to fail, one
-// at a time. Afterwards the files are old or new, nothing is left beside them, locks and states agree,
-// and the next operation works.
+// Each system call, allocation and memory-taking json-c call that an operation makes is made to
+// fail, one at a time. Afterwards the files are old or new, nothing is left beside them, locks and
+// states agree, and the next operation works.
 #include <errno.h>
 #include <fcntl.h>
 #include <pthread.h>
@@ -74,7 +74,7 @@ std::string const OLD = "{\n  \"a\":{\n    \"b\":1\n  }\n}";
 std::string const NEW = "{\n  \"a\":{\n    \"b\":2\n  }\n}";
 char const LAN_FILE[] = "data/network/network.ldb";
 
-// Who may not read the old file may not open the temporary one.
+// A user who may not read the old file may not open the temporary one either.
 void expectNoWiderAccess() {
     struct stat old;
     struct stat temporary;
@@ -86,8 +86,8 @@ void expectNoWiderAccess() {
     }
 }
 
-// Where the system has access control lists, either the old file has one or the folder gives one to
-// new files.
+// If the system has access control lists, either the old file has one or the folder gives new files
+// one.
 void saves(Trial& trial, std::string const& old, bool hasList = false) {
     std::filesystem::create_directory("saved");
     remove("saved/file");
@@ -106,11 +106,12 @@ void saves(Trial& trial, std::string const& old, bool hasList = false) {
     trial.run([&] { result = JsonData::saveObjectToFile("saved/file", &document); });
     faults::atFault = nullptr;
     EXPECT_TRUE(result == 0 || (result == 2 && !trial.fault.harmless));
-    bool const knowsNone = !hasList && trial.fault.error == EOPNOTSUPP;  // knows no lists
+    bool const knowsNone =
+        !hasList && trial.fault.error == EOPNOTSUPP;  // the file system has no lists
     EXPECT_TRUE(old.empty() || knowsNone || attributeOf("saved/file", ACL) == acl);
     if (old.empty() && trial.n == 1 && trial.reached) {  // the first of each kind always matters
         EXPECT_EQ(result == 0, trial.fault.harmless || trial.fault.error == EACCES ||
-                                   trial.fault.call == faults::JSON);  // the text is made again
+                                   trial.fault.call == faults::JSON);  // the string is made again
     }
     bool const decides =
         trial.reached && (trial.fault.call == faults::ACCESS || trial.fault.call == faults::XATTR);
@@ -148,7 +149,7 @@ void savesThroughALink(Trial& trial) {
     EXPECT_EQ(entriesOf("linked"), 2);
 }
 
-// A file that has no name any more, and a device.
+// An open file that has lost its name, and a device.
 void savesInPlace(Trial& trial) {
     int const fd = open("nameless", O_RDWR | O_CREAT, 0600);
     unlink("nameless");
@@ -176,7 +177,8 @@ void loads(Trial& trial) {
     EXPECT_EQ(TempDir::read("loaded"), OLD);
 }
 
-// What a lock gave agrees with the table of LocalDbLock.cpp, and so does what ends it.
+// The results of a lock, and of the call that ends it, agree with the state table in
+// LocalDbLock.cpp.
 void locks(Trial& trial, char const* path, bool save) {
     TempDir::write(LAN_FILE, OLD);
     trial.run([] { EXPECT_EQ(LocalDbCtrl::unlockDbObject(API_NETWORK, "before init"), 2); });
@@ -185,7 +187,6 @@ void locks(Trial& trial, char const* path, bool save) {
     TreeMapObject* object = nullptr;
     int state = -1;
     bool changed = false;
-    bool held = true;
     int result = -1;
     trial.run([&] {
         object = LocalDbCtrl::lockDbObject(API_NETWORK, path, "default");
@@ -200,8 +201,7 @@ void locks(Trial& trial, char const* path, bool save) {
         result = save ? LocalDbCtrl::saveDbObject(API_NETWORK, "default")
                       : LocalDbCtrl::unlockDbObject(API_NETWORK, "default");
     });
-    held = isHeld(controller.lock[API_NETWORK]);
-    EXPECT_FALSE(held);
+    EXPECT_FALSE(isHeld(controller.lock[API_NETWORK]));
     EXPECT_TRUE(object != nullptr ? state == DB_STATE_WRITING : state != DB_STATE_WRITING);
     EXPECT_TRUE(result == 0 || !trial.fault.harmless);
     EXPECT_EQ(TempDir::read(LAN_FILE), save && result == 0 && changed ? NEW : OLD);
@@ -220,7 +220,7 @@ void locksAndSaves(Trial& trial) { locks(trial, "", true); }
 void locksANodeAndSaves(Trial& trial) { locks(trial, "a", true); }
 void locksANodeAndUnlocks(Trial& trial) { locks(trial, "a", false); }
 
-// The document is in memory before, as OLD with one change kept.
+// A first transaction leaves the document in memory.
 void transacts(Trial& trial) {
     TempDir::write(LAN_FILE, OLD);
     LocalDbCtrl::init();
@@ -271,7 +271,7 @@ void makesASession(Trial& trial) {
     LocalDbCtrl::removeDB("default");
 }
 
-// A record that cannot be read stops; one that cannot be written is as it was.
+// A record that cannot be read stops; one that cannot be written stays as it is.
 void countsAttempts(Trial& trial) {
     BELoginRecord::isRunning = false;
     BELoginRecord::init();
@@ -283,7 +283,7 @@ void countsAttempts(Trial& trial) {
         trial.run([&] { done = operation(client == 0 ? "a" : "b"); });
         EXPECT_TRUE(done || !trial.fault.harmless);
         EXPECT_EQ(TempDir::read(".loginrecord.cfg") == before, !done);
-        EXPECT_FALSE(TempDir::exists("..loginrecord.cfg.saving"));
+        EXPECT_FALSE(std::filesystem::exists("..loginrecord.cfg.saving"));
         EXPECT_FALSE(isHeld(BELoginRecord::lock));
         BELoginRecord::isRunning = true;
         attempts[client] = done ? after : attempts[client];
@@ -350,7 +350,8 @@ void logs(Trial& trial) {
     EXPECT_EQ(TempDir::read("log"), lost ? "" : name + "| INFO: hello\n");
 }
 
-// What cannot be stored stays the caller's; a name that no buffer on the stack takes is found and copied.
+// A value that cannot be stored stays the caller's. One name is too long for the buffers on the
+// stack.
 void assigns(Trial& trial) {
     std::string const name(150, 'k');
     std::string const inLong = name + ".a";
@@ -375,7 +376,7 @@ void assigns(Trial& trial) {
     }
 }
 
-// An array is as it was, or as it was to be, and the document's.
+// The array is unchanged or changed completely, and still belongs to the document.
 void changesArrays(Trial& trial) {
     TreeMapObject item("{}");
     struct {
@@ -404,7 +405,7 @@ void usesHandles(Trial& trial) {
         "{\"a\": {\"name\": \"text\"}, \"list\": [{\"name\": \"text\"}, 1], \"number\": 1}");
     TreeMapObject stored("{}");
     int valid = -1;
-    IntendedLeaks const schema;  // one that is not satisfied
+    IntendedLeaks const schema;  // of an invalid document
     trial.run([&] {
         valid = JsonData::validateObject(
             &document,
@@ -427,7 +428,7 @@ void usesHandles(Trial& trial) {
 struct Operation {
     char const* name;
     void (*run)(Trial& trial);
-    bool mayThrow;  // it allocates a handle, a controller, a key or an entry
+    bool mayThrow;  // std::bad_alloc, when a handle, a controller or a key cannot be allocated
     int syncs = 0;  // of files and, after a rename, of their folder
 };
 

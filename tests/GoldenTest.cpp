@@ -3,9 +3,9 @@
 // anew, to be read before they are kept. session/Session.h has the form of a command.
 #include <stdlib.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "session/Session.h"
@@ -14,14 +14,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<fs::path> sessions() {
-    std::vector<fs::path> files;
-    for (auto const& entry : fs::directory_iterator(GOLDEN_FILES)) {
-        if (entry.path().extension() == ".txt") {
-            files.push_back(entry.path());
-        }
-    }
-    std::sort(files.begin(), files.end());
+std::set<fs::path> sessions() {
+    std::set<fs::path> files(fs::directory_iterator(GOLDEN_FILES), {});
+    std::erase_if(files, [](fs::path const& file) { return file.extension() != ".txt"; });
     return files;
 }
 

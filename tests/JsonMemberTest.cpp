@@ -1,6 +1,6 @@
-// Members of objects of every size, by names of every length. Few members are compared one by one,
-// more of them are found by json-c's hash: of the name in place at the end of a path, of a copy on the
-// way. A long name on the way is always compared.
+// Finding members in objects of every size, by names of every length. The library compares the
+// names of a few members one by one and hashes the name for more, and these ways must agree with
+// json-c's.
 #include <algorithm>
 
 #include "JsonData.h"
@@ -21,7 +21,7 @@ std::string nameOf(int number) {
     return name;
 }
 
-// The library adds the members, json-c adds them, and either finds them all.
+// Half of the members are added by the library and half by json-c; both must find all of them.
 TEST_F(JsonMemberTest, AreFoundWhoeverAddedThem) {
     Logger::mask = 0;
     for (int count : {1, 5, 6, 9, 10, 500}) {  // and one whose name is empty

@@ -1,5 +1,5 @@
 // Runs the cases of the file given as argument, and then the JSON Schema Test Suite, installed by
-// Debian's package json-schema-test-suite: every required case that needs no other document must
+// Debian's package json-schema-test-suite: every required case that needs no second document must
 // pass. Optional cases are only counted.
 #include <jsonschema.h>
 #include <stdio.h>
@@ -35,7 +35,7 @@ bool needsOtherDocument(json_object* schema, fs::path const& file) {
            text(schema).find("\"$ref\":\"http://json-schema.org/draft-") != std::string::npos;
 }
 
-// The suite leaves the draft to the folder.
+// In the suite the folder, not the schema, names the draft.
 void declareDraft(json_object* schema, std::string const& draft) {
     if (json_object_is_type(schema, json_type_object) && member(schema, "$schema") == nullptr) {
         std::string const uri = "http://json-schema.org/draft-0" + draft + "/schema#";
@@ -43,7 +43,8 @@ void declareDraft(json_object* schema, std::string const& draft) {
     }
 }
 
-// Validation leaves schema and instance unchanged; nothing makes a malformed schema hold.
+// Validation leaves schema and instance unchanged; a malformed schema is never satisfied, nor its
+// negation.
 bool passes(json_object* group, json_object* test) {
     json_object* schema = nullptr;
     json_object* data = nullptr;

@@ -1,4 +1,5 @@
-// The log: printing from many threads, and the commands of golden/logging.txt, which has the rest.
+// The log: printing from many threads, and the commands of golden/logging.txt, which shows the
+// rest.
 #include "Logger.h"
 
 #include <signal.h>
@@ -42,7 +43,7 @@ TEST_F(LoggerTest, LinesOfManyThreadsNeverMix) {
     EXPECT_EQ(TempDir::read("be.log"), output);
 }
 
-// Logs the words from the third one on; without any the format is null.
+// Logs word 3; without it the format is null.
 void print(Call& c) {
     void (*const log)(LOG_TYPE_T, LOG_GROUP_T, char const*, ...) = Logger::print;
     auto const level = LOG_TYPE_T{c.number(1)};
@@ -63,8 +64,8 @@ void setGroup(Call& c) {
     c.result = std::to_string(Logger::mask);
 }
 
-// What the start-up of a process makes of a log file, the setting and the switch; in between the process
-// survives a segmentation fault, where no sanitizer keeps its own handler.
+// Starts the log in a child process, which must then survive a segmentation fault, unless a
+// sanitizer keeps its own handler.
 void initialize(Call& c) {
     EXPECT_EQ(INITIAL_FILE_LOG, 1);
     EXPECT_EQ(INITIAL_MASK, 0U);

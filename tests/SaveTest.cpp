@@ -1,5 +1,5 @@
-// Saving a file as a whole, where that depends on the system: modes, owners and attributes, and what a
-// kill, a full disk and a lack of memory leave behind. golden/save.txt has the rest.
+// Saving a file as a whole, where that depends on the system: modes, owners and attributes, and
+// what a kill, a full disk and a lack of memory leave behind. golden/save.txt has the rest.
 #include <fcntl.h>
 #include <sched.h>
 #include <signal.h>
@@ -60,7 +60,7 @@ class SaveTest : public LibraryTest {
     }
 };
 
-// All but those that vouch for the content.
+// Except those that certify the content.
 TEST_F(SaveTest, KeepsExtendedAttributes) {
     std::string const values[] = {READER_1235, "note", std::string(1500, 'x'), "\1sum"};
     char const* const names[] = {ACL, "user.note", "trusted.note", "security.ima"};
@@ -81,7 +81,7 @@ TEST_F(SaveTest, KeepsExtendedAttributes) {
         ino_t const before = statusOf("d/f").st_ino;
         EXPECT_EQ(save("d/f", TWO), 0);
         EXPECT_EQ(seteuid(0), 0);
-        EXPECT_NE(statusOf("d/f").st_ino, before);  // replaced all the same
+        EXPECT_NE(statusOf("d/f").st_ino, before);  // still replaced
     }
 }
 
@@ -154,7 +154,7 @@ TEST_F(SaveTest, LeavesTheOldFileOnAFullDisk) {
         saveTo("too large, in place in a folder without another", large);
         saveTo("one, in place in that folder", ONE);
         report("files", static_cast<int>(entriesOf("full")));
-        chmod("full", 0755);  // for the clean-up of an ordinary user
+        chmod("full", 0755);  // lets an ordinary user clean up
     });
     EXPECT_EQ(child.output,
               "one: 0\n  left: one\n"
@@ -208,8 +208,8 @@ TEST_F(SaveTest, LeavesTheOldFileWhenTheTextIsCutForLackOfMemory) {
     }
 }
 
-// By two processes at once, through a link, and, where that can be tried, by two users. Until enough kills
-// have met a save between its start and its end, which shows by the temporary file.
+// Two processes save at once, also through a link, and as two users if this one is root. Repeated
+// until enough kills have hit a save in the middle, which a temporary file shows.
 TEST_F(SaveTest, IsNeverTornByAKill) {
     std::minstd_rand random(std::random_device{}());
     TempDir::write("d/f", "{\"first\":0,\"last\":0}");

@@ -1,5 +1,5 @@
-// Everything the headers allow at once, from many threads: stress SECONDS. A data race is for
-// ThreadSanitizer to see, what is lost or torn for the checks.
+// stress SECONDS: calls from many threads everything that the headers permit at the same time. Data
+// races are found by ThreadSanitizer, lost and torn writes by the checks here.
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -27,7 +27,7 @@ std::atomic<int> updates[API_TYPE_COUNT];
 std::atomic<int> attempts;
 int seconds = 3;
 
-// Changes the first and the last member alike; false while another writer is at it.
+// Changes the first and the last member alike; false while another writer holds the database.
 bool update(API_TYPE_T type, char const* key, bool save) {
     TreeMapObject* const document = LocalDbCtrl::lockDbObject(type, "", key);
     if (document == nullptr) {
@@ -51,7 +51,7 @@ void writesAllTypes(int round) {
     updates[type] += update(type, "default", round % 3 == 0);
 }
 
-// A third each is saved, kept and discarded.
+// One third each is saved, kept and discarded.
 void transacts(int round) {
     LocalDbTransaction change(API_QOS, "", "default", 1000);
     if (!change) {
@@ -97,7 +97,8 @@ void makesASessionOfItsOwn(int round) {
     LocalDbCtrl::removeDB(key.c_str());
 }
 
-// A writer finds it, or the default controller once it is gone, and does not lose it in the middle.
+// A writer finds the session, or the default controller once it is gone, and keeps what it has
+// found.
 void removesASession(int) {
     LocalDbCtrl::cloneNewDB("transient");
     LocalDbCtrl::removeDB("transient");
@@ -107,15 +108,16 @@ void savesInAPassingSession(int round) {
     EXPECT_TRUE(!change || round % 2 == 0 || change.save() == 0);
 }
 
-// No writer ever holds this type with a handle, so that null means held.
+// This database has no file: every lock returns null, and holds the mutex.
 void takesTurnsAfterNullResults(int) {
-    static int turn;  // guarded by the type's lock alone
+    static int turn;  // guarded by the database's lock alone
     EXPECT_EQ(LocalDbCtrl::lockDbObject(WITHOUT_A_FILE, "", "default"), nullptr);
     ++turn;
     EXPECT_EQ(LocalDbCtrl::unlockDbObject(WITHOUT_A_FILE, "default"), 2);
 }
 
-// Whoever releases what nobody holds disturbs neither the mutex nor the others who do so.
+// Releasing a database that no thread holds leaves its mutex unlocked, and is safe from many
+// threads.
 void releasesAFreeDatabase(int) {
     EXPECT_EQ(LocalDbCtrl::unlockDbObject(WITHOUT_A_FILE, "two"), 2);
     EXPECT_EQ(LocalDbCtrl::saveDbObject(WITHOUT_A_FILE, "two"), 2);
@@ -148,7 +150,7 @@ void asksForNames(int round) {
     EXPECT_GE(BEConfig::get_Session_Uptime(), 0);
 }
 
-// Standard output is the log's.
+// Standard output belongs to the log.
 struct FailuresOnStandardError : testing::EmptyTestEventListener {
     void OnTestPartResult(testing::TestPartResult const& result) override {
         fprintf(stderr, "%s:%d: %s\n", result.file_name(), result.line_number(), result.summary());
@@ -171,11 +173,12 @@ TEST(Stress, LosesAndTearsNothing) {
     LocalDbCtrl::cloneNewDB("two");
 
     auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-    auto const isOver = [end] {  // not before everything has been done, be the disk ever so slow
-        auto const isDone = [](std::atomic<int> const& count) { return count > 0; };
-        return std::chrono::steady_clock::now() >= end && attempts > 0 &&
-               std::all_of(updates, updates + WITHOUT_A_FILE, isDone);
-    };
+    auto const isOver =
+        [end] {  // not before everything has been done at least once, however slow the disk is
+            auto const isDone = [](std::atomic<int> const& count) { return count > 0; };
+            return std::chrono::steady_clock::now() >= end && attempts > 0 &&
+                   std::all_of(updates, updates + WITHOUT_A_FILE, isDone);
+        };
     std::vector<std::thread> threads;
     for (auto* work :
          {writesAllTypes, writesOneType, transacts, savesInSessionOne, savesInSessionTwo,

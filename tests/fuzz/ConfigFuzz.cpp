@@ -1,5 +1,5 @@
-// Fuzz target: a configuration file. One whose top value is no object ends the process, so it is
-// not tried. A setting is what the file says, where it has the right type, else its default.
+// Fuzz target: a configuration file. A setting gets the value in the file if that has the right
+// type, else its default. A file that is not an object is skipped: it would end the process.
 #include "BEConfig.h"
 #include "BELoginRecord.h"
 #include "Fuzz.h"
@@ -40,7 +40,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
 
     json_object* const system = json_object_object_get(file.get(), "system");
     bool const hasSystem = json_object_object_get_ex(file.get(), "system", nullptr) != 0;
-    unsigned int const cleanup = numberOf(system, "cleanup_time", 60);
+    auto const cleanup = static_cast<unsigned int>(numberOf(system, "cleanup_time", 60));
     require(BEConfig::isInit);
     require(BEConfig::WEBSERVER_PORTS == textOf(file.get(), "webserver_ports", ""));
     require(BEConfig::URL_REWRITE ==

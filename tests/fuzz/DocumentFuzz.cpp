@@ -1,5 +1,5 @@
-// Fuzz target: the text of a document, loaded, edited, saved and loaded again. What was saved reads
-// back as json-c reads the same text (which makes a 1 of 01e); what was not leaves the file alone.
+// Fuzz target: a document file, loaded, edited, saved and loaded again. A saved document reads back
+// as json-c reads the same text (which makes a 1 of 01e); a failed save leaves the file as it is.
 #include "Fuzz.h"
 #include "JsonData.h"
 #include "TreeMapObject.h"

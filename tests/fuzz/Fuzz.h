@@ -1,4 +1,4 @@
-// What the fuzz targets share.
+// Common parts of the fuzz targets.
 #ifndef VOBIUTILS_TESTS_FUZZ_H
 #define VOBIUTILS_TESTS_FUZZ_H
 
@@ -33,7 +33,8 @@ inline bool takeLine(std::string& input, std::string& line) {
     return any;
 }
 
-// Makes a folder of the process's own the working directory, once; every log line is formatted for nobody.
+// Works in a temporary folder, with every log line enabled and written to /dev/null. Called for
+// each input.
 inline void enterSandbox() {
     static TempDir const folder;
     static FILE* const output = freopen("/dev/null", "w", stdout);

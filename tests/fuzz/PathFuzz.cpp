@@ -44,8 +44,8 @@ json_object* find(json_object* at, std::string const& path) {
     return at;
 }
 
-// Goes on to a child, where `value` is stored if the child is the last one, or not there; false where a
-// path cannot go on.
+// Moves `at` to a child. Stores `value` as the child if that is the last one, or is missing. False
+// where the path cannot go on.
 bool step(json_object*& at, std::string const& token, json_object* value, bool isLast) {
     json_object* const parent = at;
     if (token[0] != '[') {

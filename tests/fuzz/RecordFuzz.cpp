@@ -1,12 +1,12 @@
-// Fuzz target: the bytes of a login record. A record that is no array stops everything and is left
-// alone; in any other one an attempt counts.
+// Fuzz target: the file of the login record. A file that is not an array stops the record and is
+// left as it is; in an array an attempt counts.
 #include "BELoginRecord.h"
 #include "Fuzz.h"
 #include "jsondata/JsonRef.h"
 
 using namespace vobiutils;
 
-// The value of a record that is no array leaks, deliberately.
+// The value of a file that is not an array leaks, as intended.
 extern "C" [[gnu::visibility("default")]] char const* __lsan_default_options();
 extern "C" char const* __lsan_default_options() { return "detect_leaks=0"; }
 

@@ -1,6 +1,6 @@
-// Fuzz target: a schema on the first line, an instance behind it. Validation must end within its
-// limits, leave both as they were, and answer the same twice; a schema and its negation never both
-// hold.
+// Fuzz target: a schema on the first line, an instance after it. Validation must end within its
+// limits, leave both unchanged, and return the same result twice; a schema and its negation are
+// never both satisfied.
 #include <jsonschema.h>
 
 #include "Fuzz.h"

@@ -1,3 +1,4 @@
+// A job counts as asleep when /proc shows its thread in state S several times in a row.
 #include "Actor.h"
 
 #include <unistd.h>
@@ -49,7 +50,7 @@ void Actor::begin(std::function<std::string()> job) {
     start_.release();
 }
 
-// A thread that is about to go on may look asleep once: five times in a row it must.
+// A thread that is about to continue may be seen asleep once.
 bool Actor::sleeps() const {
     int times = 0;
     while (busy_ && times < 5) {

@@ -1,4 +1,4 @@
-// A thread that does one thing after another, with a stack as small as a request thread's.
+// A thread that runs jobs one at a time, on a stack as small as a request thread's.
 #ifndef VOBIUTILS_TESTS_ACTOR_H
 #define VOBIUTILS_TESTS_ACTOR_H
 
@@ -18,11 +18,11 @@ class Actor {
 
     void begin(std::function<std::string()> job);
 
-    // Returns when the job has ended or sleeps, in the tests on a mutex, a condition or a pipe: whether
-    // it sleeps.
+    // Waits until the job has ended or sleeps (on a mutex, a condition variable or a pipe). Returns
+    // whether it sleeps.
     bool sleeps() const;
 
-    // Returns when the job has ended: what it gave.
+    // Waits until the job has ended, and returns its result.
     std::string end();
 
   private:

@@ -15,7 +15,7 @@ std::string stateOf(LOCALDB_HANDLER& controller, unsigned int type) {
     return std::to_string(state) + (isHeld(controller.lock[type]) ? " held" : " free");
 }
 
-// With the document, unless a save is reading it.
+// Shows the document, too, unless a save is reading it.
 void showState(Call& c) {
     std::string const state = stateOf(controllerOf(c), c.number(2));
     TreeMapObject const* const document = controllerOf(c).dbObject[c.number(2)];
@@ -23,14 +23,14 @@ void showState(Call& c) {
     c.result += document != nullptr && state != "2 free" ? " " + text(document->jobj) : "";
 }
 
-// Returns when the state is "2 free", say.
+// Waits for a state such as "2 free".
 void awaitState(Call& c) {
     while (stateOf(controllerOf(c), c.number(2)) != c.words[3] + " " + c.words[4]) {
         std::this_thread::yield();
     }
 }
 
-// Former controllers stay their users'.
+// Deletes the controllers of an earlier init, which are left to their users.
 void init(Call&) {
     auto const former = LocalDbCtrl::controllers;
     LocalDbCtrl::init();
@@ -49,14 +49,15 @@ void showKeys(Call& c) {
 
 void find(Call& c) { c.result = LocalDbCtrl::getDBByKey(c.word(1)) != nullptr ? "found" : "null"; }
 
-// A whole change: adds 1 to the member "saves".
+// Lock, change and save: adds 1 to the member "saves".
 void count(Call& c) {
     TreeMapObject* const document = LocalDbCtrl::lockDbObject(c.number(1), "", c.word(2));
     document->set("saves", document->get<int>("saves") + 1);
     c.answer(LocalDbCtrl::saveDbObject(static_cast<API_TYPE_T>(c.number(1)), c.word(2)));
 }
 
-// Ends a lock for which a removal of the session waits, and makes the session anew as soon as it is gone.
+// Ends a lock for which a removal of the session waits, and creates the session again as soon as it
+// is gone.
 void unlockAndClone(Call& c) {
     c.answer(LocalDbCtrl::unlockDbObject(c.number(1), c.word(2)));
     while (LocalDbCtrl::cloneNewDB(c.word(2)) == 0) {
@@ -65,14 +66,14 @@ void unlockAndClone(Call& c) {
 
 void dropDocument(Call& c) { delete std::exchange(controllerOf(c).dbObject[c.number(2)], nullptr); }
 
-// An entry of one of the writable tables of names; NULL, too.
+// Changes an entry of one of the writable tables of names.
 void setName(Call& c, char const** names) {
     static std::deque<std::string> kept;
     kept.push_back(c.words[2]);
     names[c.number(1)] = c.word(2) != nullptr ? kept.back().c_str() : nullptr;
 }
 
-// Each function has a buffer on each thread.
+// Shows the buffers of the three functions after further calls, here and on another thread.
 void showBuffers(Call& c) {
     char const* const data = LocalDbCtrl::getFileName(0);
     char const* const message = LocalDbCtrl::getFileName(0, 0);
@@ -99,7 +100,7 @@ void begin(Call& c) {
     c.session.transactions[c.words[1]] = std::move(transaction);
 }
 
-// Ends a transaction by a call, or, without one, with its scope.
+// Ends a transaction by a call, or by its destructor.
 void end(Call& c, int (LocalDbTransaction::*finish)()) {
     std::unique_lock lock(c.session.guard);
     c.session.handles.erase(c.words[1]);

@@ -1,4 +1,4 @@
-// Commands of golden sessions: documents from and to text and files, and validation.
+// Commands of golden sessions: documents, their files, and validation.
 #include <fcntl.h>
 #include <jsonschema.h>
 #include <unistd.h>
@@ -12,7 +12,7 @@ using namespace vobiutils;
 
 namespace {
 
-// Deeper than json-c reads by default.
+// Parses deeper than json-c does by default.
 json_object* parsed(char const* text) {
     std::unique_ptr<json_tokener, void (*)(json_tokener*)> const tokener(json_tokener_new_ex(6000),
                                                                          json_tokener_free);
@@ -21,7 +21,7 @@ json_object* parsed(char const* text) {
     return value;
 }
 
-// By the validator alone, on a small stack; it leaves both as they are.
+// Calls the validator directly, on a small stack. It must leave schema and instance unchanged.
 void isValid(Call& c) {
     JsonRef const schema(parsed(c.word(1)));
     JsonRef const instance(parsed(c.word(2)));
@@ -47,7 +47,7 @@ void validateChanged(Call& c) {
     c.result += ", then " + shown(LocalDbCtrl::validateObject(&message, c.number(1), c.number(2)));
 }
 
-// By the link that the system has for an open file, which may have lost its own name.
+// Saves through /proc/self/fd, into a file that may have lost its name.
 void saveOpen(Call& c, bool hasName) {
     int const fd = open(c.word(1), O_RDWR);
     if (!hasName) {
@@ -57,6 +57,14 @@ void saveOpen(Call& c, bool hasName) {
     c.answer(JsonData::saveObjectToFile(name.c_str(), c.handle(2)));
     c.result += " " + TempDir::read(name);
     close(fd);
+}
+
+void dump(Call& c) {
+    TreeMapObject* const handle = c.handle(1);
+    auto const action = [&] {
+        handle != nullptr ? handle->dump(c.word(2)) : JsonData::dumpObject(handle, c.word(2));
+    };
+    c.result = printed(action, stderr);
 }
 
 void saveText(Call& c) {
@@ -79,7 +87,7 @@ Commands const DOCUMENT_COMMANDS = {
     {"save-text", saveText},
     {"save-open", [](Call& c) { saveOpen(c, true); }},
     {"save-nameless", [](Call& c) { saveOpen(c, false); }},
-    {"dump", [](Call& c) { c.result = printedOnError([&] { c.handle(1)->dump(c.word(2)); }); }},
+    {"dump", dump},
     {"valid", isValid},
     {"valid-files",
      [](Call& c) { c.answer(json_validate_instance_from_file(c.word(1), c.word(2)) != 0); }},

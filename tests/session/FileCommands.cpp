@@ -1,4 +1,4 @@
-// Commands of golden sessions: files, the shell, and where the library finds its own.
+// Commands of golden sessions: files, the shell, and the data location.
 #include <stdlib.h>
 
 #include <filesystem>
@@ -14,7 +14,7 @@ void printFile(Call& c) {
     c.result = fs::exists(c.words[1]) ? TempDir::read(c.words[1]) : "no file";
 }
 
-// The words are the shell's, but for the ones that expand.
+// Runs the words as a shell command.
 void runShell(Call& c) {
     std::string command;
     for (size_t i = 1; i < c.words.size(); ++i) {

@@ -1,4 +1,4 @@
-// Commands of golden sessions: the login record, under a clock that the session sets.
+// Commands of golden sessions: the login record, with a clock that the session sets.
 #include <time.h>
 
 #include "BELoginRecord.h"
@@ -6,7 +6,7 @@
 
 namespace {
 
-time_t now = 0;  // what the library takes for the time; 0 for the true one
+time_t now = 0;  // the time that the library sees; 0 for the real one
 
 void showAttempts(Call& c) {
     LoginAttemptInfo const info = BELoginRecord::getAttempt(c.word(1));
@@ -14,7 +14,7 @@ void showAttempts(Call& c) {
                " minutes";
 }
 
-// Asks for a client with so many attempts and such a last one on record.
+// Writes a record of one client, with these attempts and this last attempt, and reads it.
 void showLockout(Call& c) {
     std::string const client = "[{\"ipAddress\":\"a\",\"attempts\":" + c.words[1] +
                                ",\"lastAttempt\":" + c.words[2] + "}]";

@@ -9,7 +9,7 @@ using namespace vobiutils;
 
 namespace {
 
-// The path of a node, to tell containers apart.
+// The path of a node, which tells containers apart.
 std::string place(json_object* root, json_object* node, std::string const& at = "root") {
     std::string found = root == node ? at : "";
     if (json_object_is_type(root, json_type_object)) {
@@ -51,7 +51,7 @@ int store(Call& c, json_object* value) {
     return code;
 }
 
-// Only a stored value has another owner.
+// After a failure the caller still owns the only reference.
 void assign(Call& c) {
     json_object* const value = c.json(3);
     int const code = store(c, value);
@@ -64,7 +64,7 @@ void assignNode(Call& c) {
     store(c, value);
 }
 
-// Of the types that they have, or both of the type whose number is given: that of a null pointer.
+// With the types of the two values, or with a third argument as the type of both.
 void compare(Call& c) {
     JsonRef const values[] = {JsonRef(c.json(1)), JsonRef(c.json(2))};
     json_type types[] = {json_object_get_type(values[0].get()),

@@ -1,4 +1,4 @@
-// Playing a session line by line. The commands themselves are in tables, one for each subject.
+// Plays a session line by line. The commands are in tables, one for each subject.
 #include "Session.h"
 
 #include <ctype.h>
@@ -16,7 +16,7 @@
 
 namespace {
 
-// See the head of Session.h.
+// Expands a word as the head of Session.h says.
 std::string expanded(std::string word) {
     static std::regex const form("@(\\d*)(\\.\\.(\\d+))?<([^>]*)>");
     std::replace(word.begin(), word.end(), '~', ' ');
@@ -41,7 +41,7 @@ std::string expanded(std::string word) {
     return result + word;
 }
 
-// Long runs of a character the other way round; long lines, and the last of many lines, are cut.
+// Writes long runs of a character as "@40<x>", and truncates long lines and long output.
 std::string contracted(std::string const& text) {
     std::istringstream lines(text);
     std::string result;
@@ -150,7 +150,7 @@ std::string Session::performAsUser(Words const& words) {
         .output;
 }
 
-// By the thread that is named first, if there is one.
+// Performs a command on the thread that its first word names, if it does.
 std::string Session::performByName(Words words) {
     if (words[0] == "as-user") {
         return performAsUser(Words(words.begin() + 1, words.end()));

@@ -1,14 +1,17 @@
 // Golden sessions: commands written as text, and what the library logs and answers to each.
 //
 // The words of a command are separated by spaces. In a word "~" is a space, "@3<ab>" is "ababab",
-// "@1..3<n#>" is "n1,n2,n3" and "@<255>" is the byte 255. NULL is a null pointer, EMPTY an empty string.
-// The first argument is mostly the name of a handle, whose document is shown whenever it has changed.
+// "@1..3<n#>" is "n1,n2,n3" and "@<255>" is the byte 255. NULL is a null pointer, EMPTY an empty
+// string. The first argument is mostly the name of a handle. A document is shown whenever it has
+// changed.
 //
-// A command runs on the thread that plays the session, "B lock ..." on a thread B. "B begins lock ..."
-// returns as soon as B sleeps in that command, "B waits" says whether it still does, and "B ends" waits
-// for its answer. "as-user save ..." runs in a process of its own, by another user if this one is root.
-// "log all" shows all log lines from there on, "log nothing" none; without either only
-// warnings and errors are shown.
+// Prefixes choose where a command runs: "lock ..." on the main thread, "B lock ..." on a thread B.
+// "B begins lock ..." only waits until B sleeps in the call, "B waits" shows whether it still does,
+// and "B ends" waits for the result. "as-user save ..." runs in a child process, as another user if
+// this one is root.
+//
+// At first only warnings and errors are shown; "log all" adds DEBUG and INFO, "log nothing" hides
+// all.
 #ifndef VOBIUTILS_TESTS_SESSION_H
 #define VOBIUTILS_TESTS_SESSION_H
 
@@ -30,13 +33,13 @@ class Session {
     Session();
     ~Session();
 
-    // What a command logs and answers.
+    // Performs a command, and returns what it logs and answers.
     std::string play(std::string const& line);
 
     std::map<std::string, TreeMapObject*> handles;
-    std::map<std::string, std::string> texts;  // their documents, as last shown
+    std::map<std::string, std::string> texts;  // of their documents, as last shown
     std::map<std::string, std::unique_ptr<LocalDbTransaction>> transactions;
-    std::mutex guard;  // of these maps
+    std::mutex guard;  // protects the maps
 
   private:
     std::string perform(Words const& words);
@@ -62,18 +65,19 @@ struct Call {
     char const* word(size_t i) const;
     unsigned int number(size_t i) const;
     TreeMapObject* handle(size_t i) const;
-    json_object* node(size_t i) const;  // the handle's; borrowed
-    json_object* json(size_t i) const;  // of the word's text; the caller's
+    json_object* node(size_t i) const;  // borrowed from the handle
+    json_object* json(size_t i) const;  // parsed; the caller owns it
 
     template <typename Value>
     void answer(Value const& value) {
         result = shown(value);
     }
 
-    // Keeps a returned handle under the name in word i, in place of an earlier one.
+    // Stores a returned handle under the name in word i; a previous one of that name is deleted
+    // silently.
     void keep(size_t i, TreeMapObject* handle);
 
-    // Calls `action` with the value of word i, in the type that the word before it names.
+    // Calls `action` with the value of word i, converted to the type that word i - 1 names.
     template <typename Action>
     void typed(size_t i, Action const& action) const {
         std::string const& type = words[i - 1];

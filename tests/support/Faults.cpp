@@ -30,7 +30,7 @@ bool fails(faults::Call call) {
     return true;
 }
 
-// What a call says that has failed.
+// The result of a failed call.
 template <typename Result>
 Result failure() {
     if constexpr (std::is_pointer_v<Result>) {
@@ -54,7 +54,7 @@ bool faults::disarm() { return countdown.exchange(0) < 0; }
 
 #pragma GCC visibility push(default)  // a sanitizer looks for some of the names
 
-// NAME fails as CALL; otherwise it is what it was.
+// NAME fails when CALL is armed, and otherwise calls the real function.
 #define WRAP(CALL, RESULT, NAME, PARAMETERS, ...)                                    \
     extern "C" RESULT __real_##NAME PARAMETERS;                                      \
     extern "C" RESULT __wrap_##NAME PARAMETERS;                                      \
@@ -91,7 +91,7 @@ WRAP(XATTR, int, fremovexattr, (int fd, char const* name), fd, name)
 WRAP(ACCESS, int, faccessat, (int folder, char const* name, int mode, int flags), folder, name,
      mode, flags)
 
-// json-c without memory
+// json-c out of memory
 WRAP(JSON, json_object*, json_object_new_object, ())
 WRAP(JSON, json_object*, json_object_new_array, ())
 WRAP(JSON, json_object*, json_object_new_boolean, (json_bool value), value)

@@ -1,6 +1,6 @@
-// Faults on purpose: makes one of the calls that the library makes to the system fail. Programs that
-// use it are linked with the calls wrapped (see tests/CMakeLists.txt), those to json-c among them;
-// json-c's own calls are not.
+// Fault injection: makes one of the library's calls to the system, the allocator or json-c fail.
+// Programs that use it are linked with --wrap for these calls (see tests/CMakeLists.txt). json-c's
+// own calls are not wrapped.
 #ifndef VOBIUTILS_TESTS_FAULTS_H
 #define VOBIUTILS_TESTS_FAULTS_H
 
@@ -21,19 +21,19 @@ enum Call {
     DUPLICATE,
     LINK,
     ACCESS,
-    XATTR,  // a call on one extended attribute
+    XATTR,  // a call for one extended attribute
     ALLOCATION,
-    JSON  // a call to json-c, for lack of memory
+    JSON  // a call to json-c, out of memory
 };
 
-// From now on, in all threads, the n-th (from 1) call of that kind fails with `error`; a
+// From now on the n-th call of that kind, counted from 1 over all threads, fails with `error`; a
 // SHORT_WRITE writes one byte.
 void arm(Call call, int n, int error);
 
 // Called, unless null, when a call is made to fail.
 extern void (*atFault)();
 
-// Ends that; whether the call was reached.
+// Ends that. Returns whether the call was reached.
 bool disarm();
 
 }  // namespace faults

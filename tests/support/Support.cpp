@@ -25,7 +25,7 @@
 
 namespace fs = std::filesystem;
 
-// In a build that measures coverage; see scripts/coverage.sh.
+// Defined in a build that measures coverage; see scripts/coverage.sh.
 extern "C" [[gnu::weak]] void __gcov_dump();
 
 TempDir::TempDir() : before_(fs::current_path()) {
@@ -51,12 +51,8 @@ std::string TempDir::read(std::string const& name) {
     return content.str();
 }
 
-bool TempDir::exists(std::string const& name) { return fs::exists(name); }
-
-namespace {
-
-// What `action` writes to a stream, by way of a file: a child process may write as well.
-std::string printedOn(FILE* stream, std::function<void()> const& action) {
+// Redirects a stream to a file rather than a buffer, so that a child process may write, too.
+std::string printed(std::function<void()> const& action, FILE* stream) {
     fflush(stream);
     int const before = dup(fileno(stream));
     FILE* const file = tmpfile();
@@ -65,17 +61,9 @@ std::string printedOn(FILE* stream, std::function<void()> const& action) {
     fflush(stream);
     dup2(before, fileno(stream));
     close(before);
-    std::string const text = TempDir::read("/proc/self/fd/" + std::to_string(fileno(file)));
+    std::string text = TempDir::read("/proc/self/fd/" + std::to_string(fileno(file)));
     fclose(file);
     return text;
-}
-
-}  // namespace
-
-std::string printed(std::function<void()> const& action) { return printedOn(stdout, action); }
-
-std::string printedOnError(std::function<void()> const& action) {
-    return printedOn(stderr, action);
 }
 
 std::string withoutPointers(std::string text) {
@@ -139,7 +127,7 @@ std::string const READER_1235(
 
 bool isHeld(pthread_mutex_t& mutex) {
     bool held = false;
-    std::thread([&] {  // the holder itself must not ask
+    std::thread([&] {  // trylock must not be called by the holder
         held = pthread_mutex_trylock(&mutex) != 0;
         if (!held) {
             pthread_mutex_unlock(&mutex);

@@ -1,5 +1,5 @@
-// Test support: a scratch folder, what the library prints, JSON in single quotes, and the settings
-// put back after each test.
+// Test support: a temporary folder, captured output, JSON in single quotes, and settings that are
+// restored after each test.
 #ifndef VOBIUTILS_TESTS_SUPPORT_H
 #define VOBIUTILS_TESTS_SUPPORT_H
 
@@ -10,7 +10,7 @@
 #include <functional>
 #include <string>
 
-// A folder of its own that is the working directory until the scope ends, and is then removed.
+// A temporary folder that is the working directory until the end of the scope, and is then removed.
 class TempDir {
   public:
     TempDir();
@@ -18,27 +18,26 @@ class TempDir {
     TempDir(TempDir const&) = delete;
     TempDir& operator=(TempDir const&) = delete;
 
-    // Names are relative to the folder; write makes the folders on the way.
+    // Names are relative to the folder; write creates missing folders.
     static void write(std::string const& name, std::string const& text);
     static std::string read(std::string const& name);
-    static bool exists(std::string const& name);
 
   private:
     std::string path_;
     std::string before_;
 };
 
-// What `action` prints on standard output, or on standard error.
-std::string printed(std::function<void()> const& action);
-std::string printedOnError(std::function<void()> const& action);
+// Runs `action`, and returns what it prints.
+std::string printed(std::function<void()> const& action, FILE* stream = stdout);
 
-// Log lines without the group column: "DEBUG: ...". Every pointer reads PTR, a null one NIL.
+// Log lines without the column of the group: "DEBUG: ...". Pointers are replaced by PTR, null ones
+// by NIL.
 std::string withoutPointers(std::string text);
 
 // The log lines that `action` writes, in that form.
 std::string transcript(std::function<void()> const& action);
 
-// Runs `action` in a process of its own: what it prints, and its exit status.
+// Runs `action` in a child process: what that prints, and its exit status.
 struct ChildResult {
     int status;
     std::string output;
@@ -59,19 +58,19 @@ extern std::string const READER_1235;
 // Whether a thread holds the mutex, this one or another.
 bool isHeld(pthread_mutex_t& mutex);
 
-// JSON written with single quotes; the caller holds the reference.
+// Parses JSON, which may use single quotes; the caller owns the reference.
 json_object* json(char const* text);
-// The text of a value, without blanks and with single quotes.
+// Serializes a value, without spaces and with single quotes.
 std::string text(json_object* value);
 
-// For as long as it lives, what is allocated is meant to leak.
+// Allocations in its lifetime may leak.
 class IntendedLeaks {
   public:
     IntendedLeaks();
     ~IntendedLeaks();
 };
 
-// A test in a scratch folder with every log line on, printed on standard output only.
+// A test in a temporary folder, with every log line enabled and printed on standard output only.
 class LibraryTest : public testing::Test {
   protected:
     LibraryTest();
