@@ -38,11 +38,16 @@ expect() { # WHAT WANTED GOT
     failures=$((failures + 1))
 }
 
-# Lines of: status method path [body]
-check() {
+check_one() { # STATUS METHOD PATH [BODY]
+    expect "$2 $3 ${4-}" "$1" "$(ask "$2" "$3" "${4-}")"
+}
+
+check() { # SECTION of requests.txt
+    sed -n "/^# $1\$/,/^\$/{/^[0-9]/p;}" tests/backend/requests.txt >"$work/rows"
+    [ -s "$work/rows" ] || expect "$1" "rows in requests.txt" none
     while read -r status method path body; do
-        [ -n "$status" ] && expect "$method $path $body" "$status" "$(ask "$method" "$path" "$body")"
-    done
+        check_one "$status" "$method" "$path" "$body"
+    done <"$work/rows"
 }
 
 login() { # USER PASSWORD: the status, and the token in a file
@@ -56,114 +61,15 @@ set -- # no arguments left for the functions
 begin duplicate_login_enable '"1"'
 
 token=
-check <<'END'
-200 GET /
-200 GET /app.js
-405 POST /
-404 GET /nothing
-404 GET /../backend.json
-404 GET /%2e%2e/backend.json
-404 GET /..%2fbackend.json
-404 GET //etc/passwd
-404 GET /link.txt
-404 GET /data/gateway/gateway.ldb
-404 GET /.hidden
-400 GET /index.html%00.png
-400 GET /%ff
-401 GET /api
-401 GET /api/wifi
-401 PUT /api/wifi/country "XX"
-401 GET /api/../api/wifi
-401 GET /log
-401 POST /logout
-400 POST /login
-400 POST /login {}
-400 POST /login {"username":"admin"}
-400 POST /login {"username":"admin","password":5}
-400 POST /login {"username":"admin","password":"x","role":"administrator"}
-400 POST /login {"username":"admin","password":"x"}{}
-401 POST /login {"username":"admin","password":"x"}
-401 POST /login {"username":"nobody","password":"x"}
-401 POST /login {"username":"service","password":"sample-service-password"}
-405 PATCH /login
-404 GET /login
-END
+check "nobody is logged in"
 token=0000000000000000000000000000000000000000000000000000000000000000
-check <<'END'
-401 GET /api/wifi
-END
+check_one 401 GET "/api/wifi"
 
 rm "$work/gateway/data/qos/qos.ldb"
 echo nonsense >"$work/gateway/data/fac/fac.ldb"
 expect "log in" 200 "$(login admin sample-admin-password)"
 token=$(cat "$work/token")
-check <<'END'
-404 GET /api/qos
-404 PUT /api/qos/mode "x"
-500 GET /api/fac
-200 GET /api
-200 GET /api/wifi
-200 GET /api/wifi/
-200 GET /api/wifi/ssids.%5B0%5D.name
-404 GET /api/none
-404 GET /api/wifi/none
-404 GET /api/wifi/ssids.[99]
-400 GET /api/wifi/ssids.[x]
-400 GET /api/wifi/ssids.[0
-400 GET /api/wifi/ssids.[00]
-400 GET /api/wifi/a..b
-400 GET /api/wifi/a.b.c.d.e.f.g.h.i.j.k.l.m
-403 GET /api/gateway/users.[0].password
-400 GET /api/gateway/users.[0].password%00x
-403 GET /api/gateway?find=password&value=x
-400 GET /api/gateway?find=password%00&value=x
-400 GET /api/wifi?find=name&value=home-5%00
-400 GET /api/wifi?find=name
-200 GET /api/wifi?find=name&value=home-5
-200 GET /api/wifi?find=id&value=1
-200 GET /log
-200 PUT /api/wifi/country "YY"
-201 PUT /api/misc/note "text"
-204 DELETE /api/misc/note
-404 DELETE /api/misc/note
-404 PUT /api/misc/no.such.place 1
-404 PUT /api/wifi/ssids.[99] {"id":1}
-400 PUT /api/wifi/country 5
-400 PUT /api/wifi/country null
-400 PUT /api/wifi/country nonsense
-400 PUT /api/wifi/country "a" "b"
-400 PUT /api/wifi/country "a\u0000b"
-400 PUT /api/misc/number NaN
-400 PUT /api/misc/number [1,-Infinity]
-400 PUT /api/misc/number 1e999
-400 PUT /api/misc/%ff%fe 1
-400 PUT /api/misc/%c0%af 1
-201 PUT /api/misc/%c3%bc 1
-204 DELETE /api/misc/%c3%bc
-400 PUT /api/misc/a-name-that-no-handle-has-room-for 1
-400 PUT /api/wifi/country [[[[[[[[[[[[[[[[[[1]]]]]]]]]]]]]]]]]]
-400 PUT /api/wifi/ssids.[0].security.mode "none"
-400 PUT /api/wifi/ssids.[0] {"id":1,"none":2}
-400 PUT /api/wifi/ssids []]
-400 DELETE /api/wifi/ssids.[0].name
-400 DELETE /api/gateway/led.brightness
-400 DELETE /api/network/lan
-200 PUT /api/gateway/led {"brightness":7}
-400 PUT /api/gateway/led.brightness 101
-405 PUT /api/wifi {}
-405 DELETE /api/wifi
-403 PUT /api/gateway/users.[0].role "user"
-403 POST /api/gateway/users {"name":"thief"}
-403 DELETE /api/gateway/users
-400 POST /api/service/portForwarding.rules {"name":"x"}
-201 POST /api/service/portForwarding.rules {"name":"x","protocol":"tcp","externalPort":1,"internalPort":1,"internalClient":"192.168.1.2","enabled":true}
-204 DELETE /api/service/portForwarding.rules.[0]
-409 POST /api/service/wol.hosts {"id":1,"name":"x"}
-201 POST /api/service/wol.hosts {"id":2147483647,"name":"x"}
-409 POST /api/service/wol.hosts {"name":"x"}
-405 POST /api/wifi/country "x"
-404 POST /api/wifi/none 1
-END
+check "an administrator, with qos.ldb removed and nonsense in fac.ldb"
 ask GET /api/gateway >/dev/null
 expect "hashes in an answer" 0 "$(grep -c 'sha256' "$work/answer")"
 ask GET '/api/wifi?find=id&value=1' >/dev/null
@@ -182,21 +88,12 @@ expect "a long path" 414 "$(ask GET "/$(head -c 3000 "$work/long")")"
 admin=$token
 expect "log in as a user" 200 "$(login home sample-home-password)"
 token=$(cat "$work/token")
-check <<'END'
-200 GET /api/wifi
-403 GET /api/wifi/ssids.[0].security.passphrase
-403 GET /api/wifi?find=passphrase&value=x
-403 PUT /api/wifi/country "XX"
-403 GET /log
-END
+check "a user"
 for type in gateway wifi network security service mediashare misc; do
     ask GET /api/$type >>"$work/statuses"
     expect "secrets of $type" "" "$(grep -E '"sample-.*-(password|key)|"passphrase"|sha256[$]|"00000000"' "$work/answer")"
 done
-check <<'END'
-204 POST /logout
-401 GET /api/wifi
-END
+check "a user logs out"
 
 # Ten attempts, then nobody gets in from this address, by no password.
 # An unknown user and one who is disabled have been tried above; who has an account gets no more guesses.
@@ -211,9 +108,7 @@ expect "a locked-out guess" 429 "$(login admin guess)"
 expect "a locked-out login" 429 "$(login admin sample-admin-password)"
 grep -q 'wait 1 min' "$work/answer" || expect "the minutes" "wait 1 min" "$(cat "$work/answer")"
 token=$admin
-check <<'END'
-200 GET /api/wifi
-END
+check_one 200 GET "/api/wifi"
 stop_backend
 
 # A session that has an old view of an array does not change another element than it sees.
@@ -222,14 +117,9 @@ expect "log in" 200 "$(login admin sample-admin-password)"
 first=$(cat "$work/token")
 expect "log in again" 200 "$(login admin sample-admin-password)"
 token=$(cat "$work/token")
-check <<'END'
-204 DELETE /api/service/portForwarding.rules.[0]
-END
+check_one 204 DELETE "/api/service/portForwarding.rules.[0]"
 token=$first
-check <<'END'
-409 DELETE /api/service/portForwarding.rules.[1]
-204 DELETE /api/service/portForwarding.rules.[1]
-END
+check "an index into an array that has changed since"
 expect "rules and mappings that are left" 5 "$(grep -c externalPort "$work/gateway/data/service/service.ldb")"
 stop_backend
 
@@ -238,17 +128,13 @@ begin duplicate_login_enable '"0"'
 expect "log in" 200 "$(login admin sample-admin-password)"
 token=$(cat "$work/token")
 expect "log in again" 200 "$(login admin sample-admin-password)"
-check <<'END'
-401 GET /api/wifi
-END
+check_one 401 GET "/api/wifi"
 stop_backend
 sed -i 's|"session": 24|"session": 0|' "$work/gateway/backend.json"
 start_backend "$program_file" "$work/gateway"
 expect "log in" 200 "$(login admin sample-admin-password)"
 token=$(cat "$work/token")
-check <<'END'
-401 GET /api/wifi
-END
+check_one 401 GET "/api/wifi"
 stop_backend
 
 refuses_to_start() { # WHAT REASON
@@ -296,10 +182,7 @@ expect "one has to come back" 1 "$(cat "$work"/headers? | grep -c '^HTTP/1.1 503
 echo '{"a": 1}' >"$work/gateway/data/misc/misc.ldb"
 # shellcheck disable=SC2086 # two numbers
 wait $readers
-check <<'END'
-200 GET /api/misc
-200 GET /api/wifi
-END
+check "a type that was busy"
 
 stop_backend
 
@@ -307,19 +190,10 @@ stop_backend
 begin enable_bypass_token 1
 echo '{"users": {}, "led": 5, "about": {}}' >"$work/gateway/data/gateway/gateway.ldb"
 token=
-check <<'END'
-500 POST /login {"username":"admin","password":"sample-admin-password"}
-400 POST /login {}
-500 GET /api/gateway/led
-400 PUT /api/gateway/led {"brightness":700}
-200 PUT /api/gateway/led {"enabled":true,"brightness":7,"nightMode":{"enabled":false,"from":"22:00","to":"06:00"}}
-END
+check "gateway.ldb is damaged"
 echo nonsense >"$work/gateway/data/gateway/GATEWAY_LOGIN_REQ_SCHEMA.ldb"
 echo '["form"]' >"$work/gateway/data/gateway/GATEWAY_LED_UPDATE_REQ.ldb"
-check <<'END'
-500 POST /login {}
-500 PUT /api/gateway/led {"brightness":7}
-END
+check "a schema and a message file are damaged"
 kill -SEGV "$backend_pid"
 tries=0
 until [ "$(ask GET /)" = 000 ] || [ $tries -gt 100 ]; do
