@@ -24,7 +24,7 @@ std::string nameOf(int number) {
 // Half of the members are added by the library and half by json-c; both must find all of them.
 TEST_F(JsonMemberTest, AreFoundWhoeverAddedThem) {
     Logger::mask = 0;
-    for (int count : {1, 5, 6, 9, 10, 500}) {  // and one whose name is empty
+    for (int count : {1, 6, 7, 8, 500}) {  // and one whose name is empty
         JsonRef const object(json("{'': {'v': -1}}"));
         for (int i = 0; i < count; ++i) {
             JsonRef const value(json_object_new_int(i));

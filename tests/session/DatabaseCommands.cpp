@@ -8,7 +8,7 @@
 
 namespace {
 
-LOCALDB_HANDLER& controllerOf(Call const& c) { return *LocalDbCtrl::controllers.at(c.words[1]); }
+LOCALDB_HANDLER& controllerOf(Call const& c) { return *LocalDbCtrl::getDBByKey(c.word(1)); }
 
 std::string stateOf(LOCALDB_HANDLER& controller, unsigned int type) {
     std::atomic_ref<int> const state(controller.state[type]);
@@ -17,10 +17,10 @@ std::string stateOf(LOCALDB_HANDLER& controller, unsigned int type) {
 
 // Shows the document, too, unless a save is reading it.
 void showState(Call& c) {
-    std::string const state = stateOf(controllerOf(c), c.number(2));
-    TreeMapObject const* const document = controllerOf(c).dbObject[c.number(2)];
-    c.result = "state " + state;
-    c.result += document != nullptr && state != "2 free" ? " " + text(document->jobj) : "";
+    c.result = "state " + stateOf(controllerOf(c), c.number(2));
+    if (c.result != "state 2 free" && controllerOf(c).dbObject[c.number(2)] != nullptr) {
+        c.result += " " + text(controllerOf(c).dbObject[c.number(2)]->jobj);
+    }
 }
 
 // Waits for a state such as "2 free".
@@ -47,7 +47,11 @@ void showKeys(Call& c) {
     }
 }
 
-void find(Call& c) { c.result = LocalDbCtrl::getDBByKey(c.word(1)) != nullptr ? "found" : "null"; }
+void find(Call& c) {
+    LOCALDB_HANDLER* const found = LocalDbCtrl::getDBByKey(c.word(1));
+    bool const isDefault = found != nullptr && found == LocalDbCtrl::getDBByKey("default");
+    c.result = found == nullptr ? "null" : isDefault ? "the default one" : "its own";
+}
 
 // Lock, change and save: adds 1 to the member "saves".
 void count(Call& c) {
