@@ -85,6 +85,13 @@ bool add(char const* key, LOCALDB_HANDLER* controller) {
     return true;
 }
 
+// Locks the registry mutex. Begins no use, which would hold up a removal: the answer may be out of
+// date when it is returned.
+bool isRegistered(char const* key) {
+    MutexGuard const guard(registryLock);
+    return isFound(find(key));
+}
+
 // Locks the registry mutex. Begins the use of a key's controller, which may be null. False if the
 // key is not registered.
 bool lookUp(char const* key, ControllerUse& use) {
@@ -179,7 +186,7 @@ int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
         UTIL_WARN("%s: sessionKey is NULL, nothing to be created\n", "cloneNewDB");
         return 0;
     }
-    if (ControllerUse registered; lookUp(sessionKey, registered)) {
+    if (isRegistered(sessionKey)) {
         return refuseRegistered(sessionKey);
     }
     std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
