@@ -4,7 +4,7 @@
 #include "TreeMapObject.h"
 #include "jsondata/JsonAssign.h"
 #include "logging/Log.h"
-#include "treemap/ValueTraits.h"
+#include "treemap/TypedValues.h"
 
 using namespace vobiutils;
 
@@ -21,10 +21,14 @@ void setNode(json_object* document, char const* path, json_object* node, LogWord
     }
 }
 
-// Null when there is no node.
-// intended: a node of another type is returned too, for json-c to convert, not replaced by the
-// default.
-json_object* getNode(json_object* document, char const* path, LogWords const& words) {
+template <typename T>
+void setValue(json_object* document, char const* path, T value) {
+    setNode(document, path, ValueTraits<T>::make(value), ValueTraits<T>::WORDS);
+}
+
+}  // namespace
+
+json_object* vobiutils::getNode(json_object* document, char const* path, LogWords const& words) {
     json_object* const node = JsonData::getJObj(document, path);
     if (node == nullptr) {
         UTIL_DEBUG("object '%s' is not available, assign default %s value as %s\n", printable(path),
@@ -35,8 +39,8 @@ json_object* getNode(json_object* document, char const* path, LogWords const& wo
     return node;
 }
 
-// Null when there is no node, and for one of another type.
-json_object* getChecked(json_object* document, char const* path, LogWords const& words) {
+json_object* vobiutils::getNodeOfType(json_object* document, char const* path,
+                                      LogWords const& words) {
     json_object* const node = JsonData::getJObj(document, path);
     if (node == nullptr) {
         UTIL_ERROR("Cannot get %s value for object %s due to the attribute is NULL\n", words.name,
@@ -49,31 +53,6 @@ json_object* getChecked(json_object* document, char const* path, LogWords const&
     }
     return node;
 }
-
-template <typename T>
-void setValue(json_object* document, char const* path, T value) {
-    setNode(document, path, ValueTraits<T>::make(value), ValueTraits<T>::WORDS);
-}
-
-template <typename T>
-T getValue(json_object* document, char const* path) {
-    json_object* const node = getNode(document, path, ValueTraits<T>::WORDS);
-    return node != nullptr ? ValueTraits<T>::read(node) : T();
-}
-
-template <typename T>
-bool getChecked(json_object* document, char const* path, T& out) {
-    if constexpr (isCString<T>) {
-        out = nullptr;
-    }
-    json_object* const node = getChecked(document, path, ValueTraits<T>::WORDS);
-    if (node != nullptr) {
-        out = ValueTraits<T>::read(node);
-    }
-    return node != nullptr;
-}
-
-}  // namespace
 
 template <>
 void TreeMapObject::set<int>(char const* path, int value) {
