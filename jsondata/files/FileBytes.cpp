@@ -1,0 +1,98 @@
+#include "jsondata/files/FileBytes.h"
+
+#include <endian.h>
+#include <errno.h>
+#include <limits.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <algorithm>
+
+namespace vobiutils {
+
+namespace {
+
+size_t const SMALLEST = 4096;
+
+// Up to eight bytes as a number, the first one lowest.
+uint64_t wordOf(char const* bytes, size_t count) {
+    uint64_t word = 0;
+    memcpy(&word, bytes, count);
+    return le64toh(word);
+}
+
+}  // namespace
+
+FileBytes::~FileBytes() { free(bytes_); }
+
+bool FileBytes::reserve(size_t capacity) {
+    if (capacity <= capacity_) {
+        return true;
+    }
+    void* const grown = realloc(bytes_, capacity);
+    if (grown == nullptr) {
+        return false;
+    }
+    bytes_ = static_cast<char*>(grown);
+    capacity_ = capacity;
+    return true;
+}
+
+// One byte more than expected, so that the read that finds the end needs no more room.
+int FileBytes::append(FileDescriptor const& file, off_t expected) {
+    if (expected > INT_MAX / 2) {
+        return EFBIG;
+    }
+    size_t capacity = std::max(SMALLEST, static_cast<size_t>(expected) + 1);
+    for (;;) {
+        if (!reserve(capacity)) {
+            return ENOMEM;
+        }
+        size_t const used = static_cast<size_t>(length_);
+        ssize_t const count = file.read(bytes_ + used, capacity_ - used);
+        if (count <= 0) {
+            return count == 0 ? 0 : errno;
+        }
+        length_ += static_cast<int>(count);
+        if (static_cast<size_t>(length_) == capacity_) {
+            if (capacity_ > INT_MAX / 2) {
+                return EFBIG;
+            }
+            capacity = capacity_ * 2;
+        }
+    }
+}
+
+bool FileBytes::operator==(FileBytes const& other) const {
+    return length_ == other.length_ &&
+           (length_ == 0 || memcmp(bytes_, other.bytes_, static_cast<size_t>(length_)) == 0);
+}
+
+json_object* FileBytes::parse() const {
+    json_tokener* const tokener = json_tokener_new();
+    if (tokener == nullptr) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    errno = 0;
+    json_object* const value = json_tokener_parse_ex(tokener, bytes_, length_);
+    int const error = errno;  // json-c before 0.17 has no code for this
+    json_tokener_free(tokener);
+    errno = error;
+    return value;
+}
+
+// FNV-1a, but eight bytes at a time: byte by byte it would take a tenth of the time of parsing. The
+// shift carries differences in the high bits down, which a product does not.
+uint64_t FileBytes::version() const {
+    uint64_t const prime = 0x100000001b3;
+    size_t const length = static_cast<size_t>(length_);
+    uint64_t hash = 0xcbf29ce484222325 ^ length;
+    for (size_t at = 0; at < length; at += 8) {
+        hash = (hash ^ wordOf(bytes_ + at, std::min<size_t>(8, length - at))) * prime;
+        hash ^= hash >> 32;
+    }
+    return hash != 0 ? hash : 1;
+}
+
+}  // namespace vobiutils

@@ -1,0 +1,45 @@
+// Bytes of a file in memory: read, compared, identified and parsed.
+#ifndef VOBIUTILS_JSONDATA_FILES_FILEBYTES_H
+#define VOBIUTILS_JSONDATA_FILES_FILEBYTES_H
+
+#include <json-c/json.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#include "jsondata/files/FileDescriptor.h"
+
+namespace vobiutils {
+
+// About a GiB at most, as json-c counts them by an int.
+class FileBytes {
+  public:
+    FileBytes() = default;
+    ~FileBytes();
+    FileBytes(FileBytes const&) = delete;
+    FileBytes& operator=(FileBytes const&) = delete;
+
+    // Appends what is left to read in the file, and expects `expected` bytes of it. Returns 0, or
+    // the error of the system: EFBIG for more bytes than fit.
+    int append(FileDescriptor const& file, off_t expected = 0);
+    void clear() { length_ = 0; }
+
+    bool operator==(FileBytes const& other) const;
+
+    // The value that the bytes begin with, the caller's to release. Null if there is none, if it is
+    // JSON null, and, with ENOMEM in errno, when out of memory.
+    json_object* parse() const;
+
+    // Identifies the content: equal for equal bytes on every machine, and never 0.
+    uint64_t version() const;
+
+  private:
+    bool reserve(size_t capacity);
+
+    char* bytes_ = nullptr;
+    int length_ = 0;
+    size_t capacity_ = 0;
+};
+
+}  // namespace vobiutils
+
+#endif

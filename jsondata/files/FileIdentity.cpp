@@ -1,0 +1,27 @@
+#include "jsondata/files/FileIdentity.h"
+
+#include <algorithm>
+
+namespace vobiutils {
+
+namespace {
+
+int64_t nanoseconds(timespec const& time) {
+    return static_cast<int64_t>(time.tv_sec) * 1000000000 + time.tv_nsec;
+}
+
+}  // namespace
+
+FileIdentity::FileIdentity(struct stat const& status)
+    : device_(status.st_dev),
+      inode_(status.st_ino),
+      size_(status.st_size),
+      modified_(nanoseconds(status.st_mtim)),
+      changed_(nanoseconds(status.st_ctim)) {}
+
+bool FileIdentity::isRecentAt(timespec const& now) const {
+    int64_t const longestStep = 20000000;  // twice the 10 ms of a kernel with 100 ticks a second
+    return std::max(modified_, changed_) > nanoseconds(now) - longestStep;
+}
+
+}  // namespace vobiutils
