@@ -25,6 +25,13 @@ uint64_t wordOf(char const* bytes, size_t count) {
 
 FileBytes::~FileBytes() { free(bytes_); }
 
+void FileBytes::clear() {
+    free(bytes_);
+    bytes_ = nullptr;
+    length_ = 0;
+    capacity_ = 0;
+}
+
 bool FileBytes::reserve(size_t capacity) {
     if (capacity <= capacity_) {
         return true;

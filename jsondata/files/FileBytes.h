@@ -21,7 +21,7 @@ class FileBytes {
     // Appends what is left to read in the file, and expects `expected` bytes of it. Returns 0, or
     // the error of the system: EFBIG for more bytes than fit.
     int append(FileDescriptor const& file, off_t expected = 0);
-    void clear() { length_ = 0; }
+    void clear();  // and frees the memory
 
     bool operator==(FileBytes const& other) const;
 

@@ -1,0 +1,102 @@
+// Reads in a document that many threads share: only with functions that write nothing to it.
+#include "LocalDbSnapshot.h"
+
+#include <new>
+
+#include "jsondata/JsonLookup.h"
+#include "localdb/SnapshotStore.h"
+#include "logging/Log.h"
+#include "treemap/TypedValues.h"
+
+using namespace vobiutils;
+
+LocalDbSnapshot::LocalDbSnapshot(unsigned int apiType)
+    : document_(nullptr), status_(BAD_ARGUMENTS) {
+    Shared<SharedDocument> document;
+    status_ = findDocument(apiType, document);
+    document_ = document.release();
+}
+
+LocalDbSnapshot::LocalDbSnapshot(LocalDbSnapshot const& other)
+    : document_(addOwner(other.document_)), status_(other.status_) {}
+
+LocalDbSnapshot& LocalDbSnapshot::operator=(LocalDbSnapshot const& other) {
+    SharedDocument* const before = document_;
+    document_ = addOwner(other.document_);
+    status_ = other.status_;
+    removeOwner(before);
+    return *this;
+}
+
+LocalDbSnapshot::~LocalDbSnapshot() { removeOwner(document_); }
+
+LocalDbSnapshot::Status LocalDbSnapshot::status() const { return status_; }
+
+LocalDbSnapshot::operator bool() const { return status_ == READ; }
+
+json_object* LocalDbSnapshot::root() const {
+    return document_ != nullptr ? document_->root.get() : nullptr;
+}
+
+template <>
+int LocalDbSnapshot::get<int>(char const* path) const {
+    return getValue<int>(root(), path);
+}
+template <>
+bool LocalDbSnapshot::get<bool>(char const* path) const {
+    return getValue<bool>(root(), path);
+}
+template <>
+double LocalDbSnapshot::get<double>(char const* path) const {
+    return getValue<double>(root(), path);
+}
+// json-c would store the text of another value in its node.
+template <>
+char const* LocalDbSnapshot::get<char const*>(char const* path) const {
+    json_object* const node = getNode(root(), path, ValueTraits<char const*>::WORDS);
+    return isString(json_object_get_type(node)) ? json_object_get_string(node) : nullptr;
+}
+
+template <>
+bool LocalDbSnapshot::get_ex<int>(char const* path, int& out) const {
+    return getChecked(root(), path, out);
+}
+template <>
+bool LocalDbSnapshot::get_ex<bool>(char const* path, bool& out) const {
+    return getChecked(root(), path, out);
+}
+template <>
+bool LocalDbSnapshot::get_ex<double>(char const* path, double& out) const {
+    return getChecked(root(), path, out);
+}
+template <>
+bool LocalDbSnapshot::get_ex<char const*>(char const* path, char const*& out) const {
+    return getChecked(root(), path, out);
+}
+
+int LocalDbSnapshot::len(char const* path) const {
+    array_list const* const elements = json_object_get_array(lookUp(root(), path).value);
+    return elements != nullptr ? static_cast<int>(elements->length) : -1;
+}
+
+// Not by JsonData::cloneObject, which prints the node.
+TreeMapObject* LocalDbSnapshot::copy(char const* path) const {
+    json_object* const node = lookUp(root(), path).value;
+    if (node == nullptr) {
+        UTIL_ERROR("%s: fail to get object by path\n", "copy");
+        return nullptr;
+    }
+    json_object* copied = nullptr;
+    TreeMapObject* const handle = json_object_deep_copy(node, &copied, nullptr) == 0
+                                      ? new (std::nothrow) TreeMapObject(copied)
+                                      : nullptr;
+    if (handle == nullptr) {
+        json_object_put(copied);
+        UTIL_ERROR("%s: fail to clone object\n", "copy");
+    }
+    return handle;
+}
+
+uint64_t LocalDbSnapshot::version() const { return document_ != nullptr ? document_->version : 0; }
+
+void LocalDbSnapshot::forget() { forgetDocuments(); }
