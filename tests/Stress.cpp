@@ -13,12 +13,15 @@
 #include "CommLabel.h"
 #include "JsonData.h"
 #include "LocalDbCtrl.h"
+#include "LocalDbSnapshot.h"
 #include "LocalDbTransaction.h"
 #include "Logger.h"
 #include "Support.h"
 #include "TreeMapObject.h"
 
 namespace {
+
+using Snapshot = LocalDbSnapshot;
 
 API_TYPE_T const SAVED_BY_SESSIONS = API_MEDIASHARE;
 API_TYPE_T const WITHOUT_A_FILE = API_FAC;
@@ -82,6 +85,23 @@ void readsTheFile(int) {
     EXPECT_TRUE(read->jobj != nullptr);
     EXPECT_EQ(read->get<int>("first"), read->get<int>("list.[1].last"));
     delete read;
+}
+
+// What was saved as a whole, and never an older one than before.
+void readsSnapshots(int round) {
+    API_TYPE_T const type = round % 2 == 0 ? API_QOS : SAVED_BY_SESSIONS;
+    Snapshot const first(type);
+    Snapshot const copy(first);
+    Snapshot const second(type);
+    EXPECT_EQ(first.status(), Snapshot::READ);
+    EXPECT_EQ(first.get<int>("first"), copy.get<int>("list.[1].last"));
+    EXPECT_LE(first.get<int>("first"), second.get<int>("list.[1].last"));
+    EXPECT_EQ(first.version() == second.version(),
+              first.get<int>("first") == second.get<int>("first"));
+    if (round % 100 == 0) {
+        Snapshot::forget();
+        delete second.copy("list");
+    }
 }
 
 void makesASessionOfItsOwn(int round) {
@@ -180,10 +200,10 @@ TEST(Stress, LosesAndTearsNothing) {
                    std::all_of(updates, updates + WITHOUT_A_FILE, isDone);
         };
     std::vector<std::thread> threads;
-    for (auto* work :
-         {writesAllTypes, writesOneType, transacts, savesInSessionOne, savesInSessionTwo,
-          readsTheFile, makesASessionOfItsOwn, removesASession, savesInAPassingSession,
-          takesTurnsAfterNullResults, releasesAFreeDatabase, logs, logsIn, asksForNames}) {
+    for (auto* work : {writesAllTypes, writesOneType, transacts, savesInSessionOne,
+                       savesInSessionTwo, readsTheFile, readsSnapshots, makesASessionOfItsOwn,
+                       removesASession, savesInAPassingSession, takesTurnsAfterNullResults,
+                       releasesAFreeDatabase, logs, logsIn, asksForNames}) {
         for (int copy = 0; copy < 2; ++copy) {
             threads.emplace_back([work, isOver] {
                 for (int round = 1; !isOver(); ++round) {
