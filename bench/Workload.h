@@ -57,6 +57,7 @@ void addAssignments();
 void addHandles();
 void addLogLines();
 void addFiles();
+void addSnapshots();  // after the files, which start the databases
 void addGrowths();
 
 #endif

@@ -34,6 +34,7 @@ int main(int argc, char** argv) {
     addHandles();
     addLogLines();
     addFiles();
+    addSnapshots();
     addGrowths();
     if (argc == 3 && strcmp(argv[1], "--count") == 0) {
         countInstructions(argv[2]);

@@ -16,6 +16,7 @@
 #include "Faults.h"
 #include "JsonData.h"
 #include "LocalDbCtrl.h"
+#include "LocalDbSnapshot.h"
 #include "LocalDbTransaction.h"
 #include "Logger.h"
 #include "Support.h"
@@ -253,6 +254,26 @@ void transacts(Trial& trial) {
     LocalDbCtrl::removeDB("default");
 }
 
+// The status tells the truth, and the next snapshot is whole.
+void takesSnapshots(Trial& trial) {
+    TempDir::write(LAN_FILE, OLD);
+    std::unique_ptr<LocalDbSnapshot> snapshot;
+    std::unique_ptr<TreeMapObject> copy;
+    LocalDbSnapshot::forget();
+    trial.run([&] {
+        snapshot = std::make_unique<LocalDbSnapshot>(API_NETWORK);
+        copy.reset(snapshot->copy("a"));
+    });
+    bool const isMemory = trial.fault.error == ENOMEM;
+    EXPECT_TRUE(snapshot == nullptr || *snapshot ||
+                snapshot->status() ==
+                    (isMemory ? LocalDbSnapshot::NO_MEMORY : LocalDbSnapshot::UNREADABLE));
+    EXPECT_TRUE(snapshot != nullptr || isMemory);  // the test's own allocation
+    EXPECT_TRUE(copy == nullptr || (*snapshot && copy->get<int>("b") == 1));
+    EXPECT_EQ(LocalDbSnapshot(API_NETWORK).get<int>("a.b"), 1);
+    LocalDbSnapshot::forget();
+}
+
 void makesASession(Trial& trial) {
     TempDir::write(LAN_FILE, OLD);
     LocalDbCtrl::init();
@@ -443,6 +464,7 @@ Operation const OPERATIONS[] = {
     {"SaveInPlace", savesInPlace, false, 1},
     {"SaveOverLeftover", savesOverALeftover, false, 2},
     {"Load", loads, true},
+    {"Snapshot", takesSnapshots, true},
     {"LockSave", locksAndSaves, false, 2},
     {"LockNodeSave", locksANodeAndSaves, false, 2},
     {"LockNodeUnlock", locksANodeAndUnlocks, false},
