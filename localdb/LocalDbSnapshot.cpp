@@ -54,7 +54,7 @@ double LocalDbSnapshot::get<double>(char const* path) const {
 template <>
 char const* LocalDbSnapshot::get<char const*>(char const* path) const {
     json_object* const node = getNode(root(), path, ValueTraits<char const*>::WORDS);
-    return isString(json_object_get_type(node)) ? json_object_get_string(node) : nullptr;
+    return json_object_is_type(node, json_type_string) ? json_object_get_string(node) : nullptr;
 }
 
 template <>

@@ -8,7 +8,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include "BEConfig.h"
@@ -18,6 +17,7 @@
 #include "jsondata/files/FileBytes.h"
 #include "jsondata/files/FileDescriptor.h"
 #include "jsondata/files/FileIdentity.h"
+#include "session/Actor.h"
 
 namespace {
 
@@ -242,19 +242,16 @@ TEST_F(LocalDbSnapshotTest, CallsRecentWhatMayChangeUnseen) {
 TEST_F(LocalDbSnapshotTest, NeverWaitsForAnotherReader) {
     std::filesystem::create_directories("data/network");
     ASSERT_EQ(mkfifo(LAN_FILE, 0600), 0);
-    std::atomic<pid_t> reader = 0;
-    std::thread slow([&] {
-        reader = gettid();
-        EXPECT_EQ(lan(), "old");
-    });
-    waitUntilAsleep(reader);
+    Actor slow;
+    slow.begin(lan);
+    EXPECT_TRUE(slow.sleeps());
     ASSERT_EQ(rename(LAN_FILE, "pipe"), 0);
     writeSettled("{\"a\": \"new\"}");
     Snapshot const before(API_NETWORK);
     EXPECT_EQ(lan(), "new");
     Snapshot::forget();
     dir.write("pipe", "{\"a\": \"old\"}");
-    slow.join();
+    EXPECT_EQ(slow.end(), "old");
     EXPECT_EQ(lan(), "new");
 }
 
