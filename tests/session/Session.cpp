@@ -54,7 +54,8 @@ std::string contracted(std::string const& text) {
                                     : "@" + std::to_string(end - i) + "<" + line[i] + ">";
         }
         if (shorter.size() > 400) {
-            shorter = shorter.substr(0, 100) + "... " + std::to_string(line.size()) + " bytes";
+            shorter.resize(100);
+            shorter += "... " + std::to_string(line.size()) + " bytes";
         }
         result += count < 20 ? shorter + "\n" : "";
     }
