@@ -36,9 +36,10 @@ class Shared {
     ~Shared() { removeOwner(shared_); }
     Shared(Shared const& other) : shared_(addOwner(other.shared_)) {}
     Shared& operator=(Shared const& other) {
-        T* const before = shared_;
-        shared_ = addOwner(other.shared_);
-        removeOwner(before);
+        if (this != &other) {
+            removeOwner(shared_);
+            shared_ = addOwner(other.shared_);
+        }
         return *this;
     }
 

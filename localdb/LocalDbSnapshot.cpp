@@ -21,10 +21,11 @@ LocalDbSnapshot::LocalDbSnapshot(LocalDbSnapshot const& other)
     : document_(addOwner(other.document_)), status_(other.status_) {}
 
 LocalDbSnapshot& LocalDbSnapshot::operator=(LocalDbSnapshot const& other) {
-    SharedDocument* const before = document_;
-    document_ = addOwner(other.document_);
-    status_ = other.status_;
-    removeOwner(before);
+    if (this != &other) {
+        removeOwner(document_);
+        document_ = addOwner(other.document_);
+        status_ = other.status_;
+    }
     return *this;
 }
 

@@ -92,7 +92,8 @@ void readsTheFile(int) {
 void readsSnapshots(int round) {
     API_TYPE_T const type = round % 2 == 0 ? API_QOS : SAVED_BY_SESSIONS;
     Snapshot const first(type);
-    Snapshot const copy(first);
+    Snapshot copy(type);
+    copy = first;
     Snapshot const second(type);
     EXPECT_EQ(first.status(), Snapshot::READ);
     EXPECT_EQ(first.get<int>("first"), copy.get<int>("list.[1].last"));
