@@ -14,7 +14,12 @@ write_program() {
     echo 'int main() {'
     # shellcheck disable=SC2016 # a pattern
     sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '/^```/d'
-    echo 'return failed; }'
+    echo '}'
+}
+
+write_database() { # FOLDER
+    mkdir -p "$1/data/network"
+    echo '{"lan": {"address": "192.168.1.1"}}' >"$1/data/network/network.ldb"
 }
 
 if [ "${2-}" = --chroot ]; then
@@ -23,6 +28,7 @@ if [ "${2-}" = --chroot ]; then
         echo "$VERSION_CODENAME")" "$root" "$mirror" >/dev/null
     cp "$packages"/*.deb "$root/tmp"
     write_program >"$root/tmp/program.cpp"
+    write_database "$root/tmp"
     # shellcheck disable=SC2016 # expanded inside
     chroot "$root" sh -ec 'cd /tmp
         apt-get install -y --no-install-recommends ./*.deb
@@ -40,6 +46,7 @@ else
         --log=/dev/null --install "$packages"/*.deb >"$root/messages" 2>&1
     test -e "$root"/usr/share/man/man3/LocalDbTransaction.3*
     write_program >"$root/program.cpp"
+    write_database "$root"
     library=$(dirname "$(find "$root/usr" -name libvobiutils.so)")
     PKG_CONFIG_PATH=$library/pkgconfig
     export PKG_CONFIG_PATH
