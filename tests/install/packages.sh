@@ -8,8 +8,8 @@ root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 
 write_program() {
+    echo '#include <LocalDbTransaction.h>'
     echo '#include <TreeMapObject.h>'
-    echo '#include <JsonData.h>'
     echo '#include <cstdio>'
     echo 'int main() {'
     # shellcheck disable=SC2016 # a pattern
