@@ -1,3 +1,4 @@
+// Writes the generated gateway document as text, section by section.
 #include "Gateway.h"
 
 #include <map>

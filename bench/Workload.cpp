@@ -1,3 +1,4 @@
+// Runs the variants of a workload side by side, and prints their times and ratios.
 #include "Workload.h"
 
 #include <benchmark/benchmark.h>

@@ -3,6 +3,7 @@
 
 #include <new>
 
+#include "jsondata/JsonElement.h"
 #include "jsondata/JsonLookup.h"
 #include "localdb/SnapshotStore.h"
 #include "logging/Log.h"
@@ -76,8 +77,8 @@ bool LocalDbSnapshot::get_ex<char const*>(char const* path, char const*& out) co
 }
 
 int LocalDbSnapshot::len(char const* path) const {
-    array_list const* const elements = json_object_get_array(lookUp(root(), path).value);
-    return elements != nullptr ? static_cast<int>(elements->length) : -1;
+    std::optional<size_t> const count = elementCount(lookUp(root(), path).value);
+    return count ? static_cast<int>(*count) : -1;
 }
 
 // Not by JsonData::cloneObject, which prints the node.
