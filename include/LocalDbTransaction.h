@@ -10,6 +10,18 @@
 /// return lan.save();
 /// \endcode
 ///
+/// A change on condition that nobody has been faster, and a reading of what may be unsaved:
+///
+/// \code{.cpp}
+/// LocalDbTransaction wifi(API_WIFI, "ssids.[0]", "default", 500);
+/// if (wifi && wifi.version() == versionThatTheUserSaw) {
+///     wifi->set("name", name);
+///     wifi.save();
+/// }
+///
+/// LocalDbTransaction own(API_WIFI, "ssids", key, 500, LocalDbTransaction::READ);
+/// \endcode
+///
 /// It locks the database of an API type as LocalDbCtrl::lockDbObject does, says why if it cannot,
 /// and ends the lock when it leaves its scope: no return and no exception leaves a database locked
 /// or half-changed. Changes that were neither saved nor kept are discarded: the document in memory
@@ -25,6 +37,8 @@
 /// handle, save and keep return 2, and the end of the scope only logs an error.
 #ifndef VOBIUTILS_LOCALDBTRANSACTION_H
 #define VOBIUTILS_LOCALDBTRANSACTION_H
+
+#include <stdint.h>
 
 #include <memory>
 
@@ -42,20 +56,30 @@ class LocalDbTransaction {
         BUSY,        ///< another writer held or was saving the database until the timeout expired
         NO_FILE,     ///< there is no data file
         UNREADABLE,  ///< the data file cannot be read, or is not JSON
-        NO_NODE,     ///< nothing at that path; the document stays in memory
+        NO_NODE,     ///< nothing at that path
         BAD_ARGUMENTS,  ///< an API type of 9 or more, a null path, no default controller
-        NO_MEMORY,      ///< out of memory for the handle or the copy
+        NO_MEMORY,      ///< out of memory for the document, the handle or the copy
         ENDED,          ///< it was locked, and then saved, kept or ended by a plain operation
     };
 
-    /// Locks the database, and waits up to `milliseconds` while it is busy. The path and the key
-    /// are those of lockDbObject. If the document is in memory already, it is copied so that a
-    /// discard can put it back.
-    LocalDbTransaction(unsigned int apiType, char const* path, char const* sessionKey,
-                       unsigned int milliseconds = 0);
+    /// What the lock is for.
+    enum Mode {
+        WRITE,  ///< to change the document, and save, keep or discard that
+        READ,   ///< only to read: nothing may be changed through the handle
+    };
 
-    /// Ends a lock that is still held, and discards its changes: a document that this lock read
-    /// from the file is dropped, one that was in memory before is put back as it was.
+    /// Locks the database, and waits up to `milliseconds` while it is busy. The path and the key
+    /// are those of lockDbObject.
+    ///
+    /// WRITE copies a document that is in memory and cannot be read again from the file, so that a
+    /// discard can put it back: one that may hold unsaved changes, and one that a session's own
+    /// controller was made with. READ copies nothing.
+    LocalDbTransaction(unsigned int apiType, char const* path, char const* sessionKey,
+                       unsigned int milliseconds = 0, Mode mode = WRITE);
+
+    /// Ends a lock that is still held, and discards its changes: a document that was copied is put
+    /// back as it was, any other is dropped, and the next lock reads the file. After READ, memory
+    /// is as it was before.
     ~LocalDbTransaction();
 
     /// \cond
@@ -66,6 +90,12 @@ class LocalDbTransaction {
     Status status() const;           ///< LOCKED, then ENDED; or why nothing was locked
     explicit operator bool() const;  ///< whether the status is LOCKED
 
+    /// Identifies the content of the file that the document was read from, as
+    /// LocalDbSnapshot::version() does; 0 if the document was in memory and may hold unsaved
+    /// changes. After a save() that returned 0, that of the content which it wrote. 0 if nothing
+    /// was locked.
+    uint64_t version() const;
+
     /// The handle on the node at the path, or on the whole document; null unless LOCKED. It belongs
     /// to the transaction and must not be used after the lock has ended. A node is changed in
     /// place, not replaced.
@@ -75,11 +105,11 @@ class LocalDbTransaction {
 
     /// Writes the document to its file and ends the lock, as LocalDbCtrl::saveDbObject does.
     /// Returns 0 if it was written; 2 if not (the changes are then lost), and if nothing was
-    /// locked.
+    /// locked. After READ it does nothing and returns 2: the lock does not end.
     int save();
 
     /// Leaves the changes in memory, unsaved, and ends the lock, as LocalDbCtrl::unlockDbObject
-    /// does. Returns 0; 2 if nothing was locked.
+    /// does. Returns 0; 2 if nothing was locked. After READ, memory is as it was before.
     int keep();
 
   private:
@@ -91,6 +121,7 @@ class LocalDbTransaction {
 
     std::unique_ptr<Lock> lock_;  // null before LOCKED, and once the transaction has ended the lock
     Status status_;
+    uint64_t version_;
 };
 
 #pragma GCC visibility pop

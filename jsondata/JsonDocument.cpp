@@ -5,6 +5,7 @@
 
 #include "JsonData.h"
 #include "TreeMapObject.h"
+#include "jsondata/JsonDocument.h"
 #include "jsondata/files/JsonFile.h"
 #include "jsondata/files/JsonSave.h"
 #include "logging/Log.h"
@@ -68,8 +69,13 @@ json_object* JsonData::cloneObject(json_object* jobj) {
 }
 
 int JsonData::saveObjectToFile(char const* file, TreeMapObject* obj) {
-    UTIL_DEBUG("%s: save obj=%p\n", "saveObjectToFile", static_cast<void*>(obj));
-    int const ret = obj != nullptr ? saveJsonFile(file, obj->jobj, Durability::SYNCED) : -1;
+    return saveDocument(file, obj, nullptr);
+}
+
+int vobiutils::saveDocument(char const* file, TreeMapObject const* document, uint64_t* version) {
+    UTIL_DEBUG("%s: save obj=%p\n", "saveObjectToFile", static_cast<void const*>(document));
+    int const ret =
+        document != nullptr ? saveJsonFile(file, document->jobj, Durability::SYNCED, version) : -1;
     if (ret != 0) {
         UTIL_DEBUG("%s: failed to save object to file (%s) ret=%d\n", "saveObjectToFile",
                    printable(file), ret);

@@ -2,6 +2,8 @@
 #ifndef VOBIUTILS_LOCALDB_DATABASE_H
 #define VOBIUTILS_LOCALDB_DATABASE_H
 
+#include <stdint.h>
+
 #include <atomic>
 
 #include "LocalDbCtrl.h"
@@ -44,20 +46,22 @@ class Database {
 
     // Reads the data file into the document, which is null if there is no file. Does not change the
     // state. `function` and `number` go into the log lines: the public function that needs the
-    // document, and the number that its line reports for the API type. May throw std::bad_alloc.
-    void load(char const* function, int number);
+    // document, and the number that its line reports for the API type. Returns the version of the
+    // bytes that were read (FileBytes.h), 0 if the document has no value. May throw std::bad_alloc.
+    uint64_t load(char const* function, int number);
 
-    // Does the same as load() and returns true; returns false, with no document, when out of
-    // memory.
-    bool tryLoad(char const* function, int number);
+    // Does the same as load() and returns true, with the version in `version`; returns false, with
+    // no document, when out of memory.
+    bool tryLoad(char const* function, int number, uint64_t& version);
 
     // Sets `node` to a new handle on the node at a path that is not empty, or to null if there is
     // no such node. False, with `node` unchanged, when out of memory.
     bool tryGet(char const* path, TreeMapObject*& node) const;
 
     // Writes the document to its data file and drops it, even if the write failed: the next lock
-    // reads the file as it is then. Returns 0 if it was written, else 2. Does not change the state.
-    int save();
+    // reads the file as it is then. Returns 0 if it was written, with the version of the content in
+    // `version`; else 2. Does not change the state.
+    int save(uint64_t& version);
 
     // Deletes the document, if there is one. Does not change the state.
     void drop();

@@ -33,7 +33,8 @@ int const FAILURE = 2;
 // is none, and also when out of memory.
 TreeMapObject* documentOrNode(Database& database, char const* path) {
     if (database.state() == DB_STATE_UNINITIALIZED) {
-        if (!database.tryLoad("lockDbObject", 1)) {  // intended: logs 1 for every API type
+        uint64_t version = 0;
+        if (!database.tryLoad("lockDbObject", 1, version)) {  // intended: logs 1 for every API type
             return nullptr;
         }
         database.setState(database.idleState());
@@ -106,7 +107,8 @@ int LocalDbCtrl::saveDbObject(API_TYPE_T apiType, char const* sessionKey) {
     }
     int result = FAILURE;
     if (database->document() != nullptr) {
-        result = database->save();
+        uint64_t version = 0;
+        result = database->save(version);
     } else {
         UTIL_DEBUG("%s: there is something wrong, I am is not initialized already!\n",
                    "saveDbObject");

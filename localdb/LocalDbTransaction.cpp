@@ -29,8 +29,8 @@ int const FAILURE = 2;
 // Exists from the moment when the database is acquired. The mutex that the claim holds also keeps
 // removeDB from destroying the controller.
 struct LocalDbTransaction::Lock {
-    explicit Lock(Database const& acquired)
-        : database(acquired), claim(acquired), before(nullptr) {}
+    Lock(Database const& acquired, Mode wanted)
+        : database(acquired), mode(wanted), claim(acquired), before(nullptr) {}
 
     Status prepare(char const* path);
     Status readDocument();
@@ -38,32 +38,36 @@ struct LocalDbTransaction::Lock {
     Status openNode(char const* path);
     template <typename Finish>
     bool end(Finish const& finish);
+    void keep();
     void discard();
 
     Database database;
+    Mode const mode;
     Claim claim;
+    uint64_t version = 0;     // of the content that the document was read from, if it is known
+    bool wasInMemory = true;  // before the lock
     TreeMapObject* object = nullptr;  // the document's own handle, or the one in `node`
     std::unique_ptr<TreeMapObject> node;
-    JsonRef before;  // a copy of the value of a document that was in memory already
+    JsonRef before;  // a copy of the value, if it cannot be read again from the file
 };
 
 // The state is "writing" before anything that takes time, so that other callers are refused at
 // once. A failure releases the database, and leaves a whole document in memory, or none.
 LocalDbTransaction::Status LocalDbTransaction::Lock::prepare(char const* path) {
-    bool const wasLoaded = database.state() == DB_STATE_ACCESSIBLE;
+    wasInMemory = database.state() == DB_STATE_ACCESSIBLE;
     database.setState(DB_STATE_WRITING);
-    Status status = wasLoaded ? copyDocument() : readDocument();
+    Status status = wasInMemory ? copyDocument() : readDocument();
     if (status == LOCKED) {
         status = openNode(path);
     }
     if (status != LOCKED) {
-        end([] {});
+        end([this] { keep(); });
     }
     return status;
 }
 
 LocalDbTransaction::Status LocalDbTransaction::Lock::readDocument() {
-    if (!database.tryLoad("LocalDbTransaction", static_cast<int>(database.apiType))) {
+    if (!database.tryLoad("LocalDbTransaction", static_cast<int>(database.apiType), version)) {
         return NO_MEMORY;
     }
     if (database.document() == nullptr) {
@@ -80,6 +84,9 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::copyDocument() {
     if (!database.hasValue()) {
         database.drop();
         return UNREADABLE;
+    }
+    if (mode == READ) {
+        return LOCKED;
     }
     json_object* copy = nullptr;
     if (json_object_deep_copy(database.document()->jobj, &copy, nullptr) != 0) {
@@ -117,9 +124,19 @@ bool LocalDbTransaction::Lock::end(Finish const& finish) {
     return true;
 }
 
+void LocalDbTransaction::Lock::keep() {
+    if (mode == READ && !wasInMemory) {
+        database.drop();
+    }
+}
+
 // Puts the copy into the document's handle instead of making a new one: the program may still have
 // the pointer from an earlier lock.
 void LocalDbTransaction::Lock::discard() {
+    if (mode == READ) {
+        keep();
+        return;
+    }
     if (!before) {
         database.drop();
         return;
@@ -129,8 +146,8 @@ void LocalDbTransaction::Lock::discard() {
 }
 
 LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
-                                       char const* sessionKey, unsigned int milliseconds)
-    : status_(BAD_ARGUMENTS) {
+                                       char const* sessionKey, unsigned int milliseconds, Mode mode)
+    : status_(BAD_ARGUMENTS), version_(0) {
     ControllerUse use;
     std::optional<Database> database =
         path != nullptr ? use.findDatabase(apiType, sessionKey) : std::optional<Database>();
@@ -143,7 +160,7 @@ LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
         status_ = BUSY;
         return;
     }
-    lock_.reset(new (std::nothrow) Lock(*database));
+    lock_.reset(new (std::nothrow) Lock(*database, mode));
     if (lock_ == nullptr) {
         release(*database);
         status_ = NO_MEMORY;
@@ -152,7 +169,9 @@ LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
     status_ = lock_->prepare(path);
     if (status_ != LOCKED) {
         lock_.reset();
+        return;
     }
+    version_ = lock_->version;
 }
 
 LocalDbTransaction::~LocalDbTransaction() {
@@ -170,6 +189,8 @@ LocalDbTransaction::Status LocalDbTransaction::status() const {
 
 LocalDbTransaction::operator bool() const { return isHeld(); }
 
+uint64_t LocalDbTransaction::version() const { return version_; }
+
 TreeMapObject* LocalDbTransaction::object() const { return isHeld() ? lock_->object : nullptr; }
 
 TreeMapObject* LocalDbTransaction::operator->() const { return object(); }
@@ -186,10 +207,12 @@ bool LocalDbTransaction::end(Finish const& finish) {
 
 int LocalDbTransaction::save() {
     int result = FAILURE;
-    end([&] { result = lock_->database.save(); });
+    if (!isHeld() || lock_->mode == WRITE) {
+        end([&] { result = lock_->database.save(version_); });
+    }
     return result;
 }
 
 int LocalDbTransaction::keep() {
-    return end([] {}) ? SUCCESS : FAILURE;
+    return end([this] { lock_->keep(); }) ? SUCCESS : FAILURE;
 }

@@ -91,12 +91,11 @@ json_object* FileBytes::parse() const {
 
 // FNV-1a, but eight bytes at a time: byte by byte it would take a tenth of the time of parsing. The
 // shift carries differences in the high bits down, which a product does not.
-uint64_t FileBytes::version() const {
+uint64_t versionOf(char const* bytes, size_t length) {
     uint64_t const prime = 0x100000001b3;
-    size_t const length = static_cast<size_t>(length_);
     uint64_t hash = 0xcbf29ce484222325 ^ length;
     for (size_t at = 0; at < length; at += 8) {
-        hash = (hash ^ wordOf(bytes_ + at, std::min<size_t>(8, length - at))) * prime;
+        hash = (hash ^ wordOf(bytes + at, std::min<size_t>(8, length - at))) * prime;
         hash ^= hash >> 32;
     }
     return hash != 0 ? hash : 1;

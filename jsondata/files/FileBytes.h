@@ -10,6 +10,9 @@
 
 namespace vobiutils {
 
+// Identifies a content: equal for equal bytes on every machine, and never 0.
+uint64_t versionOf(char const* bytes, size_t length);
+
 // About a GiB at most, as json-c counts them by an int.
 class FileBytes {
   public:
@@ -29,8 +32,7 @@ class FileBytes {
     // JSON null, and, with ENOMEM in errno, when out of memory.
     json_object* parse() const;
 
-    // Identifies the content: equal for equal bytes on every machine, and never 0.
-    uint64_t version() const;
+    uint64_t version() const { return versionOf(bytes_, static_cast<size_t>(length_)); }
 
   private:
     bool reserve(size_t capacity);

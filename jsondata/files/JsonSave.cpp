@@ -4,6 +4,8 @@
 #include <errno.h>
 #include <stddef.h>
 
+#include "jsondata/files/FileBytes.h"
+
 namespace vobiutils {
 
 namespace {
@@ -49,13 +51,19 @@ char const* prettyText(json_object* value, size_t& length) {
 
 }  // namespace
 
-int saveJsonFile(char const* name, json_object* value, Durability durability) {
+int saveJsonFile(char const* name, json_object* value, Durability durability, uint64_t* version) {
     if (name == nullptr || value == nullptr || !isReadable(value)) {
         return -1;
     }
     size_t length = 0;
     char const* const text = prettyText(value, length);
-    return text != nullptr && replaceFile(name, text, length, durability) ? 0 : -1;
+    if (text == nullptr || !replaceFile(name, text, length, durability)) {
+        return -1;
+    }
+    if (version != nullptr) {
+        *version = versionOf(text, length);
+    }
+    return 0;
 }
 
 }  // namespace vobiutils

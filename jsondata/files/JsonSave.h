@@ -3,6 +3,7 @@
 #define VOBIUTILS_JSONDATA_FILES_JSONSAVE_H
 
 #include <json-c/json.h>
+#include <stdint.h>
 
 #include "jsondata/files/FileReplacement.h"
 
@@ -10,8 +11,10 @@ namespace vobiutils {
 
 // Replaces the file by one that holds `value`, pretty-printed (see replaceFile). 0 on success; -1
 // when that fails, for a null name or value, and for a value that is nested deeper than
-// readJsonFile reads.
-int saveJsonFile(char const* name, json_object* value, Durability durability);
+// readJsonFile reads. On success, `version` is set to that of the bytes that the file then holds,
+// unless it is null.
+int saveJsonFile(char const* name, json_object* value, Durability durability,
+                 uint64_t* version = nullptr);
 
 }  // namespace vobiutils
 

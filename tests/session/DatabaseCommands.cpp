@@ -4,6 +4,7 @@
 
 #include "CommLabel.h"
 #include "LocalDbCtrl.h"
+#include "LocalDbSnapshot.h"
 #include "Session.h"
 
 namespace {
@@ -91,8 +92,10 @@ char const* const STATUSES[] = {"locked",  "busy",          "no file",   "unread
                                 "no node", "bad arguments", "no memory", "ended"};
 
 void begin(Call& c) {
-    auto transaction =
-        std::make_unique<LocalDbTransaction>(c.number(2), c.word(3), c.word(4), c.number(5));
+    bool const reads = c.words.size() > 6 && c.words[6] == "read";
+    auto transaction = std::make_unique<LocalDbTransaction>(
+        c.number(2), c.word(3), c.word(4), c.number(5),
+        reads ? LocalDbTransaction::READ : LocalDbTransaction::WRITE);
     c.result = STATUSES[transaction->status()];
     EXPECT_EQ(static_cast<bool>(*transaction), transaction->object() != nullptr);
     std::scoped_lock const lock(c.session.guard);
@@ -116,7 +119,16 @@ void end(Call& c, int (LocalDbTransaction::*finish)()) {
     }
     c.answer(((*transaction).*finish)());
     c.result += std::string(" ") + STATUSES[transaction->status()];
-    EXPECT_EQ(transaction->object(), nullptr);
+    EXPECT_EQ(transaction->object() != nullptr, static_cast<bool>(*transaction));
+}
+
+// Compares the version of a transaction, which may have ended, with that of the file.
+void showVersion(Call& c) {
+    std::scoped_lock const lock(c.session.guard);
+    uint64_t const version = c.session.transactions.at(c.words[1])->version();
+    c.result = version == 0                                        ? "unknown"
+               : version == LocalDbSnapshot(c.number(2)).version() ? "of the file"
+                                                                   : "of another content";
 }
 
 }  // namespace
@@ -161,5 +173,6 @@ Commands const DATABASE_COMMANDS = {
     {"begin", begin},
     {"commit", [](Call& c) { end(c, &LocalDbTransaction::save); }},
     {"keep", [](Call& c) { end(c, &LocalDbTransaction::keep); }},
+    {"version", showVersion},
     {"discard", [](Call& c) { end(c, nullptr); }},
 };
