@@ -46,10 +46,15 @@ Chain<ControllerUse> uses;
 
 // The caller holds the registry mutex, except where a function says that it locks it.
 
-// Returns the entry of a key, or the end. Does not call the map's find(), which needs a
-// std::string: a writer must be able to end its lock even when out of memory.
+// Returns the entry of a key, or the end. The map's own search needs a std::string, which takes
+// memory if the key is long. Without that, the entries are searched one by one: a writer must be
+// able to end its lock even when out of memory.
 Registry::iterator find(char const* key) {
     Registry& controllers = LocalDbCtrl::controllers;
+    try {
+        return controllers.find(key);
+    } catch (std::bad_alloc const&) {
+    }
     Registry::iterator entry = controllers.begin();
     while (entry != controllers.end() && entry->first != key) {
         ++entry;
