@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <new>
+#include <utility>
 
 #include "TreeMapObject.h"
 #include "jsondata/JsonDocument.h"
@@ -27,11 +28,24 @@ uint64_t Database::load(char const* function, int number) {
         UTIL_WARN("%s: Cannot load database from %s\n", function, file.get());
         return 0;
     }
-    FileContent content;
-    bool const isRead = content.read(file.get()) == 0;
-    document_ = newOwningHandle(isRead ? content.bytes.parse() : nullptr);
+    auto content = std::make_unique<FileContent>();
+    bool const isRead = content->read(file.get()) == 0;
+    document_ = newOwningHandle(isRead ? content->bytes.parse() : nullptr);
     UTIL_DEBUG("%s: Initialized local database for api type %d\n", function, number);
-    return hasValue() ? content.bytes.version() : 0;
+    return hasValue() ? remember(std::move(content)) : 0;
+}
+
+uint64_t Database::remember(std::unique_ptr<FileContent> content) {
+    uint64_t const version = content->bytes.version();
+    if (origins_ != nullptr) {
+        Origin& origin = origins_->of[apiType];
+        origin.set(document_->jobj, version);
+        if (origins_->areReadAgain) {
+            content->bytes.clear();
+            origin.file = std::move(content);
+        }
+    }
+    return version;
 }
 
 bool Database::tryLoad(char const* function, int number, uint64_t& version) {
@@ -64,6 +78,29 @@ int Database::save(uint64_t& version) {
 void Database::drop() {
     delete document_;
     document_ = nullptr;
+    forgetOrigin();
+}
+
+Origin const* Database::origin() const {
+    if (origins_ == nullptr || !hasValue()) {
+        return nullptr;
+    }
+    Origin const& origin = origins_->of[apiType];
+    return origin.root.get() == document_->jobj ? &origin : nullptr;
+}
+
+void Database::forgetOrigin() {
+    if (origins_ != nullptr) {
+        origins_->of[apiType].forget();
+    }
+}
+
+void Database::restore(json_object* copy, uint64_t version) {
+    json_object_put(document_->jobj);
+    document_->jobj = copy;
+    if (origins_ != nullptr && version != 0) {
+        origins_->of[apiType].set(copy, version);
+    }
 }
 
 }  // namespace vobiutils

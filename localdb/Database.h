@@ -7,6 +7,7 @@
 #include <atomic>
 
 #include "LocalDbCtrl.h"
+#include "localdb/DocumentOrigin.h"
 
 namespace vobiutils {
 
@@ -16,12 +17,14 @@ namespace vobiutils {
 // thread that set this state (DatabaseLock.h). Only that thread calls the functions that use it.
 class Database {
   public:
-    Database(LOCALDB_HANDLER& owner, unsigned int type)
+    // `origins` is what is known of the controller's documents, or null.
+    Database(LOCALDB_HANDLER& owner, unsigned int type, Origins* origins)
         : controller(owner),
           apiType(type),
           mutex(owner.lock[type]),
           document_(owner.dbObject[type]),
-          state_(owner.state[type]) {}
+          state_(owner.state[type]),
+          origins_(origins) {}
 
     LOCALDB_HANDLER& controller;
     unsigned int const apiType;
@@ -43,6 +46,18 @@ class Database {
     // Whether a document is in memory and has a value: a data file that is not JSON gives one
     // without.
     bool hasValue() const;
+
+    // What the document was read from; null if it may have been changed since, or put there by the
+    // program itself.
+    Origin const* origin() const;
+
+    // Forgets where the document is from, as it may be changed from now on.
+    void forgetOrigin();
+
+    // Puts `copy`, which it takes over, in place of the document's value. The handle stays: the
+    // program may have the pointer from an earlier lock. `version` is that of the content that the
+    // copy is equal to, or 0.
+    void restore(json_object* copy, uint64_t version);
 
     // Reads the data file into the document, which is null if there is no file. Does not change the
     // state. `function` and `number` go into the log lines: the public function that needs the
@@ -67,8 +82,11 @@ class Database {
     void drop();
 
   private:
+    uint64_t remember(std::unique_ptr<FileContent> content);
+
     TreeMapObject*& document_;
     std::atomic_ref<int> state_;
+    Origins* const origins_;
 };
 
 }  // namespace vobiutils

@@ -41,7 +41,9 @@ void releaseDatabase(Database database) {
 
 LOCALDB_HANDLER::~LOCALDB_HANDLER() {
     UTIL_DEBUG("Local DB handler destructor\n");
+    Origins* const origins = findOrigins(*this);
     for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
-        releaseDatabase(Database(*this, type));
+        releaseDatabase(Database(*this, type, origins));
     }
+    removeOrigins(*this);
 }

@@ -90,6 +90,7 @@ TreeMapObject* LocalDbCtrl::lockDbObject(unsigned int apiType, char const* path,
     acquire(*database);
     TreeMapObject* const object = documentOrNode(*database, path);
     if (object != nullptr) {
+        database->forgetOrigin();
         database->setState(DB_STATE_WRITING);
     }
     return object;
@@ -127,6 +128,7 @@ int LocalDbCtrl::unlockDbObject(unsigned int apiType, char const* sessionKey) {
         UTIL_WARN("%s: I am not in locked state\n", "unlockDbObject");
         return FAILURE;
     }
+    database->forgetOrigin();  // known still if the program has set the state itself
     int result = SUCCESS;
     if (database->document() == nullptr) {
         UTIL_ERROR("%s: there is something wrong, I am is not initialized already!\n",

@@ -181,6 +181,7 @@ void LocalDbCtrl::init() {
         controllers.clear();  // intended: leaks the controllers of the entries
     }
     std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
+    addOrigins(*controller, true);
     MutexGuard const guard(registryLock);
     controllerOf(DEFAULT_KEY) = controller.get();
     controller.release();
@@ -195,8 +196,9 @@ int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
         return refuseRegistered(sessionKey);
     }
     std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
+    Origins& origins = addOrigins(*controller, false);
     for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
-        Database database(*controller, type);
+        Database database(*controller, type, &origins);
         database.load("cloneNewDB", static_cast<int>(type));
         database.setState(database.idleState());
     }
@@ -256,7 +258,8 @@ LOCALDB_HANDLER* ControllerUse::find(char const* sessionKey) {
 std::optional<Database> ControllerUse::findDatabase(unsigned int apiType, char const* sessionKey) {
     try {
         if (apiType < API_TYPE_COUNT && find(sessionKey) != nullptr) {
-            return std::optional<Database>(std::in_place, *controller, apiType);
+            return std::optional<Database>(std::in_place, *controller, apiType,
+                                           findOrigins(*controller));
         }
     } catch (std::bad_alloc const&) {  // no memory for the missing entry of "default"
     }

@@ -3,9 +3,13 @@
 // Ordinarily a transaction ends with save() or keep(). Otherwise what was changed is discarded, and
 // how depends on where the document was before the lock:
 //
-//     document before       kept for a discard    a discard
-//     in its file only      nothing               drops it: the next lock reads the file
-//     in memory             a copy of its value   puts that copy back into the same handle
+//     document before                     for a discard   a discard
+//     in its file only                    nothing         drops it: the next lock reads the file
+//     in memory, of the default           nothing         drops it
+//       controller, and unchanged
+//     in memory, any other                a copy of it    puts the copy back
+//
+// A transaction that only reads drops what it has read itself, and changes nothing else.
 #include "LocalDbTransaction.h"
 
 #include <new>
@@ -15,6 +19,7 @@
 #include "localdb/Condition.h"
 #include "localdb/ControllerUse.h"
 #include "localdb/DatabaseLock.h"
+#include "localdb/FileName.h"
 #include "logging/Log.h"
 
 using namespace vobiutils;
@@ -34,8 +39,9 @@ struct LocalDbTransaction::Lock {
 
     Status prepare(char const* path);
     Status readDocument();
-    Status copyDocument();
+    Status checkDocument();
     Status openNode(char const* path);
+    Status giveOut();
     template <typename Finish>
     bool end(Finish const& finish);
     void keep();
@@ -44,21 +50,26 @@ struct LocalDbTransaction::Lock {
     Database database;
     Mode const mode;
     Claim claim;
-    uint64_t version = 0;     // of the content that the document was read from, if it is known
-    bool wasInMemory = true;  // before the lock
+    uint64_t version = 0;    // of the content that the document was read from, if it is known
+    bool isInFile = false;   // the document can be read again in place of the one in memory
+    bool isDropped = false;  // by a discard
     TreeMapObject* object = nullptr;  // the document's own handle, or the one in `node`
     std::unique_ptr<TreeMapObject> node;
-    JsonRef before;  // a copy of the value, if it cannot be read again from the file
+    JsonRef before;  // the copy for a discard that does not drop the document
 };
 
 // The state is "writing" before anything that takes time, so that other callers are refused at
 // once. A failure releases the database, and leaves a whole document in memory, or none.
 LocalDbTransaction::Status LocalDbTransaction::Lock::prepare(char const* path) {
-    wasInMemory = database.state() == DB_STATE_ACCESSIBLE;
+    bool const wasInMemory = database.state() == DB_STATE_ACCESSIBLE;
     database.setState(DB_STATE_WRITING);
-    Status status = wasInMemory ? copyDocument() : readDocument();
+    Status status = wasInMemory ? checkDocument() : readDocument();
+    isDropped = mode == WRITE ? isInFile : !wasInMemory;
     if (status == LOCKED) {
         status = openNode(path);
+    }
+    if (status == LOCKED && mode == WRITE) {
+        status = giveOut();
     }
     if (status != LOCKED) {
         end([this] { keep(); });
@@ -77,22 +88,26 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::readDocument() {
         database.drop();
         return UNREADABLE;
     }
+    isInFile = true;
     return LOCKED;
 }
 
-LocalDbTransaction::Status LocalDbTransaction::Lock::copyDocument() {
+// Reads the document again if its file has been replaced.
+LocalDbTransaction::Status LocalDbTransaction::Lock::checkDocument() {
     if (!database.hasValue()) {
         database.drop();
         return UNREADABLE;
     }
-    if (mode == READ) {
+    Origin const* const origin = database.origin();
+    if (origin == nullptr) {
         return LOCKED;
     }
-    json_object* copy = nullptr;
-    if (json_object_deep_copy(database.document()->jobj, &copy, nullptr) != 0) {
-        return NO_MEMORY;
+    isInFile = origin->file != nullptr;
+    if (isInFile && !origin->isCurrent(FileName::ofData(database.apiType).get())) {
+        database.drop();
+        return readDocument();
     }
-    before.reset(copy);
+    version = origin->version;
     return LOCKED;
 }
 
@@ -105,6 +120,19 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::openNode(char const* path) 
         node.reset(object);
     }
     return object != nullptr ? LOCKED : NO_NODE;
+}
+
+// From here on the program may change the document.
+LocalDbTransaction::Status LocalDbTransaction::Lock::giveOut() {
+    if (!isInFile) {
+        json_object* copy = nullptr;
+        if (json_object_deep_copy(database.document()->jobj, &copy, nullptr) != 0) {
+            return NO_MEMORY;
+        }
+        before.reset(copy);
+    }
+    database.forgetOrigin();
+    return LOCKED;
 }
 
 // Releases the database; `finish` saves or discards the document between the two halves. False,
@@ -125,24 +153,17 @@ bool LocalDbTransaction::Lock::end(Finish const& finish) {
 }
 
 void LocalDbTransaction::Lock::keep() {
-    if (mode == READ && !wasInMemory) {
-        database.drop();
+    if (mode == READ) {
+        discard();
     }
 }
 
-// Puts the copy into the document's handle instead of making a new one: the program may still have
-// the pointer from an earlier lock.
 void LocalDbTransaction::Lock::discard() {
-    if (mode == READ) {
-        keep();
-        return;
-    }
-    if (!before) {
+    if (isDropped) {
         database.drop();
-        return;
+    } else if (before) {
+        database.restore(before.release(), version);
     }
-    json_object_put(database.document()->jobj);
-    database.document()->jobj = before.release();
 }
 
 LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,

@@ -279,16 +279,31 @@ void makesASession(Trial& trial) {
     LocalDbCtrl::init();
     int made = 0;
     LOCALDB_HANDLER* found = nullptr;
+    char const* const key = "the key of a session, too long for a string's own buffer";
     trial.run([&] {
         found = LocalDbCtrl::getDBByKey("none");
-        made = LocalDbCtrl::cloneNewDB("session");
-        found = LocalDbCtrl::getDBByKey("session");
-        LocalDbCtrl::removeDB("session");
+        made = LocalDbCtrl::cloneNewDB(key);
+        found = LocalDbCtrl::getDBByKey(key);
+        LocalDbCtrl::removeDB(key);
     });
     EXPECT_TRUE(made == 1 || found == nullptr || found == LocalDbCtrl::controllers.at("default"));
-    LocalDbCtrl::removeDB("session");
-    EXPECT_EQ(LocalDbCtrl::cloneNewDB("session"), 1);
-    LocalDbCtrl::removeDB("session");
+    LocalDbCtrl::removeDB(key);
+    EXPECT_EQ(LocalDbCtrl::cloneNewDB(key), 1);
+    // a lock can always be ended, and a discard always be made
+    trial.run([&] {
+        LocalDbTransaction transaction(API_NETWORK, "", key);
+        if (transaction) {
+            EXPECT_NE(transaction.version(), 0U);
+            transaction->set("a.b", 2);
+        }
+    });
+    EXPECT_EQ(LocalDbTransaction(API_NETWORK, "", key)->get<int>("a.b"), 1);
+    trial.run([&] {
+        if (LocalDbCtrl::lockDbObject(API_NETWORK, "", key) != nullptr) {
+            EXPECT_EQ(LocalDbCtrl::unlockDbObject(API_NETWORK, key), 0);
+        }
+    });
+    LocalDbCtrl::removeDB(key);
     LocalDbCtrl::removeDB("default");
 }
 

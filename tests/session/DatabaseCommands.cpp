@@ -164,6 +164,9 @@ Commands const DATABASE_COMMANDS = {
     {"unlock-and-clone", unlockAndClone},
     // what a program may do to the public fields
     {"drop-document", dropDocument},
+    {"put-document",
+     [](Call& c) { controllerOf(c).dbObject[c.number(2)] = new TreeMapObject(c.word(3)); }},
+    {"put-controller", [](Call& c) { LocalDbCtrl::controllers[c.words[1]] = new LOCALDB_HANDLER; }},
     {"set-state",
      [](Call& c) {
          std::atomic_ref<int>(controllerOf(c).state[c.number(2)]) = static_cast<int>(c.number(3));
