@@ -64,7 +64,7 @@ void addSave(int bytes, double goal) {
 
 void startDatabase() {
     BEConfig::DATA_LOCATION = fs::path(scratchFile("data"));
-    for (unsigned int type : {API_GATEWAY, API_NETWORK, API_SERVICE}) {
+    for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
         fs::create_directories(fs::path(LocalDbCtrl::getFileName(type)).parent_path());
     }
     LocalDbCtrl::init();
@@ -95,8 +95,8 @@ void addFiles() {
     addSave(1 << 20, 1.15);
     startDatabase();
     add(Growth{"growth/database cycle, 16 to 1024 KB",
-               {{16, databaseCycle(API_GATEWAY, 16 << 10)},
-                {128, databaseCycle(API_NETWORK, 128 << 10)},
-                {1024, databaseCycle(API_SERVICE, 1 << 20)}},
+               {{16, databaseCycle(API_MEDIASHARE, 16 << 10)},
+                {128, databaseCycle(API_MISC, 128 << 10)},
+                {1024, databaseCycle(API_FAC, 1 << 20)}},
                1.5});
 }

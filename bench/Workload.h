@@ -57,7 +57,8 @@ void addAssignments();
 void addHandles();
 void addLogLines();
 void addFiles();
-void addSnapshots();  // after the files, which start the databases
+void addSnapshots();     // after the files, which start the databases
+void addTransactions();  // likewise
 void addGrowths();
 
 #endif

@@ -35,6 +35,7 @@ int main(int argc, char** argv) {
     addLogLines();
     addFiles();
     addSnapshots();
+    addTransactions();
     addGrowths();
     if (argc == 3 && strcmp(argv[1], "--count") == 0) {
         countInstructions(argv[2]);
