@@ -1,3 +1,4 @@
+// The table of origins, and when one still holds.
 #include "localdb/DocumentOrigin.h"
 
 #include <pthread.h>
