@@ -27,9 +27,9 @@ pthread_mutex_t tableLock = PTHREAD_MUTEX_INITIALIZER;
 
 }  // namespace
 
-void Origin::set(json_object* read, uint64_t contentVersion) {
+void Origin::set(json_object* value, uint64_t contentVersion) {
     file.reset();
-    root.reset(json_object_get(read));
+    root.reset(json_object_get(value));
     version = contentVersion;
 }
 

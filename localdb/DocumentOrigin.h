@@ -21,7 +21,7 @@ namespace vobiutils {
 struct Origin {
     // Forgets the document before, and shares the value that was read, or a copy of it: no other
     // value can get its address as long as it is known.
-    void set(json_object* root, uint64_t contentVersion);
+    void set(json_object* value, uint64_t contentVersion);
     void forget();
 
     // Whether the file of that name is still the one that was read. Needs `file`.
