@@ -5,15 +5,15 @@
 #include <stdint.h>
 
 #include "LocalDbSnapshot.h"
+#include "jsondata/FileCache.h"
 #include "jsondata/JsonRef.h"
-#include "jsondata/Shared.h"
 
 namespace vobiutils {
 
 // The content of a data file. Many threads read it at once, so that nothing is ever written to it:
 // no reference of json-c is taken on its nodes, and nothing in it is printed or converted to a
 // string, because json-c stores the text in the node.
-struct SharedDocument : Counted {
+struct SharedDocument : Made {
     SharedDocument(json_object* owned, uint64_t contentVersion)
         : root(owned), version(contentVersion) {}
 

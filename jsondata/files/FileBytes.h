@@ -10,8 +10,8 @@
 
 namespace vobiutils {
 
-// Identifies a content: equal for equal bytes on every machine, and never 0.
-uint64_t versionOf(char const* bytes, size_t length);
+// Identifies bytes: equal for equal bytes on every machine, and never 0.
+uint64_t hashOf(char const* bytes, size_t length);
 
 // About a GiB at most, as json-c counts them by an int.
 class FileBytes {
@@ -26,13 +26,14 @@ class FileBytes {
     int append(FileDescriptor const& file, off_t expected = 0);
     void clear();  // and frees the memory
 
+    size_t length() const { return static_cast<size_t>(length_); }
     bool operator==(FileBytes const& other) const;
 
     // The value that the bytes begin with, the caller's to release. Null if there is none, if it is
     // JSON null, and, with ENOMEM in errno, when out of memory.
     json_object* parse() const;
 
-    uint64_t version() const { return versionOf(bytes_, static_cast<size_t>(length_)); }
+    uint64_t version() const { return hashOf(bytes_, length()); }
 
   private:
     bool reserve(size_t capacity);

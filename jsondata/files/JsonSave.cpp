@@ -61,7 +61,7 @@ int saveJsonFile(char const* name, json_object* value, Durability durability, ui
         return -1;
     }
     if (version != nullptr) {
-        *version = versionOf(text, length);
+        *version = hashOf(text, length);
     }
     return 0;
 }
