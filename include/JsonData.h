@@ -25,9 +25,9 @@
 /// or json-c may crash. When a document is saved, the text is checked, and the save fails if it is
 /// not whole.
 ///
-/// Threads: every function may be called from any thread at once; no state is kept between calls. A
-/// document belongs to one thread at a time, for reading too, because json-c stores the text of a
-/// value inside it. Different documents are independent.
+/// Threads: every function may be called from any thread at once; nothing is kept between calls but
+/// schemas of files. A document belongs to one thread at a time, for reading too, because json-c
+/// stores the text of a value inside it. Different documents are independent.
 #ifndef VOBIUTILS_JSONDATA_H
 #define VOBIUTILS_JSONDATA_H
 
@@ -132,7 +132,9 @@ class JsonData {
 
     /// Validates the handle's value against a schema file. 0 when valid, and also when there is no
     /// schema file (with a warning); 2 when not valid, for a schema file that cannot be parsed, and
-    /// for a null handle. A handle without a value is validated as JSON null.
+    /// for a null handle. A handle without a value is validated as JSON null. The library keeps up
+    /// to 16 parsed schemas, of at most 32 KB each, until their files change, and keeps the files
+    /// open; see LocalDbSnapshot::forget.
     static int validateFile(TreeMapObject* obj, char const* schemaFile);
 
     /// Compares two values whose types the caller has read. True for equal doubles, integers,

@@ -90,8 +90,9 @@ class LocalDbSnapshot {
     /// another machine, and different for different content. 0 only if not READ.
     uint64_t version() const;
 
-    /// Releases what is kept for later snapshots, of every type, and closes the files. Existing
-    /// snapshots are not affected; the next one of each type reads its file.
+    /// Releases what is kept for later snapshots, of every type, and for later validations, and
+    /// closes the files. Existing snapshots are not affected; the next one of each type reads its
+    /// file.
     static void forget();
 
   private:

@@ -6,7 +6,7 @@
 #include "JsonData.h"
 #include "TreeMapObject.h"
 #include "jsondata/JsonRef.h"
-#include "jsondata/files/JsonFile.h"
+#include "jsondata/SchemaFile.h"
 #include "logging/Log.h"
 
 using namespace vobiutils;
@@ -16,8 +16,7 @@ namespace {
 int const VALID = 0;
 int const INVALID = 2;
 
-bool exists(char const* file) {
-    struct stat status;
+bool exists(char const* file, struct stat& status) {
     return file != nullptr && stat(file, &status) == 0;
 }
 
@@ -47,12 +46,13 @@ int JsonData::validateObject(TreeMapObject* obj, char const* schemaText) {
 }
 
 int JsonData::validateFile(char const* dataFile, char const* schemaFile) {
-    if (!exists(schemaFile)) {
+    struct stat status;
+    if (!exists(schemaFile, status)) {
         UTIL_WARN("%s: file is not exist\n%s. No validation is required\n", "validateFile",
                   printable(schemaFile));
         return VALID;
     }
-    if (!exists(dataFile)) {
+    if (!exists(dataFile, status)) {
         UTIL_ERROR("%s: file is not exist\n%s\n", "validateFile", printable(dataFile));
         return INVALID;
     }
@@ -61,13 +61,14 @@ int JsonData::validateFile(char const* dataFile, char const* schemaFile) {
 
 int JsonData::validateFile(TreeMapObject* obj, char const* schemaFile) {
     UTIL_DEBUG("%s: validate file %s\n", "validateFile", printable(schemaFile));
-    if (!exists(schemaFile)) {
+    struct stat status;
+    if (!exists(schemaFile, status)) {
         UTIL_WARN("%s: file is not exist: %s. The validation is passed with notice\n",
                   "validateFile", printable(schemaFile));
         return VALID;
     }
-    JsonRef const schema(readJsonFile(schemaFile));
-    if (!schema) {
+    SchemaFile const schema(schemaFile, status);
+    if (schema.get() == nullptr) {
         UTIL_ERROR("%s: failed to parse schema file %s\n", "validateFile", schemaFile);
         return INVALID;
     }

@@ -5,6 +5,7 @@
 
 #include "jsondata/JsonElement.h"
 #include "jsondata/JsonLookup.h"
+#include "jsondata/SchemaFile.h"
 #include "localdb/SnapshotStore.h"
 #include "logging/Log.h"
 #include "treemap/TypedValues.h"
@@ -101,4 +102,7 @@ TreeMapObject* LocalDbSnapshot::copy(char const* path) const {
 
 uint64_t LocalDbSnapshot::version() const { return document_ != nullptr ? document_->version : 0; }
 
-void LocalDbSnapshot::forget() { forgetDocuments(); }
+void LocalDbSnapshot::forget() {
+    forgetDocuments();
+    forgetSchemas();
+}

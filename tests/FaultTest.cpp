@@ -274,6 +274,24 @@ void takesSnapshots(Trial& trial) {
     LocalDbSnapshot::forget();
 }
 
+// Only an existing schema that can be read lets a value pass or refuses it; the next one is read.
+void validates(Trial& trial) {
+    TempDir::write("schema", "{\"required\": [\"a\"]}");
+    TreeMapObject valid("{\"a\": 1}");
+    TreeMapObject invalid("{}");
+    int passes = -1;
+    int refuses = -1;
+    trial.run([&] {
+        passes = JsonData::validateFile(&valid, "schema");
+        refuses = JsonData::validateFile(&invalid, "schema");
+    });
+    EXPECT_TRUE(passes == 0 || (passes == 2 && !trial.fault.harmless));
+    EXPECT_TRUE(refuses == 2 || (refuses == 0 && trial.fault.call == faults::STAT));
+    EXPECT_EQ(JsonData::validateFile(&valid, "schema"), 0);
+    EXPECT_EQ(JsonData::validateFile(&invalid, "schema"), 2);
+    LocalDbSnapshot::forget();
+}
+
 void makesASession(Trial& trial) {
     TempDir::write(LAN_FILE, OLD);
     LocalDbCtrl::init();
@@ -484,6 +502,7 @@ Operation const OPERATIONS[] = {
     {"LockNodeSave", locksANodeAndSaves, false, 2},
     {"LockNodeUnlock", locksANodeAndUnlocks, false},
     {"Transaction", transacts, false, 2},
+    {"Validation", validates, false},
     {"Session", makesASession, true},
     {"LoginAttempt", countsAttempts, false},
     {"RecordStart", startsTheRecord, false},

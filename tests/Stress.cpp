@@ -1,5 +1,7 @@
 // stress SECONDS: calls from many threads everything that the headers permit at the same time. Data
 // races are found by ThreadSanitizer, lost and torn writes by the checks here.
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -184,6 +186,11 @@ void asksForNames(int round) {
     EXPECT_EQ(LocalDbCtrl::getFileName(API_WIFI, commType), "./data/wifi/" + label + ".ldb");
     TreeMapObject message("{\"name\": \"x\"}");
     EXPECT_EQ(LocalDbCtrl::validateObject(&message, API_WIFI, commType), commType == 0 ? 2 : 0);
+    if (commType == 1) {
+        std::string const schema = "schema " + std::to_string(gettid());
+        TempDir::write(schema, "{\"required\": [\"ssid\"]}");
+        rename(schema.c_str(), LocalDbCtrl::getSchemaFile(API_WIFI, 0));
+    }
     EXPECT_GE(BEConfig::get_Session_Uptime(), 0);
 }
 

@@ -90,12 +90,15 @@ cat >"$work/validating.cpp" <<'END'
 #include <TreeMapObject.h>
 int main() {
     TreeMapObject value("1");
+    JsonData::validateFile(&value, "schema");
+    JsonData::validateFile(&value, "schema");
     return JsonData::validateObject(&value, "{\"type\": \"string\"}") + JsonData::validateFile("own.cpp", "own.cpp");
 }
 END
+echo '{"type": "string"}' >"$work/schema"
 check_own() { # PROGRAM: it uses that validator, and nothing else is printed
     (cd "$work" && ${RUN:-} "./$1") >"$work/output" 2>&1 || echo "ended with $?" >>"$work/output"
-    printf 'own\nown, files\n' | diff - "$work/output"
+    printf 'own\nown\nown\nown, files\n' | diff - "$work/output"
 }
 compile validating_itself "$work/own.cpp" "$work/validating.cpp"
 check_own validating_itself

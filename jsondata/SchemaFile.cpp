@@ -1,0 +1,67 @@
+#include "jsondata/SchemaFile.h"
+
+#include <errno.h>
+#include <string.h>
+
+#include <atomic>
+#include <new>
+
+#include "jsondata/FileCache.h"
+#include "jsondata/files/JsonFile.h"
+
+namespace vobiutils {
+
+struct ParsedSchema : Made {
+    explicit ParsedSchema(json_object* owned) : value(owned) {}
+
+    JsonRef const value;
+    std::atomic<bool> isInUse = false;
+};
+
+namespace {
+
+size_t const LARGEST = 32 << 10;  // a usual schema has 1 to 4 KB
+
+constinit FileCache schemas(LARGEST);
+
+int parseSchema(FileBytes const& bytes, Shared<Made>& made) {
+    JsonRef value(bytes.parse());
+    if (!value) {
+        return EINVAL;
+    }
+    auto* const parsed = new (std::nothrow) ParsedSchema(value.get());
+    if (parsed == nullptr) {
+        return ENOMEM;
+    }
+    value.release();
+    made = Shared<Made>(parsed);
+    return 0;
+}
+
+Shared<ParsedSchema> findSchema(char const* name, struct stat const& status) {
+    Shared<Made> made;
+    schemas.get(hashOf(name, strlen(name)), name, status, parseSchema, made);
+    return Shared<ParsedSchema>(static_cast<ParsedSchema*>(made.release()));
+}
+
+}  // namespace
+
+SchemaFile::SchemaFile(char const* name, struct stat const& status)
+    : kept_(findSchema(name, status)), own_(nullptr) {
+    if (kept_ && kept_->isInUse.exchange(true, std::memory_order_acquire)) {
+        kept_ = Shared<ParsedSchema>();
+        own_.reset(readJsonFile(name));
+    }
+}
+
+SchemaFile::~SchemaFile() {
+    if (kept_) {
+        kept_->isInUse.store(false, std::memory_order_release);
+    }
+}
+
+json_object* SchemaFile::get() const { return kept_ ? kept_->value.get() : own_.get(); }
+
+void forgetSchemas() { schemas.forget(); }
+
+}  // namespace vobiutils

@@ -1,0 +1,39 @@
+// The parsed schema of a file, for one validation.
+#ifndef VOBIUTILS_JSONDATA_SCHEMAFILE_H
+#define VOBIUTILS_JSONDATA_SCHEMAFILE_H
+
+#include <json-c/json.h>
+#include <sys/stat.h>
+
+#include "jsondata/JsonRef.h"
+#include "jsondata/Shared.h"
+
+namespace vobiutils {
+
+struct ParsedSchema;
+
+// The value is kept for later validations, as long as the file is the same. A validator may write
+// to it, as json-c does to a value that it prints: so it serves one validation at a time, and
+// another that comes meanwhile parses the file for itself.
+class SchemaFile {
+  public:
+    // `status` is that of the file.
+    SchemaFile(char const* name, struct stat const& status);
+    ~SchemaFile();
+    SchemaFile(SchemaFile const&) = delete;
+    SchemaFile& operator=(SchemaFile const&) = delete;
+
+    // Valid as long as this object. Null if the file cannot be read, is not JSON, or is JSON null.
+    json_object* get() const;
+
+  private:
+    Shared<ParsedSchema> kept_;  // used by this object alone
+    JsonRef own_;
+};
+
+// Drops the schemas that are kept, and closes their files.
+void forgetSchemas();
+
+}  // namespace vobiutils
+
+#endif
