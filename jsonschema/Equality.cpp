@@ -10,38 +10,32 @@
 // search. Values made to collide cost n squared again, which the budget bounds.
 #include "jsonschema/Equality.h"
 
-#include <stdint.h>
 #include <string.h>
 
 #include <algorithm>
 #include <memory>
 #include <new>
 
+#include "jsonschema/Hash.h"
+#include "jsonschema/Json.h"
 #include "jsonschema/Number.h"
 
 namespace jsonschema {
 
 namespace {
 
-bool isNumber(json_type type) { return type == json_type_int || type == json_type_double; }
-
-size_t lengthOf(json_object* string) {
-    return static_cast<size_t>(json_object_get_string_len(string));
-}
-
 bool equalStrings(json_object* a, json_object* b, Budget& budget) {
-    size_t const length = lengthOf(a);
-    return length == lengthOf(b) && budget.spend(length / 16) &&
-           memcmp(json_object_get_string(a), json_object_get_string(b), length) == 0;
+    std::string_view const string = textOf(a);
+    return budget.spend(string.size() / 16) && string == textOf(b);
 }
 
 bool equalArrays(json_object* a, json_object* b, Budget& budget) {
-    size_t const length = json_object_array_length(a);
-    if (length != json_object_array_length(b)) {
+    size_t const length = lengthOf(a);
+    if (length != lengthOf(b)) {
         return false;
     }
     for (size_t i = 0; i < length; ++i) {
-        if (!areEqual(json_object_array_get_idx(a, i), json_object_array_get_idx(b, i), budget)) {
+        if (!areEqual(elementOf(a, i), elementOf(b, i), budget)) {
             return false;
         }
     }
@@ -49,32 +43,19 @@ bool equalArrays(json_object* a, json_object* b, Budget& budget) {
 }
 
 bool equalObjects(json_object* a, json_object* b, Budget& budget) {
-    if (json_object_object_length(a) != json_object_object_length(b)) {
+    if (memberCount(a) != memberCount(b)) {
         return false;
     }
-    lh_entry* entry = nullptr;
-    lh_foreach(json_object_get_object(a), entry) {
-        char const* const name = static_cast<char const*>(lh_entry_k(entry));
-        json_object* other = nullptr;
-        if (!budget.spend(strlen(name) / 16) || !json_object_object_get_ex(b, name, &other) ||
-            !areEqual(static_cast<json_object*>(lh_entry_v(entry)), other, budget)) {
+    for (lh_entry* member = firstMember(a); member != nullptr; member = lh_entry_next(member)) {
+        if (!budget.spend(strlen(nameOf(member)) / 16)) {
+            return false;
+        }
+        lh_entry* const other = findMember(b, nameOf(member));
+        if (other == nullptr || !areEqual(valueOf(member), valueOf(other), budget)) {
             return false;
         }
     }
     return true;
-}
-
-uint64_t mix(uint64_t hash, uint64_t value) {
-    hash = (hash ^ value) * 0x9E3779B97F4A7C15U;
-    return hash ^ (hash >> 29);
-}
-
-uint64_t hashOfBytes(char const* bytes, size_t length) {
-    uint64_t hash = length;
-    for (size_t i = 0; i < length; ++i) {
-        hash = mix(hash, static_cast<unsigned char>(bytes[i]));
-    }
-    return hash;
 }
 
 uint64_t hashOf(json_object* value, Budget& budget);
@@ -82,21 +63,19 @@ uint64_t hashOf(json_object* value, Budget& budget);
 // Adds up the hashes of the members, because their order does not count.
 uint64_t hashOfMembers(json_object* object, Budget& budget) {
     uint64_t hash = 2;
-    lh_entry* entry = nullptr;
-    lh_foreach(json_object_get_object(object), entry) {
-        char const* const name = static_cast<char const*>(lh_entry_k(entry));
-        budget.spend(strlen(name) / 16);
-        hash += mix(hashOfBytes(name, strlen(name)),
-                    hashOf(static_cast<json_object*>(lh_entry_v(entry)), budget));
+    for (lh_entry* at = firstMember(object); at != nullptr; at = lh_entry_next(at)) {
+        std::string_view const name = nameOf(at);
+        budget.spend(name.size() / 16);
+        hash += mix(hashOfBytes(name), hashOf(valueOf(at), budget));
     }
     return hash;
 }
 
 uint64_t hashOfElements(json_object* array, Budget& budget) {
     uint64_t hash = 3;
-    size_t const length = json_object_array_length(array);
+    size_t const length = lengthOf(array);
     for (size_t i = 0; i < length; ++i) {
-        hash = mix(hash, hashOf(json_object_array_get_idx(array, i), budget));
+        hash = mix(hash, hashOf(elementOf(array, i), budget));
     }
     return hash;
 }
@@ -112,8 +91,8 @@ uint64_t hashOf(json_object* value, Budget& budget) {
         case json_type_int:
         case json_type_double: return mix(1, Number(value).hash());
         case json_type_string:
-            budget.spend(lengthOf(value) / 16);
-            return hashOfBytes(json_object_get_string(value), lengthOf(value));
+            budget.spend(textOf(value).size() / 16);
+            return hashOfBytes(textOf(value));
         case json_type_array: return hashOfElements(value, budget);
         case json_type_object: return hashOfMembers(value, budget);
     }
@@ -162,7 +141,7 @@ bool areEqual(json_object* a, json_object* b, Budget& budget) {
 }
 
 bool areUnique(json_object* array, Budget& budget) {
-    size_t const length = json_object_array_length(array);
+    size_t const length = lengthOf(array);
     if (!budget.spend(4 * length)) {
         return false;
     }
@@ -172,7 +151,7 @@ bool areUnique(json_object* array, Budget& budget) {
         return false;
     }
     for (size_t i = 0; i < length; ++i) {
-        json_object* const element = json_object_array_get_idx(array, i);
+        json_object* const element = elementOf(array, i);
         elements[i] = {hashOf(element, budget), element};
     }
     Hashed* const end = elements.get() + length;

@@ -1,35 +1,68 @@
 #include "jsonschema/Evaluation.h"
 
+#include <new>
+
 namespace jsonschema {
 
-bool Evaluation::satisfies(json_object* instance, json_object* schema) {
+bool Evaluation::satisfies(json_object* value, Node const& schema, Place const& place) {
     Budget::Level const level(budget_);
     if (!budget_.spend(1)) {
         return false;
     }
-    if (json_object_is_type(schema, json_type_boolean)) {
-        return json_object_get_boolean(schema) != 0;
-    }
-    json_object* const reference = schema_.hasReferences() ? memberOf(schema, "$ref") : nullptr;
-    if (reference != nullptr) {
-        return satisfies(instance, schema_.target(reference));  // its siblings do not count
-    }
-    return satisfiesKeywords(instance, schema);
-}
-
-bool Evaluation::satisfiesKeywords(json_object* instance, json_object* schema) {
-    lh_entry* entry = nullptr;
-    lh_foreach(json_object_get_object(schema), entry) {
-        Keyword const* const keyword =
-            findKeyword(static_cast<char const*>(lh_entry_k(entry)), draft());
-        json_object* const operand = static_cast<json_object*>(lh_entry_v(entry));
-        bool const isSilent = keyword == nullptr || keyword->holds == nullptr;
-        if (!budget_.spend(1) ||
-            (!isSilent && !keyword->holds({*this, operand, schema, instance}))) {
+    json_type const type = json_object_get_type(value);
+    Instruction const* const end = schema.instructions + schema.count;
+    bool holds = true;
+    for (Instruction const* at = schema.instructions; at != end; ++at) {
+        size_t const reports = reports_;
+        if (budget_.spend(1) && at->keyword->holds({*this, *at, value, type, place}) &&
+            !budget_.isUndecided()) {
+            continue;
+        }
+        if (finding_ == nullptr) {
+            return false;
+        }
+        holds = false;
+        if (reports_ == reports) {  // no fault of a schema inside: it is the keyword's own
+            finding_->keep(place, schema, *at, budget_.isUndecided());
+            ++reports_;
+        }
+        if (budget_.isUndecided()) {
             return false;
         }
     }
-    return true;
+    return holds;
+}
+
+Evaluation::Alternatives::Alternatives(Evaluation& evaluation)
+    : evaluation_(evaluation), outer_(evaluation.finding_), reports_(evaluation.reports_) {
+    if (outer_ == nullptr) {
+        return;
+    }
+    pair_ = new (std::nothrow) Pair;
+    if (pair_ == nullptr) {
+        evaluation_.budget_.giveUp();
+    }
+    evaluation_.finding_ = pair_ != nullptr ? &pair_->current : nullptr;
+}
+
+Evaluation::Alternatives::~Alternatives() {
+    evaluation_.finding_ = outer_;
+    evaluation_.reports_ = reports_;
+    delete pair_;
+}
+
+void Evaluation::Alternatives::endOne() {
+    if (pair_ != nullptr) {
+        pair_->furthest.keepLast(pair_->current);
+        pair_->current = Finding();
+    }
+}
+
+void Evaluation::Alternatives::reportFurthest() {
+    if (pair_ != nullptr && !pair_->furthest.isEmpty()) {
+        outer_->keepFirst(pair_->furthest);
+        ++reports_;
+    }
 }
 
 }  // namespace jsonschema

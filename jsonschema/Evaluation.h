@@ -1,28 +1,73 @@
-// Applies a schema that was made ready to values.
+// Applies a compiled schema to an instance, or finds the first fault of an instance that it refuses.
 #ifndef JSONSCHEMA_EVALUATION_H
 #define JSONSCHEMA_EVALUATION_H
 
+#include "jsonschema/Finding.h"
+#include "jsonschema/Pattern.h"
 #include "jsonschema/Schema.h"
 
 namespace jsonschema {
 
 class Evaluation {
   public:
-    Evaluation(Schema const& schema, Budget& budget) : schema_(schema), budget_(budget) {}
+    // With a finding, the evaluation goes on after a fault, as an earlier one may follow, and the
+    // finding keeps the first.
+    explicit Evaluation(Budget& budget, Finding* finding = nullptr)
+        : budget_(budget), finding_(finding) {}
 
-    // Whether `instance` satisfies `schema`, a schema of the document. False, too, when the call
-    // becomes undecided.
-    bool satisfies(json_object* instance, json_object* schema);
+    // Whether the value satisfies a schema. False, too, when the call becomes undecided.
+    bool satisfies(json_object* value, Node const& schema, Place const& place);
 
-    int draft() const { return schema_.draft(); }
-    Schema const& schema() const { return schema_; }
+    // Whether to look for further faults after one.
+    bool goesOn() const { return finding_ != nullptr && !budget_.isUndecided(); }
+
     Budget& budget() { return budget_; }
+    MatchSpace& matchSpace() { return matchSpace_; }
+
+    // While one exists, faults are not looked for: they do not make the instance invalid.
+    class Silence {
+      public:
+        explicit Silence(Evaluation& evaluation)
+            : evaluation_(evaluation), finding_(evaluation.finding_) {
+            evaluation.finding_ = nullptr;
+        }
+        ~Silence() { evaluation_.finding_ = finding_; }
+        Silence(Silence const&) = delete;
+        Silence& operator=(Silence const&) = delete;
+
+      private:
+        Evaluation& evaluation_;
+        Finding* const finding_;
+    };
+
+    // While one exists, faults are those of alternatives. They count when none of them holds.
+    class Alternatives {
+      public:
+        explicit Alternatives(Evaluation& evaluation);
+        ~Alternatives();
+        Alternatives(Alternatives const&) = delete;
+        Alternatives& operator=(Alternatives const&) = delete;
+
+        void endOne();          // after each of them
+        void reportFurthest();  // the fault of the one that got furthest; at most once
+
+      private:
+        struct Pair {
+            Finding current;
+            Finding furthest;
+        };
+
+        Evaluation& evaluation_;
+        Finding* const outer_;
+        size_t reports_;
+        Pair* pair_ = nullptr;  // not on the stack, because alternatives can be nested deeply
+    };
 
   private:
-    bool satisfiesKeywords(json_object* instance, json_object* schema);
-
-    Schema const& schema_;
     Budget& budget_;
+    Finding* finding_;
+    size_t reports_ = 0;
+    MatchSpace matchSpace_;
 };
 
 }  // namespace jsonschema

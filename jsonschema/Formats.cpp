@@ -230,40 +230,37 @@ bool isRelativeJsonPointer(std::string_view string) {
     return digits > 0 && (digits == 1 || string[0] != '0') && (rest == "#" || isJsonPointer(rest));
 }
 
-struct Format {
-    char const* name;
-    bool (*test)(std::string_view);
-};
-
-Format const FORMATS[] = {
-    {"date", isDate},
-    {"date-time", isDateTime},
-    {"email", isEmail},
-    {"hostname", isHostname},
-    {"ipv4", isIpv4},
-    {"ipv6", isIpv6},
-    {"json-pointer", isJsonPointer},
-    {"relative-json-pointer", isRelativeJsonPointer},
-    {"time", isTime},
-    {"uri", isUri},
-    {"uri-reference", isUriReference},
+constexpr Format FORMATS[] = {
+    {"date", "a date such as 2024-12-31", isDate},
+    {"date-time", "a date and time such as 2024-12-31T23:59:00Z", isDateTime},
+    {"email", "an e-mail address", isEmail},
+    {"hostname", "a host name", isHostname},
+    {"ipv4", "an IPv4 address", isIpv4},
+    {"ipv6", "an IPv6 address", isIpv6},
+    {"json-pointer", "a JSON pointer", isJsonPointer},
+    {"regex", "a regular expression", nullptr},
+    {"relative-json-pointer", "a relative JSON pointer", isRelativeJsonPointer},
+    {"time", "a time such as 23:59:00Z", isTime},
+    {"uri", "a URI", isUri},
+    {"uri-reference", "a URI or a part of one", isUriReference},
 };
 
 }  // namespace
 
-bool hasFormat(std::string_view string, std::string_view format, Budget& budget) {
+Format const* findFormat(std::string_view name) {
+    for (Format const& format : FORMATS) {
+        if (format.name == name) {
+            return &format;
+        }
+    }
+    return nullptr;
+}
+
+bool hasFormat(std::string_view string, Format const& format, Budget& budget) {
     if (!budget.spend(10 + string.size() / 8)) {
         return false;
     }
-    if (format == "regex") {
-        return Pattern(string, budget).isValid();
-    }
-    for (Format const& known : FORMATS) {
-        if (format == known.name) {
-            return known.test(string);
-        }
-    }
-    return true;
+    return format.test != nullptr ? format.test(string) : Pattern(string, budget).isValid();
 }
 
 }  // namespace jsonschema

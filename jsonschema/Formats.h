@@ -8,8 +8,16 @@
 
 namespace jsonschema {
 
-// Whether `string` has the format called `format`. True for an unknown format.
-bool hasFormat(std::string_view string, std::string_view format, Budget& budget);
+struct Format {
+    char const* name;
+    char const* description;         // "an IPv4 address"
+    bool (*test)(std::string_view);  // null for a pattern
+};
+
+// Null for an unknown format.
+Format const* findFormat(std::string_view name);
+
+bool hasFormat(std::string_view string, Format const& format, Budget& budget);
 
 }  // namespace jsonschema
 

@@ -110,6 +110,16 @@ size_t Number::toSize() const {
     return real_ < static_cast<double>(SIZE_MAX) ? static_cast<size_t>(real_) : SIZE_MAX;
 }
 
+size_t Number::print(char (&text)[DIGITS]) const {
+    char* at = text;
+    if (isInteger_ && negative_) {
+        *at++ = '-';
+    }
+    char* const end = text + sizeof text;
+    at = isInteger_ ? std::to_chars(at, end, magnitude_).ptr : std::to_chars(at, end, real_).ptr;
+    return static_cast<size_t>(at - text);
+}
+
 // Takes the double apart from its shortest decimal form:
 //
 //     -0.00125  ->  "1.25e-03"  ->  mantissa 125, exponent -3 - 2 = -5

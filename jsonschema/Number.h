@@ -29,6 +29,10 @@ class Number {
     bool isCount() const;
     size_t toSize() const;
 
+    // Writes the shortest decimal, without a NUL, and returns its length.
+    static constexpr size_t DIGITS = 32;
+    size_t print(char (&text)[DIGITS]) const;
+
   private:
     // mantissa * 10 ^ exponent
     struct Decimal {

@@ -158,23 +158,32 @@ T infoOf(pcre2_code const* code, uint32_t what) {
     return value;
 }
 
-template <typename T, void (*release)(T*)>
 struct Release {
-    void operator()(T* object) const { release(object); }
+    void operator()(pcre2_compile_context* context) const { pcre2_compile_context_free(context); }
 };
-
-typedef std::unique_ptr<pcre2_compile_context,
-                        Release<pcre2_compile_context, pcre2_compile_context_free>>
-    CompileContext;
-typedef std::unique_ptr<pcre2_match_context, Release<pcre2_match_context, pcre2_match_context_free>>
-    MatchContext;
-typedef std::unique_ptr<pcre2_match_data, Release<pcre2_match_data, pcre2_match_data_free>>
-    MatchData;
 
 }  // namespace
 
-Pattern::Pattern(std::string_view pattern, Budget& budget) : pattern_(pattern), code_(nullptr) {
-    CompileContext const context(pcre2_compile_context_create(nullptr));
+bool MatchSpace::make() {
+    if (context_ == nullptr) {
+        context_ = pcre2_match_context_create(nullptr);
+        data_ = pcre2_match_data_create(1, nullptr);
+        if (context_ != nullptr) {
+            pcre2_set_heap_limit(context_, limits::PATTERN_MEMORY);
+        }
+    }
+    return context_ != nullptr && data_ != nullptr;
+}
+
+MatchSpace::~MatchSpace() {
+    pcre2_match_data_free(data_);
+    pcre2_match_context_free(context_);
+}
+
+Pattern::Pattern(std::string_view pattern, Budget& budget, Pattern* previous)
+    : pattern_(pattern), previous_(previous) {
+    std::unique_ptr<pcre2_compile_context, Release> const context(
+        pcre2_compile_context_create(nullptr));
     if (!context || pattern.size() > limits::PATTERN_LENGTH || !budget.spend(50 + pattern.size())) {
         budget.giveUp();
         return;
@@ -189,37 +198,33 @@ Pattern::Pattern(std::string_view pattern, Budget& budget) : pattern_(pattern), 
     PCRE2_SIZE position = 0;
     code_ =
         pcre2_compile(bytes(pattern), pattern.size(), OPTIONS, &error, &position, context.get());
-    bool const isTooLarge = code_ == nullptr ? isLimit(error)
-                                             : infoOf<uint32_t>(code_, PCRE2_INFO_MAXLOOKBEHIND) >
-                                                   limits::PATTERN_LOOKBEHIND;
-    // a short pattern can compile to much code: repetitions of groups are copied out
-    if (isTooLarge ||
-        (code_ != nullptr && !budget.spend(infoOf<size_t>(code_, PCRE2_INFO_SIZE) / 8))) {
+    if (code_ == nullptr
+            ? isLimit(error)
+            : infoOf<uint32_t>(code_, PCRE2_INFO_MAXLOOKBEHIND) > limits::PATTERN_LOOKBEHIND) {
         budget.giveUp();
+    }
+    if (code_ != nullptr) {
+        // a short pattern can compile to much code: repetitions of groups are copied out
+        budget.spend(infoOf<size_t>(code_, PCRE2_INFO_SIZE) / 8);
+        frameSize_ = infoOf<size_t>(code_, PCRE2_INFO_FRAMESIZE);
     }
 }
 
 Pattern::~Pattern() { pcre2_code_free(code_); }
 
-bool Pattern::matches(std::string_view string, Budget& budget) const {
-    MatchContext const context(pcre2_match_context_create(nullptr));
-    MatchData const data(pcre2_match_data_create(1, nullptr));
-    if (!context || !data || !budget.spend(10 + string.size() / 8)) {
+bool Pattern::matches(std::string_view string, MatchSpace& space, Budget& budget) const {
+    if (!space.make() || !budget.spend(10 + string.size() / 8)) {
         budget.giveUp();
         return false;
     }
-    pcre2_set_heap_limit(context.get(), limits::PATTERN_MEMORY);
-    Meter meter(pattern_, infoOf<size_t>(code_, PCRE2_INFO_FRAMESIZE), budget);
-    pcre2_set_callout(context.get(), Meter::onItem, &meter);
+    Meter meter(pattern_, frameSize_, budget);
+    pcre2_set_callout(space.context_, Meter::onItem, &meter);
     int const result =
-        pcre2_match(code_, bytes(string), string.size(), 0, 0, data.get(), context.get());
-    if (result >= 0) {
-        return true;
-    }
-    if (result != PCRE2_ERROR_NOMATCH) {
+        pcre2_match(code_, bytes(string), string.size(), 0, 0, space.data_, space.context_);
+    if (result < 0 && result != PCRE2_ERROR_NOMATCH) {
         budget.giveUp();
     }
-    return false;
+    return result >= 0;
 }
 
 }  // namespace jsonschema

@@ -1,0 +1,51 @@
+// Memory that is handed out piece by piece and released as a whole.
+#ifndef JSONSCHEMA_ARENA_H
+#define JSONSCHEMA_ARENA_H
+
+#include <stddef.h>
+
+#include <new>
+#include <string_view>
+#include <type_traits>
+
+namespace jsonschema {
+
+class Arena {
+  public:
+    Arena() = default;
+    Arena(char* buffer, size_t size) : next_(buffer), left_(size) {}  // uses the buffer first
+    ~Arena();
+    Arena(Arena const&) = delete;
+    Arena& operator=(Arena const&) = delete;
+
+    // `count` values with their defaults; null when out of memory. They are not destroyed.
+    template <typename T>
+    T* make(size_t count = 1) {
+        static_assert(std::is_trivially_destructible_v<T>);
+        void* const space = count <= MOST / sizeof(T) ? allocate(count * sizeof(T)) : nullptr;
+        return space != nullptr ? new (space) T[count]() : nullptr;
+    }
+
+    // A NUL-terminated copy, or null.
+    char const* copy(std::string_view string);
+
+    // Aligned for every type in use here; null when out of memory.
+    void* allocate(size_t size);
+
+  private:
+    static constexpr size_t MOST = size_t{1} << 30;
+    static constexpr size_t BLOCK = 1000;  // bytes of a block, unless more is asked for
+    static constexpr size_t ALIGNMENT = 8;
+
+    struct alignas(ALIGNMENT) Block {
+        Block* previous;
+    };
+
+    Block* last_ = nullptr;
+    char* next_ = nullptr;
+    size_t left_ = 0;
+};
+
+}  // namespace jsonschema
+
+#endif

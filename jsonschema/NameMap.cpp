@@ -1,0 +1,46 @@
+#include "jsonschema/NameMap.h"
+
+#include "jsonschema/Hash.h"
+
+namespace jsonschema {
+
+bool NameMap::reserve(size_t capacity, Arena& arena) {
+    size_t slots = 4;
+    while (slots < 2 * capacity) {
+        slots *= 2;
+    }
+    mask_ = static_cast<uint32_t>(slots - 1);
+    entries_ = arena.make<Entry>(capacity);
+    slots_ = arena.make<uint32_t>(slots);
+    return entries_ != nullptr && slots_ != nullptr;
+}
+
+size_t NameMap::slotOf(std::string_view name) const {
+    return static_cast<size_t>(hashOfBytes(name) >> 8) & mask_;
+}
+
+void NameMap::add(Entry const& entry, Budget& budget) {
+    size_t slot = slotOf(entry.name);
+    while (slots_[slot] != 0 && budget.spend(1)) {
+        slot = (slot + 1) & mask_;
+    }
+    entries_[count_] = entry;
+    slots_[slot] = ++count_;
+}
+
+NameMap::Entry const* NameMap::find(std::string_view name, Budget& budget) const {
+    size_t slot = slotOf(name);
+    while (slots_[slot] != 0) {
+        Entry const& entry = entries_[slots_[slot] - 1];
+        if (entry.name == name) {
+            return &entry;
+        }
+        if (!budget.spend(1 + name.size() / 16)) {
+            return nullptr;
+        }
+        slot = (slot + 1) & mask_;
+    }
+    return nullptr;
+}
+
+}  // namespace jsonschema
