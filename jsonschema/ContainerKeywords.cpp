@@ -22,12 +22,12 @@ Place placeOf(App app, size_t index) { return {&app.place, static_cast<unsigned 
 
 // Arrays.
 
-bool minItems(App app) { return !isArray(app) || lengthOf(app.instance) >= app.instruction.count; }
+bool minItems(App app) { return !isArray(app) || lengthOf(app.instance) >= app.instruction->count; }
 
-bool maxItems(App app) { return !isArray(app) || lengthOf(app.instance) <= app.instruction.count; }
+bool maxItems(App app) { return !isArray(app) || lengthOf(app.instance) <= app.instruction->count; }
 
 bool uniqueItems(App app) {
-    return app.instruction.count == 0 || !isArray(app) ||
+    return app.instruction->count == 0 || !isArray(app) ||
            areUnique(app.instance, app.evaluation.budget());
 }
 
@@ -40,7 +40,7 @@ bool satisfiesAt(App app, size_t index, Node const* schema) {
 bool itemsFrom(App app, size_t first) {
     size_t const length = lengthOf(app.instance);
     for (size_t i = first; i < length; ++i) {
-        if (!satisfiesAt(app, i, app.instruction.schema)) {
+        if (!satisfiesAt(app, i, app.instruction->schema)) {
             return false;
         }
     }
@@ -53,11 +53,11 @@ bool items(App app) {
     if (!isArray(app)) {
         return true;
     }
-    if (!app.instruction.isList) {
+    if (!app.instruction->isList) {
         return itemsFrom(app, 0);
     }
-    for (size_t i = 0; i < app.instruction.count && i < lengthOf(app.instance); ++i) {
-        if (!satisfiesAt(app, i, app.instruction.schemas[i])) {
+    for (size_t i = 0; i < app.instruction->count && i < lengthOf(app.instance); ++i) {
+        if (!satisfiesAt(app, i, app.instruction->schemas[i])) {
             return false;
         }
     }
@@ -65,7 +65,7 @@ bool items(App app) {
 }
 
 bool additionalItems(App app) {
-    Instruction const* const listed = app.instruction.siblings[0];
+    Instruction const* const listed = app.instruction->siblings[0];
     return !isArray(app) || listed == nullptr || !listed->isList || itemsFrom(app, listed->count);
 }
 
@@ -75,7 +75,7 @@ bool contains(App app) {
     }
     Evaluation::Silence const silence(app.evaluation);
     for (size_t i = 0; i < lengthOf(app.instance) && !app.evaluation.budget().isUndecided(); ++i) {
-        if (satisfiesAt(app, i, app.instruction.schema)) {
+        if (satisfiesAt(app, i, app.instruction->schema)) {
             return true;
         }
     }
@@ -85,11 +85,11 @@ bool contains(App app) {
 // Objects.
 
 bool minProperties(App app) {
-    return !isObject(app) || memberCount(app.instance) >= app.instruction.count;
+    return !isObject(app) || memberCount(app.instance) >= app.instruction->count;
 }
 
 bool maxProperties(App app) {
-    return !isObject(app) || memberCount(app.instance) <= app.instruction.count;
+    return !isObject(app) || memberCount(app.instance) <= app.instruction->count;
 }
 
 size_t firstMissing(Instruction const& names, json_object* object, Budget& budget) {
@@ -105,7 +105,7 @@ size_t firstMissing(Instruction const& names, json_object* object, Budget& budge
 }
 
 bool required(App app) {
-    Instruction const& names = app.instruction;
+    Instruction const& names = *app.instruction;
     return !isObject(app) ||
            firstMissing(names, app.instance, app.evaluation.budget()) == names.count;
 }
@@ -137,10 +137,35 @@ bool isMatch(App app, NameMap::Entry const& entry, std::string_view name) {
 
 }  // namespace
 
+namespace {
+
+// With what was merged into "properties": each member is looked up only once.
+bool satisfiesMerged(App app) {
+    NameMap const& map = *app.instruction->map;
+    Instruction const* const additional = app.instruction->siblings[0];
+    Node const* const others =
+        additional != nullptr && additional->isMerged ? additional->schema : nullptr;
+    size_t required = 0;
+    return everyMember(
+               app,
+               [&](std::string_view name, json_object* value, Place const& place) {
+                   NameMap::Entry const* const entry = map.find(name, app.evaluation.budget());
+                   required += entry != nullptr && entry->isRequired ? 1 : 0;
+                   Node const* const schema = entry != nullptr ? entry->schema : others;
+                   return schema == nullptr || app.evaluation.satisfies(value, *schema, place);
+               }) &&
+           (!isObject(app) || required == map.requiredCount());
+}
+
+}  // namespace
+
 bool properties(App app) {
+    if (!app.evaluation.findsFaults()) {
+        return satisfiesMerged(app);
+    }
     return everyMember(app, [&](std::string_view name, json_object* value, Place const& place) {
         NameMap::Entry const* const entry =
-            app.instruction.map->find(name, app.evaluation.budget());
+            app.instruction->map->find(name, app.evaluation.budget());
         return entry == nullptr || app.evaluation.satisfies(value, *entry->schema, place);
     });
 }
@@ -148,7 +173,7 @@ bool properties(App app) {
 bool patternProperties(App app) {
     return everyMember(app, [&](std::string_view name, json_object* value, Place const& place) {
         bool holds = true;
-        for (NameMap::Entry const& entry : *app.instruction.map) {
+        for (NameMap::Entry const& entry : *app.instruction->map) {
             if (isMatch(app, entry, name)) {
                 holds = app.evaluation.satisfies(value, *entry.schema, place) && holds;
             }
@@ -163,8 +188,8 @@ bool patternProperties(App app) {
 namespace {
 
 bool isNamedBeside(App app, std::string_view name) {
-    Instruction const* const named = app.instruction.siblings[0];
-    Instruction const* const patterns = app.instruction.siblings[1];
+    Instruction const* const named = app.instruction->siblings[0];
+    Instruction const* const patterns = app.instruction->siblings[1];
     if (named != nullptr && named->map->find(name, app.evaluation.budget()) != nullptr) {
         return true;
     }
@@ -183,7 +208,7 @@ bool isNamedBeside(App app, std::string_view name) {
 bool additionalProperties(App app) {
     return everyMember(app, [&](std::string_view name, json_object* value, Place const& place) {
         return isNamedBeside(app, name) ||
-               app.evaluation.satisfies(value, *app.instruction.schema, place);
+               app.evaluation.satisfies(value, *app.instruction->schema, place);
     });
 }
 
@@ -195,7 +220,7 @@ bool propertyNames(App app) {
             return false;
         }
         Place const ofName = {place.container, place.number, true};
-        bool const holds = app.evaluation.satisfies(string, *app.instruction.schema, ofName);
+        bool const holds = app.evaluation.satisfies(string, *app.instruction->schema, ofName);
         json_object_put(string);
         return holds;
     });
@@ -205,7 +230,7 @@ bool dependencies(App app) {
     bool holds = true;
     everyMember(app, [&](std::string_view name, json_object*, Place const&) {
         NameMap::Entry const* const entry =
-            app.instruction.map->find(name, app.evaluation.budget());
+            app.instruction->map->find(name, app.evaluation.budget());
         if (entry != nullptr) {
             holds = app.evaluation.satisfies(app.instance, *entry->schema, app.place) && holds;
         }

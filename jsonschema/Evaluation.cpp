@@ -9,13 +9,16 @@ bool Evaluation::satisfies(json_object* value, Node const& schema, Place const& 
     if (!budget_.spend(1)) {
         return false;
     }
-    json_type const type = json_object_get_type(value);
+    Application application = {*this, value, json_object_get_type(value), place, nullptr};
     Instruction const* const end = schema.instructions + schema.count;
     bool holds = true;
     for (Instruction const* at = schema.instructions; at != end; ++at) {
+        if (at->isMerged && finding_ == nullptr) {
+            continue;
+        }
+        application.instruction = at;
         size_t const reports = reports_;
-        if (budget_.spend(1) && at->keyword->holds({*this, *at, value, type, place}) &&
-            !budget_.isUndecided()) {
+        if (budget_.spend(1) && at->keyword->holds(application) && !budget_.isUndecided()) {
             continue;
         }
         if (finding_ == nullptr) {

@@ -18,6 +18,8 @@ class Evaluation {
     // Whether the value satisfies a schema. False, too, when the call becomes undecided.
     bool satisfies(json_object* value, Node const& schema, Place const& place);
 
+    bool findsFaults() const { return finding_ != nullptr; }
+
     // Whether to look for further faults after one.
     bool goesOn() const { return finding_ != nullptr && !budget_.isUndecided(); }
 

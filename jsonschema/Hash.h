@@ -15,22 +15,29 @@ inline uint64_t mix(uint64_t hash, uint64_t value) {
     return hash ^ (hash >> 29);
 }
 
-// Reads eight bytes at a time; the last eight overlap those before them.
+// Reads eight bytes at a time, or four: the last ones overlap those before them.
 inline uint64_t hashOfBytes(std::string_view bytes) {
-    uint64_t hash = bytes.size();
+    size_t const size = bytes.size();
+    char const* const start = bytes.data();
+    uint64_t hash = size;
     uint64_t word = 0;
-    if (bytes.size() < sizeof word) {
-        for (char c : bytes) {
-            word = word << 8 | static_cast<unsigned char>(c);
+    if (size >= sizeof word) {
+        char const* const last = start + size - sizeof word;
+        for (char const* at = start; at < last; at += sizeof word) {
+            memcpy(&word, at, sizeof word);
+            hash = mix(hash, word);
         }
-        return mix(hash, word);
+        memcpy(&word, last, sizeof word);
+    } else if (size >= sizeof(uint32_t)) {
+        uint32_t half[2];
+        memcpy(&half[0], start, sizeof half[0]);
+        memcpy(&half[1], start + size - sizeof half[1], sizeof half[1]);
+        word = uint64_t{half[0]} << 32 | half[1];
+    } else if (size > 0) {
+        word = static_cast<unsigned char>(start[0]) |
+               static_cast<unsigned char>(start[size / 2]) << 8 |
+               static_cast<unsigned char>(start[size - 1]) << 16;
     }
-    char const* const last = bytes.data() + bytes.size() - sizeof word;
-    for (char const* at = bytes.data(); at < last; at += sizeof word) {
-        memcpy(&word, at, sizeof word);
-        hash = mix(hash, word);
-    }
-    memcpy(&word, last, sizeof word);
     return mix(hash, word);
 }
 

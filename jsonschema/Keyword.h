@@ -39,10 +39,10 @@ enum class Form {
 // One keyword at work on an instance.
 struct Application {
     Evaluation& evaluation;
-    Instruction const& instruction;
     json_object* instance;
     json_type type;  // of the instance
     Place const& place;
+    Instruction const* instruction;
 };
 
 struct Keyword {

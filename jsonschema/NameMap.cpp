@@ -43,4 +43,17 @@ NameMap::Entry const* NameMap::find(std::string_view name, Budget& budget) const
     return nullptr;
 }
 
+bool NameMap::requireAll(std::string_view const* names, size_t count, Budget& budget) {
+    bool all = true;
+    for (size_t i = 0; i < count; ++i) {
+        Entry const* const found = find(names[i], budget);
+        all = all && found != nullptr;
+        if (found != nullptr && !found->isRequired) {
+            entries_[found - entries_].isRequired = true;
+            ++requiredCount_;
+        }
+    }
+    return all;
+}
+
 }  // namespace jsonschema

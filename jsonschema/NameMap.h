@@ -20,6 +20,7 @@ class NameMap {
         std::string_view name;
         Node const* schema = nullptr;
         Pattern const* pattern = nullptr;  // in a map of patterns
+        bool isRequired = false;
     };
 
     // Makes room for `capacity` entries. False when out of memory.
@@ -31,6 +32,10 @@ class NameMap {
     // Null when there is none. Names may be made to collide: each collision is charged.
     Entry const* find(std::string_view name, Budget& budget) const;
 
+    // Marks the entries of names as required. False when one of them has no entry.
+    bool requireAll(std::string_view const* names, size_t count, Budget& budget);
+    size_t requiredCount() const { return requiredCount_; }
+
     Entry const* begin() const { return entries_; }
     Entry const* end() const { return entries_ + count_; }
 
@@ -39,6 +44,7 @@ class NameMap {
 
     Entry* entries_ = nullptr;
     uint32_t count_ = 0;
+    uint32_t requiredCount_ = 0;
     uint32_t mask_ = 0;  // the number of slots less one, all ones in binary
     uint32_t* slots_ =
         nullptr;  // one plus the index of an entry, or 0; at least half of them are 0

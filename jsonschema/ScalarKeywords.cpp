@@ -11,18 +11,18 @@ namespace jsonschema {
 namespace keywords {
 
 bool type(App app) {
-    size_t const types = app.instruction.count;
+    size_t const types = app.instruction->count;
     return (types & bitOf(app.type)) != 0 ||
            (app.type == json_type_double && (types & WHOLE_DOUBLE) != 0 &&
             Number(app.instance).isWhole());
 }
 
 bool isConst(App app) {
-    return areEqual(app.instance, app.instruction.value, app.evaluation.budget());
+    return areEqual(app.instance, app.instruction->value, app.evaluation.budget());
 }
 
 bool isEnum(App app) {
-    json_object* const values = app.instruction.value;
+    json_object* const values = app.instruction->value;
     Budget& budget = app.evaluation.budget();
     for (size_t i = 0; i < lengthOf(values) && !budget.isUndecided(); ++i) {
         if (areEqual(app.instance, elementOf(values, i), budget)) {
@@ -36,11 +36,11 @@ bool isEnum(App app) {
 
 namespace {
 
-Number::Order compared(App app) { return Number(app.instance).compare(*app.instruction.number); }
+Number::Order compared(App app) { return Number(app.instance).compare(*app.instruction->number); }
 
 // A Boolean "exclusiveMinimum" beside a "minimum" is a flag, whatever the draft.
 bool isFlagged(App app) {
-    Instruction const* const flag = app.instruction.siblings[0];
+    Instruction const* const flag = app.instruction->siblings[0];
     return flag != nullptr && flag->number == nullptr && flag->count != 0;
 }
 
@@ -63,18 +63,18 @@ bool maximum(App app) {
 }
 
 bool exclusiveMinimum(App app) {
-    return app.instruction.number == nullptr || !isNumber(app.type) ||
+    return app.instruction->number == nullptr || !isNumber(app.type) ||
            compared(app) == Number::GREATER;
 }
 
 bool exclusiveMaximum(App app) {
-    return app.instruction.number == nullptr || !isNumber(app.type) ||
+    return app.instruction->number == nullptr || !isNumber(app.type) ||
            compared(app) == Number::LESS;
 }
 
 bool multipleOf(App app) {
     return !isNumber(app.type) ||
-           Number(app.instance).isMultipleOf(*app.instruction.number, app.evaluation.budget());
+           Number(app.instance).isMultipleOf(*app.instruction->number, app.evaluation.budget());
 }
 
 // Strings.
@@ -96,25 +96,25 @@ size_t codePoints(App app, std::string_view string) {
 
 bool minLength(App app) {
     std::string_view const string = textOf(app.instance);
-    size_t const limit = app.instruction.count;
+    size_t const limit = app.instruction->count;
     return app.type != json_type_string || string.size() / 4 >= limit ||
            codePoints(app, string) >= limit;
 }
 
 bool maxLength(App app) {
     std::string_view const string = textOf(app.instance);
-    size_t const limit = app.instruction.count;
+    size_t const limit = app.instruction->count;
     return string.size() <= limit || codePoints(app, string) <= limit;
 }
 
 bool pattern(App app) {
     return app.type != json_type_string ||
-           app.instruction.pattern->matches(textOf(app.instance), app.evaluation.matchSpace(),
-                                            app.evaluation.budget());
+           app.instruction->pattern->matches(textOf(app.instance), app.evaluation.matchSpace(),
+                                             app.evaluation.budget());
 }
 
 bool format(App app) {
-    Format const* const format = app.instruction.format;
+    Format const* const format = app.instruction->format;
     return app.type != json_type_string || format == nullptr ||
            hasFormat(textOf(app.instance), *format, app.evaluation.budget());
 }

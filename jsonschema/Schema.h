@@ -24,7 +24,7 @@ struct Instruction {
     union {
         Node const* schema = nullptr;   // SCHEMA, REFERENCE, ITEMS
         Node const* const* schemas;     // SCHEMAS; ITEMS where isList
-        NameMap const* map;             // SCHEMA_MAP, PATTERN_MAP, DEPENDENCIES
+        NameMap* map;                   // SCHEMA_MAP, PATTERN_MAP, DEPENDENCIES
         std::string_view const* names;  // STRINGS
         json_object* value;             // ANY, VALUES
         Number const* number;           // NUMBER and the like; null where it is Boolean
@@ -33,6 +33,7 @@ struct Instruction {
     };
     size_t count = 0;  // of schemas or names; COUNT; BOOLEAN: 0 or 1; TYPES: a bit for each type
     bool isList = false;
+    bool isMerged = false;                // into "properties", except when faults are looked for
     Instruction const* siblings[2] = {};  // those of the keyword; null where there is none
 };
 

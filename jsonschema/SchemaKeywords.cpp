@@ -16,8 +16,8 @@ bool satisfies(App app, Node const* schema) {
 size_t holdingSchemas(App app, size_t enough) {
     Evaluation::Alternatives alternatives(app.evaluation);
     size_t holding = 0;
-    for (size_t i = 0; i < app.instruction.count && holding < enough; ++i) {
-        holding += satisfies(app, app.instruction.schemas[i]) ? 1 : 0;
+    for (size_t i = 0; i < app.instruction->count && holding < enough; ++i) {
+        holding += satisfies(app, app.instruction->schemas[i]) ? 1 : 0;
         alternatives.endOne();
         if (app.evaluation.budget().isUndecided()) {
             break;
@@ -33,12 +33,12 @@ size_t holdingSchemas(App app, size_t enough) {
 
 bool never(App) { return false; }
 
-bool reference(App app) { return satisfies(app, app.instruction.schema); }
+bool reference(App app) { return satisfies(app, app.instruction->schema); }
 
 bool allOf(App app) {
     bool holds = true;
-    for (size_t i = 0; i < app.instruction.count && (holds || app.evaluation.goesOn()); ++i) {
-        holds = satisfies(app, app.instruction.schemas[i]) && holds;
+    for (size_t i = 0; i < app.instruction->count && (holds || app.evaluation.goesOn()); ++i) {
+        holds = satisfies(app, app.instruction->schemas[i]) && holds;
     }
     return holds;
 }
@@ -49,20 +49,20 @@ bool oneOf(App app) { return holdingSchemas(app, 2) == 1; }
 // Undecided is not "does not hold": the whole call is then invalid, whatever comes out here.
 bool isNot(App app) {
     Evaluation::Silence const silence(app.evaluation);
-    return !satisfies(app, app.instruction.schema);
+    return !satisfies(app, app.instruction->schema);
 }
 
 namespace {
 
 bool holdsSilently(App app) {
     Evaluation::Silence const silence(app.evaluation);
-    return satisfies(app, app.instruction.schema);
+    return satisfies(app, app.instruction->schema);
 }
 
 }  // namespace
 
 bool ifThenElse(App app) {
-    Instruction const* const branch = app.instruction.siblings[holdsSilently(app) ? 0 : 1];
+    Instruction const* const branch = app.instruction->siblings[holdsSilently(app) ? 0 : 1];
     return branch == nullptr || satisfies(app, branch->schema);
 }
 
