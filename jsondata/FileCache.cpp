@@ -1,6 +1,7 @@
 #include "jsondata/FileCache.h"
 
 #include <errno.h>
+#include <string.h>
 
 #include <new>
 #include <utility>
@@ -107,6 +108,10 @@ int FileCache::get(uint64_t key, char const* file, struct stat const& status, Ma
     Shared<Kept> recent;
     return share(read, FileIdentity(status), made, recent) ? 0
                                                            : make(read, file, recent.get(), made);
+}
+
+int FileCache::get(char const* file, struct stat const& status, Maker* maker, Shared<Made>& made) {
+    return get(hashOf(file, strlen(file)), file, status, maker, made);
 }
 
 void FileCache::forget() {

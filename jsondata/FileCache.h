@@ -49,6 +49,9 @@ class FileCache {
     int get(uint64_t key, char const* file, struct stat const& status, Maker* maker,
             Shared<Made>& made);
 
+    // The same, under the file's name.
+    int get(char const* file, struct stat const& status, Maker* maker, Shared<Made>& made);
+
     // Drops what is kept, and does not keep what is being read.
     void forget();
 

@@ -1,7 +1,6 @@
 #include "jsondata/SchemaFile.h"
 
 #include <errno.h>
-#include <string.h>
 
 #include <atomic>
 #include <new>
@@ -20,9 +19,7 @@ struct ParsedSchema : Made {
 
 namespace {
 
-size_t const LARGEST = 32 << 10;  // a usual schema has 1 to 4 KB
-
-constinit FileCache schemas(LARGEST);
+constinit FileCache schemas(LARGEST_KEPT_SCHEMA);
 
 int parseSchema(FileBytes const& bytes, Shared<Made>& made) {
     JsonRef value(bytes.parse());
@@ -40,7 +37,7 @@ int parseSchema(FileBytes const& bytes, Shared<Made>& made) {
 
 Shared<ParsedSchema> findSchema(char const* name, struct stat const& status) {
     Shared<Made> made;
-    schemas.get(hashOf(name, strlen(name)), name, status, parseSchema, made);
+    schemas.get(name, status, parseSchema, made);
     return Shared<ParsedSchema>(static_cast<ParsedSchema*>(made.release()));
 }
 

@@ -3,12 +3,16 @@
 #define VOBIUTILS_JSONDATA_SCHEMAFILE_H
 
 #include <json-c/json.h>
+#include <stddef.h>
 #include <sys/stat.h>
 
 #include "jsondata/JsonRef.h"
 #include "jsondata/Shared.h"
 
 namespace vobiutils {
+
+// The largest file whose schema is kept. A usual one has 1 to 4 KB.
+size_t const LARGEST_KEPT_SCHEMA = 32 << 10;
 
 struct ParsedSchema;
 

@@ -6,6 +6,7 @@
 #include "jsondata/JsonElement.h"
 #include "jsondata/JsonLookup.h"
 #include "jsondata/SchemaFile.h"
+#include "jsondata/SharedSchema.h"
 #include "localdb/SnapshotStore.h"
 #include "logging/Log.h"
 #include "treemap/TypedValues.h"
@@ -105,4 +106,5 @@ uint64_t LocalDbSnapshot::version() const { return document_ != nullptr ? docume
 void LocalDbSnapshot::forget() {
     forgetDocuments();
     forgetSchemas();
+    forgetCompiledSchemas();
 }

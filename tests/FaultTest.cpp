@@ -13,6 +13,7 @@
 
 #include "BEConfig.h"
 #include "BELoginRecord.h"
+#include "CompiledSchema.h"
 #include "Faults.h"
 #include "JsonData.h"
 #include "LocalDbCtrl.h"
@@ -279,9 +280,15 @@ void validates(Trial& trial) {
     TempDir::write("schema", "{\"required\": [\"a\"]}");
     TreeMapObject valid("{\"a\": 1}");
     TreeMapObject invalid("{}");
+    TreeMapObject schema("{\"required\": [\"a\"]}");
     int passes = -1;
     int refuses = -1;
+    CompiledSchema::Fault fault = {};
     trial.run([&] {
+        for (auto const& rule : {CompiledSchema("schema"), CompiledSchema(schema.jobj)}) {
+            EXPECT_FALSE(rule.accepts(invalid.jobj, &fault));
+            EXPECT_TRUE(fault.message[0] != '\0' && (rule || rule.fault().message[0] != '\0'));
+        }
         passes = JsonData::validateFile(&valid, "schema");
         refuses = JsonData::validateFile(&invalid, "schema");
     });

@@ -13,6 +13,7 @@
 #include "BEConfig.h"
 #include "BELoginRecord.h"
 #include "CommLabel.h"
+#include "CompiledSchema.h"
 #include "JsonData.h"
 #include "LocalDbCtrl.h"
 #include "LocalDbSnapshot.h"
@@ -186,6 +187,9 @@ void asksForNames(int round) {
     EXPECT_EQ(LocalDbCtrl::getFileName(API_WIFI, commType), "./data/wifi/" + label + ".ldb");
     TreeMapObject message("{\"name\": \"x\"}");
     EXPECT_EQ(LocalDbCtrl::validateObject(&message, API_WIFI, commType), commType == 0 ? 2 : 0);
+    CompiledSchema const rule(LocalDbCtrl::getSchemaFile(API_WIFI, 0));
+    static CompiledSchema const shared(rule);
+    EXPECT_TRUE(!rule.accepts(message.jobj) && !shared.accepts(message.jobj));
     if (commType == 1) {
         std::string const schema = "schema " + std::to_string(gettid());
         TempDir::write(schema, "{\"required\": [\"ssid\"]}");

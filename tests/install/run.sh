@@ -82,7 +82,7 @@ check "$work/consumer"
 cat >"$work/own.cpp" <<'END'
 #include <json-c/json.h>
 #include <cstdio>
-extern "C" int json_validate_instance(json_object*, json_object*) { return puts("own"); }
+extern "C" int json_validate_instance(json_object* value, json_object*) { return puts("own") * (value != nullptr); }
 extern "C" int json_validate_instance_from_file(char const*, char const*) { return puts("own, files"); }
 END
 cat >"$work/validating.cpp" <<'END'
@@ -96,9 +96,12 @@ int main() {
 }
 END
 echo '{"type": "string"}' >"$work/schema"
-check_own() { # PROGRAM: it uses that validator, and nothing else is printed
-    (cd "$work" && ${RUN:-} "./$1") >"$work/output" 2>&1 || echo "ended with $?" >>"$work/output"
-    printf 'own\nown\nown\nown, files\n' | diff - "$work/output"
+expect() { # LINES PROGRAM: it uses that validator, and nothing else is printed
+    (cd "$work" && ${RUN:-} "./$2") >"$work/output" 2>&1 || echo "ended with $?" >>"$work/output"
+    printf '%b' "$1" | diff - "$work/output"
+}
+check_own() { # PROGRAM
+    expect 'own\nown\nown\nown, files\n' "$1"
 }
 compile validating_itself "$work/own.cpp" "$work/validating.cpp"
 check_own validating_itself
@@ -111,4 +114,33 @@ if [ -z "${RUN:-}" ]; then # an emulator sets the path itself
 fi
 cp "$work/platform/libjsonschema-c.so.1" "$(dirname "$library")/"
 check_own validating
-echo "installed, built twice and run, with three validators"
+
+# A compiled schema, by a validator that compiles none and by one that does.
+cat >"$work/checking.cpp" <<'END'
+#include <CompiledSchema.h>
+#include <cstdio>
+int main() {
+    json_object* const value = json_object_new_int(1);
+    CompiledSchema const rule("schema");
+    CompiledSchema::Fault fault;
+    bool const accepted = rule.accepts(value);
+    bool const refused = !CompiledSchema("schema").accepts(nullptr, &fault);
+    json_object_put(value);
+    printf("%d %d %s\n", accepted, refused, fault.message);
+}
+END
+cat >"$work/compiling.cpp" <<'END'
+#include "own.cpp"
+#include <CompiledSchema.h>
+extern "C" void* json_schema_compile(json_object*, CompiledSchema::Fault*) { return puts("compile") > 0 ? stdout : nullptr; }
+extern "C" int json_schema_check(void const*, json_object* value, CompiledSchema::Fault* fault) {
+    return value != nullptr ? 1 : std::snprintf(fault->message, sizeof fault->message, "refused") * 0;
+}
+extern "C" void json_schema_free(void*) {}
+END
+compile checking "$work/checking.cpp"
+expect 'own\nown\n1 1 is not valid\n' checking
+compile platform/libjsonschema-c.so.1 -shared -fPIC -Wl,-soname,libjsonschema-c.so.1 "$work/compiling.cpp"
+cp "$work/platform/libjsonschema-c.so.1" "$(dirname "$library")/"
+expect 'compile\n1 1 refused\n' checking
+echo "installed, built twice and run, with four validators"

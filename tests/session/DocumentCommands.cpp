@@ -3,6 +3,7 @@
 #include <jsonschema.h>
 #include <unistd.h>
 
+#include "CompiledSchema.h"
 #include "JsonData.h"
 #include "LocalDbCtrl.h"
 #include "Session.h"
@@ -31,6 +32,24 @@ void isValid(Call& c) {
         [&] { return shown(json_validate_instance(instance.get(), schema.get()) != 0); });
     c.result = validator.end();
     EXPECT_EQ(text(schema.get()) + text(instance.get()), before);
+}
+
+// What a compiled schema says of a value.
+void check(Call& c, CompiledSchema const& schema, json_object* value) {
+    CompiledSchema::Fault fault = schema.fault();
+    bool const isValid = schema.accepts(value, &fault);
+    EXPECT_TRUE(schema || !isValid);
+    EXPECT_EQ(CompiledSchema(schema).accepts(value), isValid);
+    c.result = isValid ? "valid"
+                       : std::string("'") + fault.path + "' " + fault.message + " (" +
+                             fault.keyword + " at '" + fault.schemaPath + "')";
+}
+
+void checkText(Call& c) {
+    JsonRef schema(json(c.word(1)));
+    CompiledSchema compiled(schema.get());
+    schema.reset(nullptr);
+    check(c, compiled, JsonRef(json(c.word(2))).get());
 }
 
 void validate(Call& c) {
@@ -91,6 +110,9 @@ Commands const DOCUMENT_COMMANDS = {
     {"valid", isValid},
     {"valid-files",
      [](Call& c) { c.answer(json_validate_instance_from_file(c.word(1), c.word(2)) != 0); }},
+    {"check", checkText},
+    {"check-file",
+     [](Call& c) { check(c, CompiledSchema(c.word(1)), JsonRef(json(c.word(2))).get()); }},
     {"validate", validate},
     {"validate-file", [](Call& c) { c.answer(JsonData::validateFile(c.handle(1), c.word(2))); }},
     {"validate-files", [](Call& c) { c.answer(JsonData::validateFile(c.word(1), c.word(2))); }},

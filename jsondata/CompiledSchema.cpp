@@ -1,0 +1,37 @@
+#include "CompiledSchema.h"
+
+#include "jsondata/SharedSchema.h"
+
+using namespace vobiutils;
+
+CompiledSchema::CompiledSchema(char const* file) : schema_(compileSchemaFile(file)) {}
+
+CompiledSchema::CompiledSchema(json_object* document) : schema_(compileSchema(document)) {}
+
+CompiledSchema::CompiledSchema(CompiledSchema const& other) : schema_(addOwner(other.schema_)) {}
+
+CompiledSchema& CompiledSchema::operator=(CompiledSchema const& other) {
+    if (this != &other) {
+        removeOwner(schema_);
+        schema_ = addOwner(other.schema_);
+    }
+    return *this;
+}
+
+CompiledSchema::~CompiledSchema() { removeOwner(schema_); }
+
+CompiledSchema::operator bool() const { return schema_ != nullptr && schema_->isUsable(); }
+
+CompiledSchema::Fault const& CompiledSchema::fault() const {
+    return schema_ != nullptr ? schema_->fault : NO_MEMORY_FOR_SCHEMA;
+}
+
+bool CompiledSchema::accepts(json_object* value, Fault* fault) const {
+    if (schema_ != nullptr) {
+        return schema_->accepts(value, fault);
+    }
+    if (fault != nullptr) {
+        *fault = NO_MEMORY_FOR_SCHEMA;
+    }
+    return false;
+}

@@ -1,0 +1,40 @@
+// A compiled schema, shared by those who use it.
+#ifndef VOBIUTILS_JSONDATA_SHAREDSCHEMA_H
+#define VOBIUTILS_JSONDATA_SHAREDSCHEMA_H
+
+#include <json-c/json.h>
+
+#include "CompiledSchema.h"
+#include "jsondata/FileCache.h"
+#include "jsondata/JsonRef.h"
+
+struct json_schema;
+
+namespace vobiutils {
+
+// What the validator has compiled; or a copy of the schema, for a validator that compiles none; or
+// neither, and the reason. Only read, once it is made.
+struct SharedSchema : Made {
+    ~SharedSchema() override;
+
+    bool isUsable() const { return compiled != nullptr || document; }
+    bool accepts(json_object* value, CompiledSchema::Fault* fault) const;
+
+    json_schema* compiled = nullptr;
+    JsonRef document{nullptr};  // many threads copy it at once
+    CompiledSchema::Fault fault = {};
+};
+
+// The fault of a schema for which there is no memory.
+extern CompiledSchema::Fault const NO_MEMORY_FOR_SCHEMA;
+
+// These return a share, with or without a usable schema; null when out of memory.
+SharedSchema* compileSchema(json_object* document);
+SharedSchema* compileSchemaFile(char const* file);
+
+// Drops the compiled schemas of files, and closes these.
+void forgetCompiledSchemas();
+
+}  // namespace vobiutils
+
+#endif
