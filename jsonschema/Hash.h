@@ -34,9 +34,10 @@ inline uint64_t hashOfBytes(std::string_view bytes) {
         memcpy(&half[1], start + size - sizeof half[1], sizeof half[1]);
         word = uint64_t{half[0]} << 32 | half[1];
     } else if (size > 0) {
-        word = static_cast<unsigned char>(start[0]) |
-               static_cast<unsigned char>(start[size / 2]) << 8 |
-               static_cast<unsigned char>(start[size - 1]) << 16;
+        unsigned char const bytesOfWord[] = {static_cast<unsigned char>(start[0]),
+                                             static_cast<unsigned char>(start[size / 2]),
+                                             static_cast<unsigned char>(start[size - 1])};
+        memcpy(&word, bytesOfWord, sizeof bytesOfWord);
     }
     return mix(hash, word);
 }

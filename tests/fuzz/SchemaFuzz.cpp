@@ -1,7 +1,9 @@
 // Fuzz target: a schema on the first line, an instance after it. Validation must end within its
-// limits, leave both unchanged, and return the same result twice; a schema and its negation are
-// never both satisfied.
+// limits, leave both unchanged, and return the same result twice, and from a compiled schema; a
+// schema and its negation are never both satisfied; a refusal has a fault, in valid UTF-8.
+#include <iconv.h>
 #include <jsonschema.h>
+#include <string.h>
 
 #include "Fuzz.h"
 #include "jsondata/JsonRef.h"
@@ -16,6 +18,41 @@ json_object* negation(json_object* schema) {
     return outer;
 }
 
+void requireUtf8(char const* string, size_t size) {
+    size_t left = strnlen(string, size);
+    require(left < size);
+    static iconv_t const converter = iconv_open("UTF-32", "UTF-8");
+    char output[2048];
+    char* in = const_cast<char*>(string);
+    char* out = output;
+    size_t space = sizeof output;
+    require(iconv(converter, &in, &left, &out, &space) == 0);
+}
+
+void requireFault(json_schema_fault const& fault) {
+    requireUtf8(fault.path, sizeof fault.path);
+    requireUtf8(fault.keyword, sizeof fault.keyword);
+    requireUtf8(fault.message, sizeof fault.message);
+    requireUtf8(fault.schema_path, sizeof fault.schema_path);
+    require(fault.keyword[0] != '\0' && fault.message[0] != '\0');
+}
+
+// The schema is compiled from a document of its own, which is gone when it is applied.
+int checkCompiled(std::string const& text, json_object* instance) {
+    json_schema_fault fault;
+    memset(&fault, 0xFF, sizeof fault);
+    JsonRef document(json_tokener_parse(text.c_str()));
+    json_schema* const schema = json_schema_compile(document.get(), &fault);
+    document.reset(nullptr);
+    int const valid = schema != nullptr ? json_schema_check(schema, instance, &fault) : 0;
+    if (valid == 0) {
+        requireFault(fault);
+    }
+    require(schema == nullptr || json_schema_check(schema, instance, nullptr) == valid);
+    json_schema_free(schema);
+    return valid;
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
@@ -27,6 +64,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     std::string const before = text(schema.get()) + text(instance.get());
     int const valid = json_validate_instance(instance.get(), schema.get());
     require(json_validate_instance(instance.get(), schema.get()) == valid);
+    require(checkCompiled(line, instance.get()) == valid);
     require(text(schema.get()) + text(instance.get()) == before);
     if (before.find('$') == before.npos) {  // no "$ref", no "$schema"
         JsonRef const negated(negation(schema.get()));
