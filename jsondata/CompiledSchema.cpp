@@ -4,6 +4,12 @@
 
 using namespace vobiutils;
 
+namespace {
+
+CompiledSchema::Fault const NO_MEMORY = {"", "schema", "cannot be checked: out of memory", ""};
+
+}  // namespace
+
 CompiledSchema::CompiledSchema(char const* file) : schema_(compileSchemaFile(file)) {}
 
 CompiledSchema::CompiledSchema(json_object* document) : schema_(compileSchema(document)) {}
@@ -23,7 +29,7 @@ CompiledSchema::~CompiledSchema() { removeOwner(schema_); }
 CompiledSchema::operator bool() const { return schema_ != nullptr && schema_->isUsable(); }
 
 CompiledSchema::Fault const& CompiledSchema::fault() const {
-    return schema_ != nullptr ? schema_->fault : NO_MEMORY_FOR_SCHEMA;
+    return schema_ != nullptr ? schema_->fault : NO_MEMORY;
 }
 
 bool CompiledSchema::accepts(json_object* value, Fault* fault) const {
@@ -31,7 +37,7 @@ bool CompiledSchema::accepts(json_object* value, Fault* fault) const {
         return schema_->accepts(value, fault);
     }
     if (fault != nullptr) {
-        *fault = NO_MEMORY_FOR_SCHEMA;
+        *fault = NO_MEMORY;
     }
     return false;
 }

@@ -17,9 +17,9 @@ struct FileCache::Kept : Counted {
     Shared<Made> made;
 };
 
-FileCache::Entry* FileCache::find(uint64_t key, Maker* maker) {
+FileCache::Entry* FileCache::find(uint64_t key, Maker const& maker) {
     for (Entry& entry : entries_) {
-        if (entry.kept != nullptr && entry.key == key && entry.maker == maker) {
+        if (entry.kept != nullptr && entry.key == key && entry.maker == &maker) {
             return &entry;
         }
     }
@@ -68,7 +68,7 @@ void FileCache::keep(Read const& read, Shared<Kept> kept) {
         if (read.begunAt > newest) {
             entry = entry != nullptr ? entry : &leastRecentlyUsed();
             std::swap(entry->kept, replaced);
-            entry->maker = read.maker;
+            entry->maker = &read.maker;
             entry->key = read.key;
             entry->begunAt = read.begunAt;
             entry->usedAt = ++clock_;
@@ -89,10 +89,10 @@ int FileCache::make(Read const& read, char const* file, Kept const* recent, Shar
     }
     if (recent != nullptr && recent->content.bytes == content.bytes) {
         made = recent->made;
-    } else if ((error = read.maker(content.bytes, made)) != 0) {
+    } else if ((error = read.maker.make(content.bytes, made)) != 0) {
         return error;
     }
-    if (content.isSettled && content.bytes.length() <= largest_) {
+    if (content.isSettled && content.bytes.length() <= read.maker.largest) {
         if (!content.isRecent) {
             content.bytes.clear();
         }
@@ -102,7 +102,7 @@ int FileCache::make(Read const& read, char const* file, Kept const* recent, Shar
     return 0;
 }
 
-int FileCache::get(uint64_t key, char const* file, struct stat const& status, Maker* maker,
+int FileCache::get(uint64_t key, char const* file, struct stat const& status, Maker const& maker,
                    Shared<Made>& made) {
     Read read = {key, maker, 0};
     Shared<Kept> recent;
@@ -110,7 +110,8 @@ int FileCache::get(uint64_t key, char const* file, struct stat const& status, Ma
                                                            : make(read, file, recent.get(), made);
 }
 
-int FileCache::get(char const* file, struct stat const& status, Maker* maker, Shared<Made>& made) {
+int FileCache::get(char const* file, struct stat const& status, Maker const& maker,
+                   Shared<Made>& made) {
     return get(hashOf(file, strlen(file)), file, status, maker, made);
 }
 

@@ -28,9 +28,12 @@ struct Made : Counted {
     virtual ~Made() = default;
 };
 
-// Makes it of the bytes of a file, and returns 0. With any other result, an error of the system,
-// what it has made goes to the caller, but is not kept.
-typedef int Maker(FileBytes const& bytes, Shared<Made>& made);
+struct Maker {
+    // Makes it of the bytes of a file, and returns 0. With any other result, an error of the
+    // system, what it has made goes to the caller, but is not kept.
+    int (*make)(FileBytes const& bytes, Shared<Made>& made);
+    size_t largest;  // nothing is kept of a file of more bytes
+};
 
 // Keeps SIZE files open at most, and replaces the one whose last use is the longest ago. Has no
 // destructor: threads may still use it when the process ends.
@@ -38,19 +41,18 @@ class FileCache {
   public:
     static size_t const SIZE = 16;
 
-    // Keeps no file of more than `largest` bytes.
-    explicit constexpr FileCache(size_t largest) : largest_(largest) {}
+    FileCache() = default;
     FileCache(FileCache const&) = delete;
     FileCache& operator=(FileCache const&) = delete;
 
     // Sets `made` to what `maker` makes, or has made, of the file that `status` was read from.
     // Returns 0 or an error of the system. What is made under a key replaces what the same maker
     // made under it before; a key that two files share costs time, and no more.
-    int get(uint64_t key, char const* file, struct stat const& status, Maker* maker,
+    int get(uint64_t key, char const* file, struct stat const& status, Maker const& maker,
             Shared<Made>& made);
 
     // The same, under the file's name.
-    int get(char const* file, struct stat const& status, Maker* maker, Shared<Made>& made);
+    int get(char const* file, struct stat const& status, Maker const& maker, Shared<Made>& made);
 
     // Drops what is kept, and does not keep what is being read.
     void forget();
@@ -59,7 +61,7 @@ class FileCache {
     struct Kept;
     struct Entry {
         Kept* kept = nullptr;
-        Maker* maker = nullptr;
+        Maker const* maker = nullptr;
         uint64_t key = 0;
         uint64_t begunAt = 0;  // of the read that it is from
         uint64_t usedAt = 0;
@@ -67,17 +69,16 @@ class FileCache {
     // One call that found nothing it could use.
     struct Read {
         uint64_t key;
-        Maker* maker;
+        Maker const& maker;
         uint64_t begunAt;
     };
 
-    Entry* find(uint64_t key, Maker* maker);
+    Entry* find(uint64_t key, Maker const& maker);
     Entry& leastRecentlyUsed();
     bool share(Read& read, FileIdentity const& file, Shared<Made>& made, Shared<Kept>& recent);
     int make(Read const& read, char const* file, Kept const* recent, Shared<Made>& made);
     void keep(Read const& read, Shared<Kept> kept);
 
-    size_t const largest_;
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
     Entry entries_[SIZE];
     uint64_t clock_ = 0;  // counts the calls

@@ -19,7 +19,7 @@ struct ParsedSchema : Made {
 
 namespace {
 
-constinit FileCache schemas(LARGEST_KEPT_SCHEMA);
+constinit FileCache schemas;
 
 int parseSchema(FileBytes const& bytes, Shared<Made>& made) {
     JsonRef value(bytes.parse());
@@ -35,9 +35,11 @@ int parseSchema(FileBytes const& bytes, Shared<Made>& made) {
     return 0;
 }
 
+Maker const MAKER = {parseSchema, LARGEST_KEPT_SCHEMA};
+
 Shared<ParsedSchema> findSchema(char const* name, struct stat const& status) {
     Shared<Made> made;
-    schemas.get(name, status, parseSchema, made);
+    schemas.get(name, status, MAKER, made);
     return Shared<ParsedSchema>(static_cast<ParsedSchema*>(made.release()));
 }
 

@@ -4,6 +4,7 @@
 #include "jsondata/SharedSchema.h"
 
 #include <errno.h>
+#include <string.h>
 
 #include <new>
 
@@ -21,27 +22,23 @@ int json_validate_instance(json_object* instance, json_object* schema);
 
 namespace vobiutils {
 
-Fault const NO_MEMORY_FOR_SCHEMA = {"", "schema", "cannot be checked: out of memory", ""};
-
 namespace {
 
-Fault const NOT_VALID = {"", "schema", "is not valid", ""};
-Fault const NO_FILE = {"", "schema", "cannot be checked: there is no schema", ""};
-Fault const UNREADABLE = {"", "schema", "cannot be checked: the schema cannot be read", ""};
-Fault const NOT_JSON = {"", "schema", "cannot be checked: the schema is not JSON", ""};
+char const NO_MEMORY[] = "cannot be checked: out of memory";
+char const NOT_JSON[] = "cannot be checked: the schema is not JSON";
+char const NO_SCHEMA[] = "cannot be checked: there is no schema";
 
-constinit FileCache schemas(LARGEST_KEPT_SCHEMA);
+constinit FileCache schemas;
 
 bool canCompile() {
     return json_schema_compile != nullptr && json_schema_check != nullptr &&
            json_schema_free != nullptr;
 }
 
-bool refuse(Fault const& reason, Fault* fault) {
-    if (fault != nullptr) {
-        *fault = reason;
-    }
-    return false;
+Fault faultOf(char const* message) {
+    Fault fault = {"", "schema", "", ""};
+    strcpy(fault.message, message);
+    return fault;
 }
 
 // Null when out of memory.
@@ -54,20 +51,27 @@ json_object* copyOf(json_object* value) {
     return copy;
 }
 
-SharedSchema* unusable(Fault const& reason) {
+bool refuse(Fault const& reason, Fault* fault) {
+    if (fault != nullptr) {
+        *fault = reason;
+    }
+    return false;
+}
+
+SharedSchema* unusable(char const* reason) {
     auto* const schema = new (std::nothrow) SharedSchema;
     if (schema != nullptr) {
-        schema->fault = reason;
+        schema->fault = faultOf(reason);
     }
     return schema;
 }
 
-Fault const& reasonOf(int error) {
+char const* reasonOf(int error) {
     switch (error) {
         case ENOENT:
-        case ENOTDIR: return NO_FILE;
-        case ENOMEM: return NO_MEMORY_FOR_SCHEMA;
-        default: return UNREADABLE;
+        case ENOTDIR: return NO_SCHEMA;
+        case ENOMEM: return NO_MEMORY;
+        default: return "cannot be checked: the schema cannot be read";
     }
 }
 
@@ -83,6 +87,8 @@ int compileBytes(FileBytes const& bytes, Shared<Made>& made) {
     made = Shared<Made>(schema);
     return schema->isUsable() ? 0 : EINVAL;
 }
+
+Maker const MAKER = {compileBytes, LARGEST_KEPT_SCHEMA};
 
 }  // namespace
 
@@ -100,25 +106,22 @@ bool SharedSchema::accepts(json_object* value, Fault* reason) const {
         return refuse(fault, reason);
     }
     JsonRef const copy(copyOf(document.get()));
-    if (!copy) {
-        return refuse(NO_MEMORY_FOR_SCHEMA, reason);
-    }
-    return json_validate_instance(value, copy.get()) != 0 || refuse(NOT_VALID, reason);
+    bool const isValid = copy && json_validate_instance(value, copy.get()) != 0;
+    return isValid || refuse(faultOf(copy ? "is not valid" : NO_MEMORY), reason);
 }
 
 SharedSchema* compileSchema(json_object* document) {
-    if (!canCompile() && document == nullptr) {
-        return unusable(NOT_JSON);
-    }
-    SharedSchema* const schema = unusable(Fault());
+    auto* const schema = new (std::nothrow) SharedSchema;
     if (schema == nullptr) {
         return nullptr;
     }
     if (canCompile()) {
         schema->compiled = json_schema_compile(document, &schema->fault);
-    } else {
-        schema->document.reset(copyOf(document));
-        schema->fault = schema->document ? Fault() : NO_MEMORY_FOR_SCHEMA;
+        return schema;
+    }
+    schema->document.reset(document != nullptr ? copyOf(document) : nullptr);
+    if (!schema->document) {
+        schema->fault = faultOf(document != nullptr ? NO_MEMORY : NOT_JSON);
     }
     return schema;
 }
@@ -126,13 +129,13 @@ SharedSchema* compileSchema(json_object* document) {
 SharedSchema* compileSchemaFile(char const* file) {
     struct stat status;
     if (file == nullptr) {
-        return unusable(NO_FILE);
+        return unusable(NO_SCHEMA);
     }
     if (stat(file, &status) != 0) {
         return unusable(reasonOf(errno));
     }
     Shared<Made> made;
-    int const error = schemas.get(file, status, compileBytes, made);
+    int const error = schemas.get(file, status, MAKER, made);
     return made ? static_cast<SharedSchema*>(made.release()) : unusable(reasonOf(error));
 }
 

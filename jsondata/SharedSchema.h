@@ -25,9 +25,6 @@ struct SharedSchema : Made {
     CompiledSchema::Fault fault = {};
 };
 
-// The fault of a schema for which there is no memory.
-extern CompiledSchema::Fault const NO_MEMORY_FOR_SCHEMA;
-
 // These return a share, with or without a usable schema; null when out of memory.
 SharedSchema* compileSchema(json_object* document);
 SharedSchema* compileSchemaFile(char const* file);

@@ -11,7 +11,7 @@ namespace vobiutils {
 namespace {
 
 // By API type, so that each has a place of its own.
-constinit FileCache documents(SIZE_MAX);
+constinit FileCache documents;
 static_assert(API_TYPE_COUNT <= FileCache::SIZE);
 
 LocalDbSnapshot::Status statusOf(int error) {
@@ -38,6 +38,8 @@ int makeDocument(FileBytes const& bytes, Shared<Made>& made) {
     return 0;
 }
 
+Maker const MAKER = {makeDocument, SIZE_MAX};
+
 }  // namespace
 
 LocalDbSnapshot::Status findDocument(unsigned int apiType, Shared<SharedDocument>& document) {
@@ -53,7 +55,7 @@ LocalDbSnapshot::Status findDocument(unsigned int apiType, Shared<SharedDocument
         return statusOf(errno);
     }
     Shared<Made> made;
-    int const error = documents.get(apiType, file.get(), status, makeDocument, made);
+    int const error = documents.get(apiType, file.get(), status, MAKER, made);
     document = Shared<SharedDocument>(static_cast<SharedDocument*>(made.release()));
     return statusOf(error);
 }
