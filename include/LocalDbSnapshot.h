@@ -79,6 +79,10 @@ class LocalDbSnapshot {
     template <typename T>
     bool get_ex(char const* path, T& out) const;
 
+    /// Type of the value at `path`; json_type_null if there is none. Tells whether there is
+    /// something to copy, without a copy.
+    json_type type(char const* path) const;
+
     /// Number of elements of the array at `path`; -1 if there is no array.
     int len(char const* path) const;
 

@@ -78,6 +78,10 @@ bool LocalDbSnapshot::get_ex<char const*>(char const* path, char const*& out) co
     return getChecked(root(), path, out);
 }
 
+json_type LocalDbSnapshot::type(char const* path) const {
+    return json_object_get_type(lookUp(root(), path).value);
+}
+
 int LocalDbSnapshot::len(char const* path) const {
     std::optional<size_t> const count = elementCount(lookUp(root(), path).value);
     return count ? static_cast<int>(*count) : -1;

@@ -106,6 +106,8 @@ TEST_F(LocalDbSnapshotTest, ReadsAsAHandleDoes) {
         EXPECT_EQ(none.len(row.path), -1);
         EXPECT_EQ(none.copy(row.path), nullptr);
         std::unique_ptr<TreeMapObject> const copy(snapshot.copy(row.path));
+        EXPECT_EQ(snapshot.type(row.path),
+                  json_object_get_type(copy != nullptr ? copy->jobj : nullptr));
         EXPECT_EQ(copy != nullptr ? text(copy->jobj) : "", row.copy != nullptr ? row.copy : "");
     }
     std::unique_ptr<TreeMapObject> const mine(snapshot.copy(""));
