@@ -32,10 +32,25 @@ std::string tokenOf(httplib::Request const& request) {
     return value.rfind(scheme, 0) == 0 ? value.substr(scheme.size()) : "";
 }
 
+// Those that the routes read; of several of one name the values with commas between.
+std::map<std::string, std::string> headersOf(httplib::Request const& request) {
+    std::map<std::string, std::string> headers;
+    for (char const* const name : {"if-match", "if-none-match"}) {
+        for (size_t i = 0; i < request.get_header_value_count(name); ++i) {
+            headers[name] += (i == 0 ? "" : ", ") + request.get_header_value(name, i);
+        }
+    }
+    return headers;
+}
+
 void send(Reply const& reply, httplib::Response& response) {
     response.status = reply.status;
-    if (reply.status != 204) {
+    if (reply.status != 204 && reply.status != 304) {
         response.set_content(reply.body, reply.type);
+    }
+    response.set_header("Cache-Control", reply.etag.empty() ? "no-store" : "no-cache, private");
+    if (!reply.etag.empty()) {
+        response.set_header("ETag", reply.etag);
     }
     if (reply.retryAfter != 0) {
         response.set_header("Retry-After", std::to_string(reply.retryAfter));
@@ -50,7 +65,6 @@ void send(Reply const& reply, httplib::Response& response) {
 
 httplib::Headers commonHeaders() {
     httplib::Headers headers = {
-        {"Cache-Control", "no-store"},
         {"X-Content-Type-Options", "nosniff"},
         {"X-Frame-Options", "DENY"},
         {"Referrer-Policy", "no-referrer"},
@@ -58,7 +72,9 @@ httplib::Headers commonHeaders() {
     };
     if (BEConfig::ENABLE_CROSS_DOMAIN != 0) {
         headers.insert({"Access-Control-Allow-Origin", "*"});
-        headers.insert({"Access-Control-Allow-Headers", "Authorization, Content-Type"});
+        headers.insert({"Access-Control-Allow-Headers",
+                        "Authorization, Content-Type, If-Match, If-None-Match"});
+        headers.insert({"Access-Control-Expose-Headers", "ETag, Location, Retry-After"});
         headers.insert({"Access-Control-Allow-Methods", "GET, PUT, POST, DELETE"});
     }
     return headers;
@@ -128,9 +144,9 @@ class Answerer {
   private:
     void reply(httplib::Request const& request, std::string const& body,
                httplib::Response& response) const {
-        Reply const answer =
-            routes_.answer({request.method == "HEAD" ? "GET" : request.method, request.path,
-                            request.params, request.remote_addr, tokenOf(request), body});
+        Reply const answer = routes_.answer({request.method == "HEAD" ? "GET" : request.method,
+                                             request.path, request.params, request.remote_addr,
+                                             tokenOf(request), body, headersOf(request)});
         Logger::print(LOG_TYPE_INFO, LOG_GROUP_WSL, "%s %s: %d\n", request.method.c_str(),
                       request.remote_addr.c_str(), answer.status);
         send(answer, response);

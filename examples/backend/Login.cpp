@@ -2,7 +2,7 @@
 
 #include <BEConfig.h>
 #include <BELoginRecord.h>
-#include <LocalDbTransaction.h>
+#include <LocalDbSnapshot.h>
 #include <Logger.h>
 #include <arpa/inet.h>
 
@@ -11,7 +11,6 @@
 #include <optional>
 
 #include "Json.h"
-#include "Limits.h"
 #include "Messages.h"
 #include "Password.h"
 
@@ -27,34 +26,32 @@ struct User {
     std::string password;  // hashed
 };
 
-Reply refuseUsers(LocalDbTransaction::Status status) {
-    bool const isPassing =
-        status == LocalDbTransaction::BUSY || status == LocalDbTransaction::NO_MEMORY;
-    return isPassing ? refuse(503, "the database is busy", 1)
-                     : refuse(500, "the users cannot be read");
-}
-
 // Why the users cannot be searched, if they cannot. Names are compared one by one: the search of a document
 // looks everywhere in it. An entry that lacks something is nobody's.
 std::optional<Reply> findUser(std::string const& name, User& user) {
-    LocalDbTransaction users(API_GATEWAY, "users", "default", MAX_WAIT_MS);
-    if (!users) {
-        return refuseUsers(users.status());
+    LocalDbSnapshot const gateway(API_GATEWAY);
+    if (gateway.status() == LocalDbSnapshot::NO_MEMORY) {
+        return refuse(503, "out of memory", 1);
     }
-    bool const isArray = users->len() >= 0;
-    for (json_object* const value : elementsOf(users->jobj)) {
-        TreeMapObject entry(json_object_get(value));
+    int const count = gateway.len("users");
+    if (count < 0) {
+        return refuse(500, "the users cannot be read, or are not an array");
+    }
+    for (int i = 0; i < count; ++i) {
+        std::string const entry = "users.[" + std::to_string(i) + "].";
         char const* itsName = nullptr;
         char const* role = nullptr;
         char const* password = nullptr;
         bool enabled = false;
-        if (entry.get_ex("name", itsName) && name == itsName && entry.get_ex("role", role) &&
-            entry.get_ex("password", password) && entry.get_ex("enabled", enabled)) {
+        auto const read = [&](char const* member, auto& value) {
+            return gateway.get_ex((entry + member).c_str(), value);
+        };
+        if (read("name", itsName) && name == itsName && read("role", role) &&
+            read("password", password) && read("enabled", enabled)) {
             user = {true, enabled, role, password};
         }
     }
-    users.keep();
-    return isArray ? std::nullopt : std::optional<Reply>(refuse(500, "the users are not an array"));
+    return std::nullopt;
 }
 
 // An address as it is recorded: whoever has one address of IPv6 has its whole network.

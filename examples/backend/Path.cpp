@@ -76,6 +76,8 @@ std::optional<Path> Path::parse(std::string const& text) {
     return path;
 }
 
+bool Path::hasIndex() const { return std::any_of(tokens.begin(), tokens.end(), isIndex); }
+
 Path Path::parent() const {
     Path result;
     result.tokens.assign(tokens.begin(), tokens.end() - 1);

@@ -20,6 +20,7 @@ class Path {
     static bool isIndex(std::string const& token) { return token.front() == '['; }
 
     bool isRoot() const { return tokens.empty(); }
+    bool hasIndex() const;
     std::string const& last() const { return tokens.back(); }
     unsigned int lastIndex() const { return indexOf(last()); }
     Path parent() const;

@@ -10,6 +10,7 @@ struct Reply {
     std::string type = "application/json";
     unsigned int retryAfter = 0;  // seconds; 0 for no such header
     std::string location = {};    // where what was created can be found
+    std::string etag = {};        // of what may be stored and asked for again; "" for what may not
 };
 
 // {"error": reason}

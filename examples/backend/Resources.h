@@ -2,22 +2,27 @@
 // transaction. What cannot be done leaves nothing changed.
 //
 // What was written is in the data file before the answer goes out. Changes go through the default
-// controller, one after another. A session with a controller of its own reads the databases as they
-// were at its login, or at its own last change of that API type.
+// controller, one after another, and are read from the file; View.h says what a session sees.
+//
+// Answers with a value carry the version of its database as their entity tag, those to a change the
+// version that it made. A request whose conditions do not hold is answered with 412 and changes
+// nothing, or, if it would only read what the client has already, with 304.
 #ifndef BACKEND_RESOURCES_H
 #define BACKEND_RESOURCES_H
 
 #include <string>
 
+#include "Conditions.h"
 #include "Path.h"
 #include "Reply.h"
 #include "Sessions.h"
 
-// A place in a database, and who asks for it.
+// A place in a database, who asks for it, and on what conditions.
 struct Place {
     unsigned int type;
     Path path;
     Session const& session;
+    Conditions conditions;
 };
 
 // The value. Passwords are left out: those of the gateway's users always, others unless an

@@ -106,7 +106,8 @@ Reply answerResource(Request const& request, Session const& session) {
         return refuse(400,
                       "malformed path: expected names and indexes like [0], separated by dots");
     }
-    return answerPlace(request, {type, *path, session});
+    Conditions const conditions = {request.header("if-match"), request.header("if-none-match")};
+    return answerPlace(request, {type, *path, session, conditions});
 }
 
 }  // namespace

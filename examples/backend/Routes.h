@@ -17,6 +17,13 @@ struct Request {
     std::string address;  // of the client
     std::string token;    // from "Authorization: Bearer", or empty
     std::string body;
+    std::map<std::string, std::string> headers = {};  // by name in small letters
+
+    // "" when there is none
+    std::string header(char const* name) const {
+        auto const found = headers.find(name);
+        return found != headers.end() ? found->second : "";
+    }
 };
 
 class Routes {

@@ -2,6 +2,7 @@
 #ifndef BACKEND_SESSIONS_H
 #define BACKEND_SESSIONS_H
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <map>
@@ -11,7 +12,8 @@
 #include <thread>
 
 // One logged-in user. In multi-database mode a session has a controller of its own, which lives as
-// long as the session or the last request that uses it.
+// long as the session or the last request that uses it. The session reads each database in there until
+// it has to see a newer version: from then on it reads that database as all others do.
 struct Session {
     Session(std::string name, std::string itsRole, std::string key);
     ~Session();
@@ -21,9 +23,17 @@ struct Session {
     bool isAdministrator() const { return role == "administrator"; }
     bool hasDatabase() const { return databaseKey != "default"; }
 
+    // Whether it reads the database of an API type in its own controller, and that it no longer does.
+    // Safe from any thread.
+    bool seesOwn(unsigned int type) const { return hasDatabase() && (renewed_ >> type & 1U) == 0; }
+    void seeSaved(unsigned int type) const { renewed_ |= 1U << type; }
+
     std::string const user;
     std::string const role;
-    std::string const databaseKey;  // of the controller it reads
+    std::string const databaseKey;  // of its controller
+
+  private:
+    std::atomic<unsigned int> mutable renewed_ = 0;  // a bit for each API type
 };
 typedef std::shared_ptr<Session const> SessionRef;
 

@@ -7,6 +7,8 @@ work=$(mktemp -d)
 port=$((10000 + $$ % 20000))
 url=http://127.0.0.1:$port
 failures=0
+condition='' # a header of every request
+tag=''       # of the last answer that had one
 . scripts/backend-functions.sh
 trap 'kill $backend_pid 2>/dev/null || true; rm -rf "$work"' EXIT
 
@@ -28,7 +30,7 @@ ask() {
     method=$1 path=$2 body=${3-}
     shift $(($# < 3 ? $# : 3))
     curl --silent --path-as-is --globoff --max-time 300 --output "$work/answer" \
-        --write-out '%{http_code}' --request "$method" ${body:+--data-binary "$body"} \
+        --dump-header "$work/headers" ${condition:+--header "$condition"} --write-out '%{http_code}' --request "$method" ${body:+--data-binary "$body"} \
         ${token:+--header "Authorization: Bearer $token"} "$@" "$url$path"
 }
 
@@ -38,16 +40,27 @@ expect() { # WHAT WANTED GOT
     failures=$((failures + 1))
 }
 
+header() { # NAME of the last answer
+    sed -n "s/^$1: \(.*\)\r\$/\1/p" "$work/headers"
+}
+
 check_one() { # STATUS METHOD PATH [BODY]
-    expect "$2 $3 ${4-}" "$1" "$(ask "$2" "$3" "${4-}")"
+    expect "$2 $3 ${4-} $condition" "$1" "$(ask "$2" "$3" "${4-}")"
+    etag=$(header ETag)
+    tag=${etag:-$tag}
 }
 
 check() { # SECTION of requests.txt
-    sed -n "/^# $1\$/,/^\$/{/^[0-9]/p;}" tests/backend/requests.txt >"$work/rows"
+    sed -n "/^# $1\$/,/^\$/{/^[0-9w]/p;}" tests/backend/requests.txt >"$work/rows"
     [ -s "$work/rows" ] || expect "$1" "rows in requests.txt" none
     while read -r status method path body; do
-        check_one "$status" "$method" "$path" "$body"
+        if [ "$status" = with ]; then
+            condition=$(echo "$method $path $body" | sed "s|TAG|$tag|; s| *\$||")
+        else
+            check_one "$status" "$method" "$path" "$body"
+        fi
     done <"$work/rows"
+    condition=
 }
 
 login() { # USER PASSWORD: the status, and the token in a file
@@ -84,10 +97,15 @@ expect "too many headers" 400 "$(yes 'X: 0123456789' | head -20000 |
     ask GET / '' --header @- 2>/dev/null)"
 expect "a long path" 414 "$(ask GET "/$(head -c 3000 "$work/long")")"
 
+check "conditions"
+expect "who may store an answer" "no-cache, private" "$(header Cache-Control)"
+
 # A user sees less, and changes nothing.
 admin=$token
 expect "log in as a user" 200 "$(login home sample-home-password)"
+expect "who may store a token" no-store "$(header Cache-Control)"
 token=$(cat "$work/token")
+expect "what an administrator has stored" 200 "$(ask GET /api/wifi '' --header "If-None-Match: $tag")"
 check "a user"
 for type in gateway wifi network security service mediashare misc; do
     ask GET /api/$type >>"$work/statuses"
@@ -161,17 +179,18 @@ refuses_to_start "no configuration" backend.json
 mkdir "$settings"
 refuses_to_start "a folder for a configuration" backend.json
 
-# A type that is busy, here being read from a pipe, is asked for again.
+# A type that is busy, here being read from a pipe, is changed later, and read meanwhile.
 begin enable_multidb_mode 0
-rm "$work/gateway/data/misc/misc.ldb"
-mkfifo "$work/gateway/data/misc/misc.ldb"
+misc="$work/gateway/data/misc/misc.ldb"
+mkfifo "$work/pipe"
+ln -f "$work/pipe" "$misc"
 expect "log in" 200 "$(login admin sample-admin-password)"
 token=$(cat "$work/token")
-readers=
-for reader in 1 2; do
-    curl --silent --output /dev/null --dump-header "$work/headers$reader" \
-        --header "Authorization: Bearer $token" "$url/api/misc" &
-    readers="$readers $!"
+writers=
+for writer in 1 2; do
+    curl --silent --output /dev/null --dump-header "$work/headers$writer" --request DELETE \
+        --header "Authorization: Bearer $token" "$url/api/misc/none" &
+    writers="$writers $!"
 done
 tries=0
 until grep -qs '^Retry-After: 1' "$work/headers1" "$work/headers2" || [ $tries -gt 3000 ]; do
@@ -179,9 +198,12 @@ until grep -qs '^Retry-After: 1' "$work/headers1" "$work/headers2" || [ $tries -
     sleep 0.1
 done
 expect "one has to come back" 1 "$(cat "$work"/headers? | grep -c '^HTTP/1.1 503')"
-echo '{"a": 1}' >"$work/gateway/data/misc/misc.ldb"
+echo '{"a": 1}' >"$work/new"
+mv "$work/new" "$misc"
+check "a type that is busy"
+echo '{"a": 1}' >"$work/pipe"
 # shellcheck disable=SC2086 # two numbers
-wait $readers
+wait $writers
 check "a type that was busy"
 
 stop_backend

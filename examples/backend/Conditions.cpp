@@ -1,0 +1,47 @@
+#include "Conditions.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+#include <string_view>
+
+namespace {
+
+enum Comparison { STRONG, WEAK };
+
+// Whether a list of tags contains this one. What follows something that is not a tag does not count.
+bool contains(std::string_view list, std::string_view tag, Comparison comparison) {
+    for (;;) {
+        list.remove_prefix(std::min(list.find_first_not_of(", \t"), list.size()));
+        bool const isWeak = list.substr(0, 2) == "W/";
+        list.remove_prefix(isWeak ? 2 : 0);
+        size_t const end = list.find('"', 1);
+        if (list.empty() || list.front() != '"' || end == std::string_view::npos) {
+            return false;
+        }
+        if (list.substr(0, end + 1) == tag && (!isWeak || comparison == WEAK)) {
+            return true;
+        }
+        list.remove_prefix(end + 1);
+    }
+}
+
+bool names(std::string const& condition, EntityTag const& tag, Comparison comparison) {
+    return tag.has_value() && (condition == "*" || contains(condition, *tag, comparison));
+}
+
+}  // namespace
+
+std::string tagOf(std::uint64_t version, bool seesAll) {
+    char tag[32] = "";
+    if (version != 0) {
+        std::snprintf(tag, sizeof(tag), "\"%016" PRIx64 "-%s\"", version, seesAll ? "all" : "part");
+    }
+    return tag;
+}
+
+bool Conditions::isWanted(EntityTag const& tag) const {
+    return ifMatch.empty() || names(ifMatch, tag, STRONG);
+}
+
+bool Conditions::isKnown(EntityTag const& tag) const { return names(ifNoneMatch, tag, WEAK); }
