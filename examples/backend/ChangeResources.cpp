@@ -26,13 +26,13 @@ Reply refuseMessage(Place const& place, char const* label) {
         return refuse(500, std::string("the files of ") + label + " cannot be used");
     }
     Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: not valid, refused\n", label);
-    Json const reason(json_object_new_object());
-    std::string const text = std::string("the result would not be a valid ") + label;
-    json_object_object_add(reason.get(), "error", json_object_new_string(text.c_str()));
-    json_object_object_add(reason.get(), "schema", schemaOf(place.type, label).release());
+    TreeMapObject reason(false);
+    TreeMapObject schema(schemaOf(place.type, label).release());
+    reason.set("error", (std::string("the result would not be a valid ") + label).c_str());
+    reason.set("schema", &schema);
     Reply reply;
     reply.status = 400;
-    reply.body = textOf(reason.get());
+    reply.body = textOf(reason.jobj);
     return reply;
 }
 
@@ -54,10 +54,9 @@ bool canHold(TreeMapObject const& container, std::string const& token) {
 // The "id" of each element; none when one has none.
 std::set<int> idsIn(TreeMapObject& array) {
     std::set<int> ids;
-    for (json_object* const value : elementsOf(array.jobj)) {
-        TreeMapObject element(json_object_get(value));
+    for (unsigned int i = 0; Node const element{array.at(i)}; ++i) {
         int id = 0;
-        if (!element.get_ex("id", id)) {
+        if (!element->get_ex("id", id)) {
             return {};
         }
         ids.insert(id);
@@ -91,10 +90,10 @@ std::optional<Reply> refuseMissing(Place const& place, TreeMapObject& document, 
         return refuse(404, "nothing at this path");
     }
     Node const container(document.get(place.path.parent().text().c_str()));
-    return container != nullptr && canHold(*container, place.path.last())
-               ? std::nullopt
-               : std::optional<Reply>(
-                     refuse(404, "nothing at this path, and nothing that could hold it"));
+    if (container == nullptr || !canHold(*container, place.path.last())) {
+        return refuse(404, "nothing at this path, and nothing that could hold it");
+    }
+    return std::nullopt;
 }
 
 // Why this version of the database must not be changed, if so. The session sees it from now on: a request

@@ -2,6 +2,7 @@
 
 #include <BEConfig.h>
 #include <LocalDbCtrl.h>
+#include <TreeMapObject.h>
 
 #include <algorithm>
 #include <cstring>
@@ -32,12 +33,12 @@ unsigned int typeNamed(std::string const& name) {
 }
 
 Reply listTypes() {
-    Json const types(json_object_new_array());
+    TreeMapObject types(true);
     for (char const* const folder : API_DATA_DIR) {
-        json_object_array_add(types.get(), json_object_new_string(folder != nullptr ? folder : ""));
+        types.addArrayItem(folder != nullptr ? folder : "");
     }
     Reply reply;
-    reply.body = textOf(types.get());
+    reply.body = textOf(types.jobj);
     return reply;
 }
 

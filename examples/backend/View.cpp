@@ -20,15 +20,16 @@ View::View(Place const& place) : path_(place.path.text()) {
 }
 
 std::optional<Reply> View::refusal() const {
-    if (own_) {
-        return *own_ ? std::nullopt : std::optional<Reply>(refuseDatabase(own_->status()));
+    if (own_ && !*own_) {
+        return refuseDatabase(own_->status());
     }
-    if (!*saved_) {
+    if (saved_ && !*saved_) {
         return refuseDatabase(saved_->status());
     }
-    return saved_->type(path_.c_str()) != json_type_null
-               ? std::nullopt
-               : std::optional<Reply>(refuseDatabase(Transaction::NO_NODE));
+    if (saved_ && saved_->type(path_.c_str()) == json_type_null) {
+        return refuseDatabase(Transaction::NO_NODE);
+    }
+    return std::nullopt;
 }
 
 std::uint64_t View::version() const { return own_ ? own_->version() : saved_->version(); }

@@ -1,13 +1,17 @@
 // The back end on damaged data files: each member of a database is removed, and replaced by a value of each
-// type; so is the whole of each file. Every request that concerns the file must be answered.
+// type; so is the whole of each file. Every request that concerns the file must be answered. And on one that many
+// change at once: no change is lost.
 #include <BEConfig.h>
 #include <LocalDbCtrl.h>
+#include <LocalDbSnapshot.h>
 #include <TreeMapObject.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
 #include <optional>
 #include <set>
+#include <thread>
 #include <vector>
 
 #include "Json.h"
@@ -192,6 +196,32 @@ TEST_F(DataFiles, OfAnyShapeGetAnAnswer) {
             fs::remove_all(folder);
         }
     }
+}
+
+TEST_F(DataFiles, AreChangedOnConditionByOneAtATime) {
+    fs::create_directories("data/misc");
+    TempDir::write("data/misc/misc.ldb", R"({"n": 0})");
+    LocalDbCtrl::init();
+    Routes routes;
+    std::atomic<int> changes = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int step = 0; step < 200; ++step) {
+                Request request = {"GET", "/api/misc/n", {}, "::1", "", ""};
+                Reply const seen = routes.answer(request);
+                request.method = "PUT";
+                request.body = std::to_string(std::stoi(seen.body) + 1);
+                request.headers["if-match"] = seen.etag;
+                changes += routes.answer(request).status == 200 ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(LocalDbSnapshot(API_MISC).get<int>("n"), changes);
+    LocalDbCtrl::removeDB("default");
 }
 
 }  // namespace
