@@ -204,9 +204,9 @@ TEST_F(DataFiles, AreChangedOnConditionByOneAtATime) {
     LocalDbCtrl::init();
     Routes routes;
     std::atomic<int> changes = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
+    std::thread threads[4];
+    for (std::thread& thread : threads) {
+        thread = std::thread([&] {
             for (int step = 0; step < 200; ++step) {
                 Request request = {"GET", "/api/misc/n", {}, "::1", "", ""};
                 Reply const seen = routes.answer(request);
