@@ -3,6 +3,7 @@
 #include <jsonschema.h>
 #include <unistd.h>
 
+#include "BEConfig.h"
 #include "CompiledSchema.h"
 #include "JsonData.h"
 #include "LocalDbCtrl.h"
@@ -66,6 +67,18 @@ void validateChanged(Call& c) {
     c.result += ", then " + shown(LocalDbCtrl::validateObject(&message, c.number(1), c.number(2)));
 }
 
+// Validates a database by the schema of its whole document, before and after a member is changed.
+void validateChangedDatabase(Call& c) {
+    std::unique_ptr<TreeMapObject> const document(
+        JsonData::createObjectFromFile(LocalDbCtrl::getFileName(c.number(1))));
+    std::string const type = LocalDbCtrl::getApiDir(c.number(1));
+    std::string const schema = BEConfig::DATA_LOCATION + "/" + type + "/" + type + "_SCHEMA.ldb";
+    TreeMapObject value(json(c.word(3)));
+    c.answer(JsonData::validateFile(document.get(), schema.c_str()));
+    document->set(c.word(2), &value);
+    c.result += ", then " + shown(JsonData::validateFile(document.get(), schema.c_str()));
+}
+
 // Saves through /proc/self/fd, into a file that may have lost its name.
 void saveOpen(Call& c, bool hasName) {
     int const fd = open(c.word(1), O_RDWR);
@@ -117,6 +130,7 @@ Commands const DOCUMENT_COMMANDS = {
     {"validate-file", [](Call& c) { c.answer(JsonData::validateFile(c.handle(1), c.word(2))); }},
     {"validate-files", [](Call& c) { c.answer(JsonData::validateFile(c.word(1), c.word(2))); }},
     {"validate-changed", validateChanged},
+    {"validate-changed-database", validateChangedDatabase},
     {"validate-message",
      [](Call& c) { c.answer(LocalDbCtrl::validateObject(c.handle(1), c.number(2), c.number(3))); }},
 };
