@@ -57,9 +57,9 @@ std::string contracted(std::string const& text) {
             shorter.resize(100);
             shorter += "... " + std::to_string(line.size()) + " bytes";
         }
-        result += count < 20 ? shorter + "\n" : "";
+        result += count < 60 ? shorter + "\n" : "";
     }
-    return result + (count > 20 ? "... " + std::to_string(count) + " lines\n" : "");
+    return result + (count > 60 ? "... " + std::to_string(count) + " lines\n" : "");
 }
 
 void showLevels(bool all) {
