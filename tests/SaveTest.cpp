@@ -1,5 +1,5 @@
 // Saving a file as a whole, where that depends on the system: modes, owners and attributes, and
-// what a kill, a full disk and a lack of memory leave behind. golden/save.txt has the rest.
+// what a kill and a full disk leave behind. golden/save.txt has the rest.
 #include <fcntl.h>
 #include <sched.h>
 #include <signal.h>
@@ -31,12 +31,6 @@ using namespace vobiutils;
 namespace {
 
 namespace fs = std::filesystem;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(EMULATED)
-bool const SHARES_ITS_ADDRESSES = true;
-#else
-bool const SHARES_ITS_ADDRESSES = false;
-#endif
 
 std::string const ONE = "{\n  \"a\":1\n}";
 std::string const TWO = "{\n  \"a\":2\n}";
@@ -164,33 +158,6 @@ TEST_F(SaveTest, LeavesTheOldFileOnAFullDisk) {
               "too large, in place in a folder without another: 2\n  left: two\n"
               "one, in place in that folder: 0\n  left: one\n"
               "files: 1\n");
-}
-
-TEST_F(SaveTest, LeavesTheOldFileWhenTheTextIsCutForLackOfMemory) {
-    if (SHARES_ITS_ADDRESSES) {
-        GTEST_SKIP() << "a sanitizer, or an emulator, has memory of its own in the process";
-    }
-    ChildResult const child = inChild([] {
-        save("d/f", ONE);
-        TreeMapObject document("{\"after\":1}");
-        document.set("before", std::string(65 << 20, 'x').c_str());
-        long pages = 0;
-        FILE* const size = fopen("/proc/self/statm", "r");
-        EXPECT_EQ(fscanf(size, "%ld", &pages), 1);
-        fclose(size);
-        rlimit limit = {static_cast<rlim_t>(pages) * 4096, RLIM_INFINITY};
-        setrlimit(RLIMIT_AS, &limit);
-        while (malloc(1 << 20) != nullptr) {  // what the heap holds from before, in large pieces
-        }
-        limit.rlim_cur += 8U << 20;
-        setrlimit(RLIMIT_AS, &limit);
-        printf("%d ", JsonData::saveObjectToFile("d/f", &document));
-        rlimit const none = {RLIM_INFINITY, RLIM_INFINITY};
-        setrlimit(RLIMIT_AS, &none);
-        printf("%d ", TempDir::read("d/f") == ONE);
-        printf("%d", JsonData::saveObjectToFile("d/f", &document));
-    });
-    EXPECT_EQ(child.output, "2 1 0");
 }
 
 // Two versions of a document, saved in turn, until the process is killed.

@@ -90,6 +90,8 @@ WRAP(XATTR, int, fsetxattr, (int fd, char const* name, void const* from, size_t 
 WRAP(XATTR, int, fremovexattr, (int fd, char const* name), fd, name)
 WRAP(ACCESS, int, faccessat, (int folder, char const* name, int mode, int flags), folder, name,
      mode, flags)
+WRAP(ALLOCATION, void*, malloc, (size_t size), size)
+WRAP(ALLOCATION, void*, realloc, (void* memory, size_t size), memory, size)
 
 // json-c out of memory
 WRAP(JSON, json_object*, json_object_new_object, ())
@@ -109,8 +111,6 @@ WRAP(JSON, int, json_object_array_put_idx, (json_object * array, size_t index, j
 WRAP(JSON, int, json_object_deep_copy,
      (json_object * from, json_object** to, json_c_shallow_copy_fn* copy), from, to, copy)
 WRAP(JSON, char const*, json_object_to_json_string, (json_object * value), value)
-WRAP(JSON, char const*, json_object_to_json_string_length,
-     (json_object * value, int flags, size_t* length), value, flags, length)
 WRAP(JSON, json_object*, json_tokener_parse, (char const* text), text)
 WRAP(JSON, json_tokener*, json_tokener_new, ())
 
@@ -125,23 +125,25 @@ int __wrap_close(int fd) {
     return failing ? -1 : result;
 }
 
+// json-c drops the characters for which it has no memory, and only errno tells.
+extern "C" char const* __real_json_object_to_json_string_length(json_object*, int, size_t*);
+extern "C" char const* __wrap_json_object_to_json_string_length(json_object*, int, size_t*);
+char const* __wrap_json_object_to_json_string_length(json_object* value, int flags,
+                                                     size_t* length) {
+    char const* const text = __real_json_object_to_json_string_length(value, flags, length);
+    bool const isLasting = armedCall == faults::TEXTS && countdown < 0;
+    if (fails(faults::TEXT) || fails(faults::TEXTS) || isLasting) {
+        errno = armedError;
+        --*length;
+    }
+    return fails(faults::JSON) ? nullptr : text;
+}
+
 extern "C" ssize_t __real_write(int fd, void const* bytes, size_t size);
 extern "C" ssize_t __wrap_write(int fd, void const* bytes, size_t size);
 ssize_t __wrap_write(int fd, void const* bytes, size_t size) {
     return fails(faults::WRITE) ? -1
                                 : __real_write(fd, bytes, fails(faults::SHORT_WRITE) ? 1 : size);
-}
-
-extern "C" void* __real_malloc(size_t size);
-extern "C" void* __wrap_malloc(size_t size);
-void* __wrap_malloc(size_t size) {
-    return fails(faults::ALLOCATION) ? nullptr : __real_malloc(size);
-}
-
-extern "C" void* __real_realloc(void* memory, size_t size);
-extern "C" void* __wrap_realloc(void* memory, size_t size);
-void* __wrap_realloc(void* memory, size_t size) {
-    return fails(faults::ALLOCATION) ? nullptr : __real_realloc(memory, size);
 }
 
 void* operator new(size_t size, std::nothrow_t const&) noexcept { return malloc(size); }

@@ -23,7 +23,9 @@ enum Call {
     ACCESS,
     XATTR,  // a call for one extended attribute
     ALLOCATION,
-    JSON  // a call to json-c, out of memory
+    JSON,  // a call to json-c, out of memory
+    TEXT,  // json-c leaves out a part of a text
+    TEXTS  // of every text from then on
 };
 
 // From now on the n-th call of that kind, counted from 1 over all threads, fails with `error`; a
