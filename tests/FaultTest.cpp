@@ -3,13 +3,11 @@
 // states agree, and the next operation works.
 #include <errno.h>
 #include <fcntl.h>
-#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <memory>
-#include <thread>
 
 #include "BEConfig.h"
 #include "BELoginRecord.h"

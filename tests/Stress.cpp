@@ -1,12 +1,10 @@
-// stress SECONDS: calls from many threads everything that the headers permit at the same time. Data
+// Calls from many threads everything that the headers permit at the same time. Data
 // races are found by ThreadSanitizer, lost and torn writes by the checks here.
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <filesystem>
-#include <functional>
 #include <thread>
 #include <vector>
 
@@ -31,7 +29,6 @@ API_TYPE_T const WITHOUT_A_FILE = API_FAC;
 
 std::atomic<int> updates[API_TYPE_COUNT];
 std::atomic<int> attempts;
-int seconds = 3;
 
 // Changes the first and the last member alike; false while another writer holds the database.
 bool update(API_TYPE_T type, char const* key, bool save) {
@@ -217,7 +214,9 @@ TEST(Stress, LosesAndTearsNothing) {
     LocalDbCtrl::cloneNewDB("one");
     LocalDbCtrl::cloneNewDB("two");
 
-    auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    char const* const seconds = getenv("STRESS_SECONDS");
+    auto const end = std::chrono::steady_clock::now() +
+                     std::chrono::seconds(seconds != nullptr ? atoi(seconds) : 3);
     auto const isOver = [end] {  // not before everything has been done, however slow the disk is
         return std::chrono::steady_clock::now() >= end && attempts > 0 &&
                std::find(updates, updates + WITHOUT_A_FILE, 0) == updates + WITHOUT_A_FILE;
@@ -253,9 +252,3 @@ TEST(Stress, LosesAndTearsNothing) {
 }
 
 }  // namespace
-
-int main(int count, char** words) {
-    testing::InitGoogleTest(&count, words);
-    seconds = count > 1 ? atoi(words[1]) : seconds;
-    return RUN_ALL_TESTS();
-}

@@ -9,11 +9,6 @@ using namespace vobiutils;
 
 namespace {
 
-std::string textOf(json_object* file, char const* key, char const* other) {
-    json_object* const value = json_object_object_get(file, key);
-    return json_object_is_type(value, json_type_string) ? json_object_get_string(value) : other;
-}
-
 int numberOf(json_object* file, char const* key, int other) {
     json_object* const value = json_object_object_get(file, key);
     bool const isNumber =
@@ -32,8 +27,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     }
     BEConfig::isInit = false;
     BELoginRecord::isRunning = false;
-    BEConfig::WEBSERVER_PORTS = "";
-    BEConfig::URL_REWRITE = "url_rewrite.txt";
+    BEConfig::URL_REWRITE = "";
     BEConfig::REPO_TYPE = 1;
     BEConfig::AUTH_CLEANUP = 60;
     BEConfig::init("config");
@@ -42,9 +36,9 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     bool const hasSystem = json_object_object_get_ex(file.get(), "system", nullptr) != 0;
     auto const cleanup = static_cast<unsigned int>(numberOf(system, "cleanup_time", 60));
     require(BEConfig::isInit);
-    require(BEConfig::WEBSERVER_PORTS == textOf(file.get(), "webserver_ports", ""));
-    require(BEConfig::URL_REWRITE ==
-            textOf(file.get(), "url_rewrite_path", "") + "url_rewrite.txt");
+    json_object* const prefix = json_object_object_get(file.get(), "url_rewrite_path");
+    bool const isString = json_object_is_type(prefix, json_type_string);
+    require(BEConfig::URL_REWRITE == (isString ? json_object_get_string(prefix) : ""));
     require(BEConfig::REPO_TYPE == numberOf(file.get(), "repo_type", 1));
     require(BEConfig::AUTH_CLEANUP == (hasSystem ? static_cast<int>(cleanup * 60U) : 60));
     require(BELoginRecord::isRunning ==

@@ -7,20 +7,8 @@ source=$(dirname "$0")
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 
-write_program() {
-    echo '#include <LocalDbTransaction.h>'
-    echo '#include <TreeMapObject.h>'
-    echo '#include <cstdio>'
-    echo 'int main() {'
-    # shellcheck disable=SC2016 # a pattern
-    sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '/^```/d'
-    echo '}'
-}
-
-write_database() { # FOLDER
-    mkdir -p "$1/data/network"
-    echo '{"lan": {"address": "192.168.1.1"}}' >"$1/data/network/network.ldb"
-}
+# shellcheck source=tests/install/example.sh
+. "$source/example.sh"
 
 if [ "${2-}" = --chroot ]; then
     mirror=$(apt-cache policy libjson-c-dev | sed -n 's/^ *500 \(http[^ ]*\) .*/\1/p' | head -1)

@@ -12,6 +12,8 @@ source=$(dirname "$0")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
+# shellcheck source=tests/install/example.sh
+. "$source/example.sh"
 
 if [ "$build" = static ]; then
     build=$work/build
@@ -34,26 +36,11 @@ if [ -z "$static" ]; then
     grep "${jsonschema:+.}\|@@VOBIUTILS" "$source/exports.txt" | diff - "$work/exports"
 fi
 
-{
-    echo '#include <cstdio>'
-    for header in "$prefix"/include/*.h; do
-        echo "#include <$(basename "$header")>"
-    done
-    # static variables whose initializers read the library's
-    echo 'char const* const label = QOS_LBL[19];'
-    echo 'std::string const folder = BEConfig::DOWNLOAD_STORAGE;'
-    echo 'int main() {'
-    echo 'if (label == nullptr || folder != "/tmp/be_download") { return puts("read too early"); }'
-    # shellcheck disable=SC2016 # a pattern
-    sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '/^```/d'
-    echo '}'
-} >"$work/example.cpp"
+write_program >"$work/example.cpp"
 
 check() {
-    lan=$work/data/network/network.ldb
-    mkdir -p "$(dirname "$lan")"
-    echo '{"lan": {"address": "192.168.1.1"}}' >"$lan"
-    (cd "$work" && ${RUN:-} "$1" | grep -qx 192.168.1.1 && grep -q '"host":"printer"' "$lan")
+    write_database "$work"
+    (cd "$work" && ${RUN:-} "$1" | grep -qx 192.168.1.1 && grep -q '"host":"printer"' data/network/network.ldb)
 }
 
 cmake -S "$source" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" \

@@ -58,15 +58,6 @@ void validate(Call& c) {
     c.answer(JsonData::validateObject(c.handle(1), c.word(2)));
 }
 
-// Loads a message, and validates it before and after a member is changed.
-void validateChanged(Call& c) {
-    TreeMapObject message(c.number(1), c.number(2));
-    TreeMapObject value(json(c.word(4)));
-    c.answer(LocalDbCtrl::validateObject(&message, c.number(1), c.number(2)));
-    message.set(c.word(3), &value);
-    c.result += ", then " + shown(LocalDbCtrl::validateObject(&message, c.number(1), c.number(2)));
-}
-
 // Validates a database by the schema of its whole document, before and after a member is changed.
 void validateChangedDatabase(Call& c) {
     std::unique_ptr<TreeMapObject> const document(
@@ -129,7 +120,6 @@ Commands const DOCUMENT_COMMANDS = {
     {"validate", validate},
     {"validate-file", [](Call& c) { c.answer(JsonData::validateFile(c.handle(1), c.word(2))); }},
     {"validate-files", [](Call& c) { c.answer(JsonData::validateFile(c.word(1), c.word(2))); }},
-    {"validate-changed", validateChanged},
     {"validate-changed-database", validateChangedDatabase},
     {"validate-message",
      [](Call& c) { c.answer(LocalDbCtrl::validateObject(c.handle(1), c.number(2), c.number(3))); }},

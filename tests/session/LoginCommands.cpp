@@ -9,18 +9,15 @@ namespace {
 time_t now = 0;  // the time that the library sees; 0 for the real one
 
 void showAttempts(Call& c) {
+    IntendedLeaks const badRecord;
     LoginAttemptInfo const info = BELoginRecord::getAttempt(c.word(1));
     c.result = std::to_string(info.attempts) + " attempts, " + std::to_string(info.lockMinutes) +
                " minutes";
 }
 
-// Writes a record of one client, with these attempts and this last attempt, and reads it.
-void showLockout(Call& c) {
-    std::string const client = "[{\"ipAddress\":\"a\",\"attempts\":" + c.words[1] +
-                               ",\"lastAttempt\":" + c.words[2] + "}]";
-    TempDir::write(".loginrecord.cfg", client);
-    c.words[1] = "a";
-    showAttempts(c);
+void change(Call& c, bool (*operation)(char const* client)) {
+    IntendedLeaks const badRecord;
+    c.answer(operation(c.word(1)));
 }
 
 void start(Call&) {
@@ -35,22 +32,9 @@ Commands const LOGIN_COMMANDS = {
     {"start-record", start},
     {"stop-record", [](Call&) { BELoginRecord::deinit(); }},
     {"running", [](Call& c) { c.answer(BELoginRecord::isRunning); }},
-    {"attempt",
-     [](Call& c) {
-         IntendedLeaks const bad;
-         c.answer(BELoginRecord::setAttempt(c.word(1)));
-     }},
-    {"attempts",
-     [](Call& c) {
-         IntendedLeaks const bad;
-         showAttempts(c);
-     }},
-    {"erase",
-     [](Call& c) {
-         IntendedLeaks const bad;
-         c.answer(BELoginRecord::eraseAttempt(c.word(1)));
-     }},
-    {"lockout", showLockout},
+    {"attempt", [](Call& c) { change(c, BELoginRecord::setAttempt); }},
+    {"attempts", showAttempts},
+    {"erase", [](Call& c) { change(c, BELoginRecord::eraseAttempt); }},
 };
 
 extern "C" time_t __real_time(time_t* out);

@@ -1,7 +1,6 @@
 // Plays a session line by line. The commands are in tables, one for each subject.
 #include "Session.h"
 
-#include <ctype.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -62,14 +61,9 @@ std::string contracted(std::string const& text) {
     return result + (count > 60 ? "... " + std::to_string(count) + " lines\n" : "");
 }
 
-void showLevels(bool all) {
-    BEConfig::LOG_WARNING_ENABLE = BEConfig::LOG_ERROR_ENABLE = 1;
-    BEConfig::LOG_DEBUG_ENABLE = BEConfig::LOG_INFO_ENABLE = all ? 1 : 0;
-    Logger::mask = ~0U;
-}
-
 void chooseLevels(std::string const& which) {
-    showLevels(which == "all");
+    BEConfig::LOG_WARNING_ENABLE = BEConfig::LOG_ERROR_ENABLE = 1;
+    BEConfig::LOG_DEBUG_ENABLE = BEConfig::LOG_INFO_ENABLE = which == "all" ? 1 : 0;
     Logger::mask = which == "nothing" ? 0 : ~0U;
 }
 
@@ -122,7 +116,7 @@ void Call::keep(size_t i, TreeMapObject* handle) {
     session.texts[words[i]] = handle != nullptr ? text(handle->jobj) : "";
 }
 
-Session::Session() { showLevels(false); }
+Session::Session() { chooseLevels("warnings"); }
 
 Session::~Session() {
     transactions.clear();
