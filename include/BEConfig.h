@@ -18,9 +18,8 @@
 /// \copydoc BEConfig.h
 class BEConfig {
   public:
-    /// Reads the configuration file `file` (one JSON object). Only the first call
-    /// of a process reads anything; a later one logs a warning. A key that is missing or has the
-    /// wrong type is reported on standard output and leaves its setting as it was. When a file was
+    /// Reads the configuration file `file` (one JSON object). Only the first call of a process reads
+    /// anything; a later one logs a warning. A key that is missing or has the wrong type is reported on standard output and leaves its setting as it was. When a file was
     /// read, BELoginRecord::init follows, unless its "enable_bruteforce_prevent" is false or a
     /// number other than 1.
     ///

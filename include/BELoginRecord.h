@@ -5,11 +5,11 @@
 /// start empties it. From the tenth attempt on, an address is locked out: for 1 minute after 10
 /// attempts and for 2 minutes more after each further one, counted from its last attempt.
 ///
-/// The file is replaced as a whole, so a reader never sees half of it, nor does a killed process
-/// leave half of it behind; but it is not synced. An existing file that the effective user may not
-/// write is left alone, and that counts as a failed write.
+/// The file is replaced as a whole: a reader never sees half of it, and a killed process does not
+/// leave half of it. It is not synced. An existing file that the effective user may not write is
+/// left alone, and that counts as a failed write.
 ///
-/// A record file that cannot be read, or holds no array, is logged and stops the record: isRunning
+/// A record file that cannot be read, or does not hold an array, is logged and stops the record: isRunning
 /// becomes false, and from then on every operation returns its failure result, silently, until init
 /// is called again.
 ///

@@ -74,12 +74,12 @@ class JsonData {
     /// text, text that is not JSON, and the text "null".
     static TreeMapObject* createObject(char const* text);
 
-    /// The text of a handle's value, pretty and spaced. It belongs to the value and holds until the
-    /// value is written to text again, changed or released. Null for a null handle, one whose
+    /// The text of a handle's value, pretty and spaced. It belongs to the value and is valid until
+    /// the value is serialized again, changed or released. Null for a null handle, one whose
     /// `error` is set, and one without a value.
     static char const* getJson(TreeMapObject* obj);
 
-    /// An independent copy of `jobj`, made by writing it as text and parsing that, with the limits
+    /// An independent copy of `jobj`, made by serializing it and parsing that text, with the limits
     /// of both; the caller holds its one reference. Null for a null `jobj` and for what cannot be
     /// parsed back.
     static json_object* cloneObject(json_object* jobj);

@@ -14,8 +14,8 @@
 /// parsed document for as long as the file is the same: making one then takes one stat() of the
 /// file, reading a value a lookup, copying a snapshot a count. A file that was replaced or changed,
 /// by a save, by another process or by hand, is read by the next snapshot. So is one that was
-/// changed less than 20 ms ago: the times of files have steps, and a second change may leave no
-/// trace in them. A change that updates no time, through a mapping in memory, is noticed only
+/// changed less than 20 ms ago: file times have a limited resolution, and a second change may leave
+/// no trace in them. A change that updates no time, through a mapping in memory, is noticed only
 /// within these 20 ms.
 ///
 /// A snapshot needs no controller and no lock. It never waits for a writer, a save or another

@@ -10,7 +10,7 @@
 /// and the caller deletes it. Handles are not copied.
 ///
 /// Nulls: a null path never names anything (operations report it as their failure), except where
-/// null is said to mean the whole value. A handle without a value (`jobj` null) has no members.
+/// null is documented to mean the whole value. A handle without a value (`jobj` null) has no members.
 ///
 /// A value must not be stored inside itself.
 ///
