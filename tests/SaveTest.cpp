@@ -154,16 +154,11 @@ TEST_F(SaveTest, LeavesTheOldFileOnAFullDisk) {
 
 // Two versions of a document, saved in turn, until the process is killed.
 [[noreturn]] void saveForEver(char const* name, std::atomic<int>* saves) {
-    TreeMapObject versions[] = {TreeMapObject(false), TreeMapObject(false)};
-    for (int version = 0; version < 2; ++version) {
-        std::string const filling(20000, static_cast<char>('a' + version));
-        versions[version].set("first", version);
-        versions[version].set("filling", filling.c_str());
-        versions[version].set("last", version);
-    }
-    for (int i = 0;; ++i) {
-        JsonData::saveObjectToFile(name, &versions[i % 2]);
-        *saves = i + 1;
+    std::string const filling(20000, 'x');
+    for (int i = 0;; *saves = ++i) {
+        std::string const version = std::to_string(i % 2);
+        save(name, "{\"first\":" + version + ",\"filling\":\"" + filling +
+                       "\",\"last\":" + version + "}");
     }
 }
 
