@@ -55,7 +55,7 @@ struct Setting {
 };
 
 std::string valueOf(Setting const& setting) {
-    if (auto* const string = std::get_if<std::string*>(&setting.destination)) {
+    if (auto const* const string = std::get_if<std::string*>(&setting.destination)) {
         return **string;
     }
     int const* const number = std::get<int*>(setting.destination);
