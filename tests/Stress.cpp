@@ -223,9 +223,10 @@ TEST(Stress, LosesAndTearsNothing) {
     };
     std::vector<std::jthread> threads;
     for (auto* work :
-         {writesAllTypes, writesOneType, transacts, readsInATransaction, savesInSessions, readsTheFile, readsSnapshots,
-          makesASessionOfItsOwn, removesASession, savesInAPassingSession,
-          takesTurnsAfterNullResults, releasesAFreeDatabase, logs, logsIn, asksForNames}) {
+         {writesAllTypes, writesOneType, transacts, readsInATransaction, savesInSessions,
+          savesInSessions, readsTheFile, readsSnapshots, makesASessionOfItsOwn, removesASession,
+          savesInAPassingSession, takesTurnsAfterNullResults, releasesAFreeDatabase, logs, logsIn,
+          asksForNames}) {
         for (int copy = 0; copy < 2; ++copy) {
             threads.emplace_back([work, isOver] {
                 for (int round = 1; !isOver(); ++round) {
