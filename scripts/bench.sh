@@ -4,8 +4,10 @@
 #   scripts/bench.sh PATTERN         the workloads whose name matches a regular expression
 #   scripts/bench.sh --count NAME    only counts instructions, of the workloads whose name contains NAME;
 #                                    the counts do not depend on the load of the machine
+#   scripts/bench.sh --validators    validation, beside other validators
 set -eu
 cd "$(dirname "$0")/.."
+[ "${1:-}" != --validators ] || exec scripts/validators.sh bench
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libbenchmark-dev \
     rapidjson-dev nlohmann-json3-dev libspdlog-dev valgrind
 

@@ -1,5 +1,6 @@
 // Calls from many threads everything that the headers permit at the same time. Data
 // races are found by ThreadSanitizer, lost and torn writes by the checks here.
+#include <jsonschema.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -192,6 +193,20 @@ void asksForNames(int round) {
     EXPECT_GE(BEConfig::get_Session_Uptime(), 0);
 }
 
+// All threads share a compiled schema, and what it is applied to.
+void checks(int) {
+    static TreeMapObject const document(
+        R"({"enum": ["a", {"b": 1.5}], "pattern": "^[a-z]+$", "propertyNames": {"pattern": "a"}})");
+    static TreeMapObject const good("{\"b\": 1.5}");
+    static TreeMapObject const bad("[\"a\"]");
+    static json_schema* const schema = json_schema_compile(document.jobj, nullptr);
+    json_schema_fault fault;
+    EXPECT_EQ(json_schema_check(schema, good.jobj, &fault), 0);
+    EXPECT_STREQ(fault.message, "its name must match the pattern a");
+    EXPECT_EQ(json_schema_check(schema, bad.jobj, &fault), 0);
+    EXPECT_STREQ(fault.message, "must be one of \"a\", a certain object");
+}
+
 // Standard output belongs to the log.
 struct FailuresOnStandardError : testing::EmptyTestEventListener {
     void OnTestPartResult(testing::TestPartResult const& result) override {
@@ -226,7 +241,7 @@ TEST(Stress, LosesAndTearsNothing) {
          {writesAllTypes, writesOneType, transacts, readsInATransaction, savesInSessions,
           savesInSessions, readsTheFile, readsSnapshots, makesASessionOfItsOwn, removesASession,
           savesInAPassingSession, takesTurnsAfterNullResults, releasesAFreeDatabase, logs, logsIn,
-          asksForNames}) {
+          asksForNames, checks}) {
         for (int copy = 0; copy < 2; ++copy) {
             threads.emplace_back([work, isOver] {
                 for (int round = 1; !isOver(); ++round) {
