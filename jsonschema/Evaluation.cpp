@@ -26,7 +26,7 @@ bool Evaluation::satisfies(json_object* value, Node const& schema, Place const& 
         }
         holds = false;
         if (reports_ == reports) {  // no fault of a schema inside: it is the keyword's own
-            finding_->keep(place, schema, *at, budget_.isUndecided());
+            budget_.spend(finding_->keep(place, schema, *at, budget_.isUndecided()) / 8);
             ++reports_;
         }
         if (budget_.isUndecided()) {
@@ -58,6 +58,7 @@ void Evaluation::Alternatives::endOne() {
     if (pair_ != nullptr) {
         pair_->furthest.keepLast(pair_->current);
         pair_->current = Finding();
+        evaluation_.budget_.spend(2);
     }
 }
 

@@ -13,8 +13,12 @@ char const* const NO_KEYWORD = "schema";
 bool addToken(Text& pointer, std::string_view token) {
     char escaped[sizeof json_schema_fault::schema_path];
     Text text(escaped);
-    for (char const& c : token) {
-        text.add(c == '~' ? "~0" : c == '/' ? "~1" : std::string_view(&c, 1));
+    while (!token.empty()) {
+        bool const isSpecial = token[0] == '~' || token[0] == '/';
+        std::string_view const part =
+            isSpecial ? token.substr(0, 1) : token.substr(0, token.find_first_of("~/"));
+        text.add(!isSpecial ? part : part == "~" ? "~0" : "~1");
+        token.remove_prefix(part.size());
     }
     return pointer.addStep("/", escaped);
 }

@@ -4,8 +4,8 @@
 
 namespace jsonschema {
 
-void Finding::keep(Place const& place, Node const& schema, Instruction const& cause,
-                   bool undecided) {
+unsigned int Finding::keep(Place const& place, Node const& schema, Instruction const& cause,
+                           bool undecided) {
     Finding found;
     found.cause_ = &cause;
     found.schema_ = &schema;
@@ -17,6 +17,7 @@ void Finding::keep(Place const& place, Node const& schema, Instruction const& ca
     }
     std::reverse(found.numbers_, found.numbers_ + found.depth_);
     keepFirst(found);
+    return found.depth_;
 }
 
 void Finding::keepFirst(Finding const& other) {

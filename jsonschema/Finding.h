@@ -21,8 +21,9 @@ struct Place {
 class Finding {
   public:
     // Keeps a fault of the value at `place`, unless the one it has comes first. A fault that was not
-    // decided gives way to any other.
-    void keep(Place const& place, Node const& schema, Instruction const& cause, bool undecided);
+    // decided gives way to any other. Returns how deep the value is.
+    unsigned int keep(Place const& place, Node const& schema, Instruction const& cause,
+                      bool undecided);
 
     // Takes over the fault of the other one, if it comes before, or after, its own.
     void keepFirst(Finding const& other);
