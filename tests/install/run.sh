@@ -90,19 +90,8 @@ expect() { # LINES PROGRAM: it uses that validator, and nothing else is printed
 check_own() { # PROGRAM
     expect 'own\nown\nown\nown, files\n' "$1"
 }
-compile validating_itself "$work/own.cpp" "$work/validating.cpp"
-check_own validating_itself
-[ -z "$static" ] || { echo "installed static libraries, built twice and run, with two validators" && exit; }
-compile validating "$work/validating.cpp"
-mkdir "$work/platform"
-compile platform/libjsonschema-c.so.1 -shared -fPIC -Wl,-soname,libjsonschema-c.so.1 "$work/own.cpp"
-if [ -z "${RUN:-}" ]; then # an emulator sets the path itself
-    LD_LIBRARY_PATH=$work/platform check_own validating
-fi
-cp "$work/platform/libjsonschema-c.so.1" "$(dirname "$library")/"
-check_own validating
 
-# A compiled schema, by a validator that compiles none and by one that does.
+# A compiled schema: by the library's own validator, and below by those that take its place.
 cat >"$work/checking.cpp" <<'END'
 #include <CompiledSchema.h>
 #include <cstdio>
@@ -116,6 +105,21 @@ int main() {
     printf("%d %d %s\n", accepted, refused, fault.message);
 }
 END
+compile checking "$work/checking.cpp"
+expect '0 1 must be a string\n' checking
+
+compile validating_itself "$work/own.cpp" "$work/validating.cpp"
+check_own validating_itself
+[ -z "$static" ] || { echo "installed static libraries, built twice and run, with two validators" && exit; }
+compile validating "$work/validating.cpp"
+mkdir "$work/platform"
+compile platform/libjsonschema-c.so.1 -shared -fPIC -Wl,-soname,libjsonschema-c.so.1 "$work/own.cpp"
+if [ -z "${RUN:-}" ]; then # an emulator sets the path itself
+    LD_LIBRARY_PATH=$work/platform check_own validating
+fi
+cp "$work/platform/libjsonschema-c.so.1" "$(dirname "$library")/"
+check_own validating
+
 cat >"$work/compiling.cpp" <<'END'
 #include "own.cpp"
 #include <CompiledSchema.h>
@@ -125,7 +129,6 @@ extern "C" int json_schema_check(void const*, json_object* value, CompiledSchema
 }
 extern "C" void json_schema_free(void*) {}
 END
-compile checking "$work/checking.cpp"
 expect 'own\nown\n1 1 is not valid\n' checking
 compile platform/libjsonschema-c.so.1 -shared -fPIC -Wl,-soname,libjsonschema-c.so.1 "$work/compiling.cpp"
 cp "$work/platform/libjsonschema-c.so.1" "$(dirname "$library")/"
