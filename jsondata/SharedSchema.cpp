@@ -93,13 +93,13 @@ Maker const MAKER = {compileBytes, LARGEST_KEPT_SCHEMA};
 }  // namespace
 
 SharedSchema::~SharedSchema() {
-    if (compiled != nullptr) {
+    if (canCompile() && compiled != nullptr) {
         json_schema_free(compiled);
     }
 }
 
 bool SharedSchema::accepts(json_object* value, Fault* reason) const {
-    if (compiled != nullptr) {
+    if (canCompile() && compiled != nullptr) {
         return json_schema_check(compiled, value, reason) != 0;
     }
     if (!document) {

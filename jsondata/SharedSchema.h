@@ -18,7 +18,7 @@ struct SharedSchema : Made {
     ~SharedSchema() override;
 
     bool isUsable() const { return compiled != nullptr || document; }
-    bool accepts(json_object* value, CompiledSchema::Fault* fault) const;
+    bool accepts(json_object* value, CompiledSchema::Fault* reason) const;
 
     json_schema* compiled = nullptr;
     JsonRef document{nullptr};  // many threads copy it at once
