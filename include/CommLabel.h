@@ -28,6 +28,10 @@ extern char const* QOS_LBL[20];         ///< messages of API type 6
 /// for an API type without messages (7 and above) and for an index past the end of its table.
 char const* COMM_LABEL(unsigned int apiType, unsigned int commType);
 
+/// The reverse: the communication type of the first message of API type `apiType` that has this
+/// name; -1 when there is none, and for a null label.
+int COMM_TYPE(unsigned int apiType, char const* label);
+
 #pragma GCC visibility pop
 
 #endif

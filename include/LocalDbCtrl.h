@@ -101,6 +101,10 @@ class LocalDbCtrl {
     /// The folder of an API type, an entry of API_DATA_DIR; null for a type of 9 or more.
     static char const* getApiDir(unsigned int apiType);
 
+    /// The reverse: the API type whose folder is `folder`; API_TYPE_COUNT, which every function
+    /// here refuses, when there is none and for a null folder.
+    static unsigned int getApiType(char const* folder);
+
     /// Name of the data file of an API type; null for a type of 9 or more. If the entry of
     /// API_DATA_DIR is null, the name that this thread formed last, or null if there was none.
     static char* getFileName(unsigned int apiType);

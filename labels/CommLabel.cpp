@@ -1,6 +1,8 @@
 // The names of messages: their tables by API type and communication type, and the lookup in them.
 #include "CommLabel.h"
 
+#include <string.h>
+
 #include "labels/GatewayLabels.h"
 #include "labels/LabelTable.h"
 #include "labels/MediashareLabels.h"
@@ -79,4 +81,17 @@ char const* vobiutils::labelAt(unsigned int apiType, unsigned int commType) {
 char const* COMM_LABEL(unsigned int apiType, unsigned int commType) {
     char const* const* const label = entry(apiType, commType);
     return label != nullptr ? *label : "unknown";
+}
+
+int COMM_TYPE(unsigned int apiType, char const* label) {
+    for (unsigned int i = 0; label != nullptr; ++i) {
+        char const* const* const name = entry(apiType, i);
+        if (name == nullptr) {
+            break;
+        }
+        if (*name != nullptr && strcmp(*name, label) == 0) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
 }

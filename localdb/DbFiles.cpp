@@ -27,6 +27,15 @@ char const* LocalDbCtrl::getApiDir(unsigned int apiType) {
     return apiType < API_TYPE_COUNT ? API_DATA_DIR[apiType] : nullptr;
 }
 
+unsigned int LocalDbCtrl::getApiType(char const* folder) {
+    unsigned int type = 0;
+    while (type < API_TYPE_COUNT && (folder == nullptr || API_DATA_DIR[type] == nullptr ||
+                                     strcmp(API_DATA_DIR[type], folder) != 0)) {
+        ++type;
+    }
+    return type;
+}
+
 char* LocalDbCtrl::getFileName(unsigned int apiType) {
     static thread_local char buffer[FileName::SIZE];
     bool const hasNoFolder = apiType < API_TYPE_COUNT && API_DATA_DIR[apiType] == nullptr;

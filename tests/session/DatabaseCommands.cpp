@@ -140,6 +140,8 @@ Commands const DATABASE_COMMANDS = {
     {"schema-file",
      [](Call& c) { c.answer(LocalDbCtrl::getSchemaFile(c.number(1), c.number(2))); }},
     {"api-folder", [](Call& c) { c.answer(LocalDbCtrl::getApiDir(c.number(1))); }},
+    {"api-type", [](Call& c) { c.answer(static_cast<int>(LocalDbCtrl::getApiType(c.word(1)))); }},
+    {"label-number", [](Call& c) { c.answer(COMM_TYPE(c.number(1), c.word(2))); }},
     {"label", [](Call& c) { c.answer(COMM_LABEL(c.number(1), c.number(2))); }},
     {"set-api-folder", [](Call& c) { setName(c, API_DATA_DIR); }},
     {"set-wifi-label", [](Call& c) { setName(c, WIFI_LBL); }},
