@@ -6,6 +6,7 @@
 #include "BELoginRecord.h"
 
 #include <stdio.h>
+#include <string.h>
 #include <time.h>
 
 #include <atomic>
@@ -23,6 +24,8 @@ pthread_mutex_t BELoginRecord::lock = PTHREAD_MUTEX_INITIALIZER;
 namespace {
 
 LoginAttemptInfo const UNKNOWN_CLIENT = {1, 0};
+
+std::atomic<unsigned int> maximumElements = 0;  // 0: no bound
 
 // isRunning is public and a plain bool, and it is tested before the lock is acquired: hence
 // atomic_ref.
@@ -73,13 +76,41 @@ uint64_t currentTime() { return static_cast<uint64_t>(time(nullptr)); }
 // Adds unsigned: a forged record wraps around instead of being undefined behaviour.
 int oneMore(int attempts) { return static_cast<int>(static_cast<unsigned int>(attempts) + 1U); }
 
-bool countAttempt(RecordFile& record, char const* ipAddress) {
-    json_object* const client = record.find(ipAddress);
+// If there is no room for a new element, another one goes, but not the client's own.
+bool countAttempt(RecordFile& record, char const* ipAddress, char const* subject = nullptr) {
+    json_object* const client = record.find(ipAddress, subject);
     if (client == nullptr) {
-        return record.append(ipAddress, currentTime());
+        unsigned int const maximum = maximumElements;
+        if (maximum != 0) {
+            record.makeRoom(maximum, record.find(ipAddress), currentTime());
+        }
+        return record.append(ipAddress, subject, currentTime());
     }
     return setAttempts(client, oneMore(attemptsOf(client))) &&
            setLastAttempt(client, currentTime());
+}
+
+// A space in the address of a client would make it end earlier.
+bool accepts(char const* ipAddress, char const* subject) {
+    return accepts(ipAddress) && subject != nullptr && strchr(ipAddress, ' ') == nullptr;
+}
+
+// A client without attempts has none at any subject: what is left of them is from before its element
+// was erased or made room for another one.
+bool countBoth(RecordFile& record, char const* ipAddress, char const* subject) {
+    json_object* const client = record.find(ipAddress);
+    if (client == nullptr || attemptsOf(client) == 0) {
+        record.removeSubjects(ipAddress);
+    }
+    return countAttempt(record, ipAddress) && countAttempt(record, ipAddress, subject);
+}
+
+// Never below 0, whatever a forged record says.
+bool takeBack(RecordFile& record, char const* ipAddress, int taken) {
+    json_object* const client = record.find(ipAddress);
+    int const attempts = client != nullptr ? attemptsOf(client) : 0;
+    int const left = taken < 0 ? attempts : attempts > taken ? attempts - taken : 0;
+    return client == nullptr || setAttempts(client, left);
 }
 
 unsigned int lockMinutesOf(json_object* client, int attempts) {
@@ -167,4 +198,31 @@ bool BELoginRecord::eraseAttempt(char const* ipAddress) {
     RecordFile record;
     json_object* const client = isUsable(record) ? record.find(ipAddress) : nullptr;
     return client != nullptr && setAttempts(client, 0) && record.save();
+}
+
+bool BELoginRecord::setAttemptAt(char const* ipAddress, char const* subject) {
+    if (!accepts(ipAddress, subject)) {
+        return false;
+    }
+    MutexGuard const guard(lock);
+    RecordFile record;
+    return isUsable(record) && countBoth(record, ipAddress, subject) && record.save();
+}
+
+bool BELoginRecord::eraseAttemptAt(char const* ipAddress, char const* subject) {
+    if (!accepts(ipAddress, subject)) {
+        return false;
+    }
+    MutexGuard const guard(lock);
+    RecordFile record;
+    json_object* const client = isUsable(record) ? record.find(ipAddress, subject) : nullptr;
+    if (client == nullptr || !takeBack(record, ipAddress, attemptsOf(client))) {
+        return false;
+    }
+    record.removeSubjects(ipAddress, subject);
+    return record.save();
+}
+
+void BELoginRecord::setMaximum(unsigned int maximum) {
+    maximumElements = maximum == 1 ? 2 : maximum;  // a client and what it tries
 }

@@ -1,6 +1,8 @@
 // The arithmetic of the lock-out.
 #include "loginrecord/Lockout.h"
 
+#include <algorithm>
+
 namespace vobiutils {
 
 namespace {
@@ -22,6 +24,14 @@ unsigned int minutesLeft(unsigned int length, uint64_t last, uint64_t now) {
     }
     uint64_t const elapsed = (now - last) / 60U;
     return elapsed < length ? length - static_cast<unsigned int>(elapsed) : 0U;
+}
+
+Standing standingOf(int attempts, uint64_t last, uint64_t now) {
+    unsigned int const length = lockoutMinutes(attempts);
+    if (minutesLeft(length, last, now) == 0) {
+        return {false, last};
+    }
+    return {true, last + std::min(uint64_t{length} * 60U, UINT64_MAX - last)};
 }
 
 }  // namespace vobiutils

@@ -2,6 +2,7 @@
 //
 //     [{"ipAddress": "192.168.1.7", "attempts": 3, "lastAttempt": "1700000000"}]
 //
+// What a client tried at a subject is an element of its own, with the address "CLIENT SUBJECT".
 // Elements of any other form are skipped. Callers hold BELoginRecord::lock.
 #ifndef VOBIUTILS_LOGINRECORD_RECORDFILE_H
 #define VOBIUTILS_LOGINRECORD_RECORDFILE_H
@@ -24,15 +25,26 @@ class RecordFile {
     bool isReadable() const { return clients_ != nullptr; }
     bool isWellFormed() const { return json_object_is_type(clients_, json_type_array) != 0; }
 
-    // The first element with that address, borrowed; null when there is none.
-    json_object* find(char const* ipAddress) const;
+    // The first element with that address, of what the client tried at `subject` if that is not
+    // null. Borrowed; null when there is none.
+    json_object* find(char const* ipAddress, char const* subject = nullptr) const;
 
-    // Appends a client with one attempt at `now`.
-    bool append(char const* ipAddress, uint64_t now);
+    // Appends such an element with one attempt at `now`.
+    bool append(char const* ipAddress, char const* subject, uint64_t now);
+
+    // Removes what the client tried at `subject`; at all of them if that is null.
+    void removeSubjects(char const* ipAddress, char const* subject = nullptr);
+
+    // Removes elements until fewer than `maximum` are left, in the order that
+    // BELoginRecord::setMaximum states. `kept`, if not null, stays.
+    void makeRoom(unsigned int maximum, json_object const* kept, uint64_t now);
 
     bool save() const { return write(clients_); }
 
   private:
+    size_t count() const;
+    size_t mostDispensable(json_object const* kept, uint64_t now) const;
+
     json_object* clients_;
 };
 

@@ -31,5 +31,9 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     require(counted ? after.attempts == 1 && after.lockMinutes == 0 : TempDir::read(file) == text);
     require(usable || text == input);
     require(counted == usable);
+    BELoginRecord::setMaximum(2);
+    require(BELoginRecord::setAttemptAt("b", "s") == usable);
+    require(BELoginRecord::eraseAttemptAt("b", "s") == usable);
+    BELoginRecord::setMaximum(0);
     return 0;
 }

@@ -15,9 +15,9 @@ void showAttempts(Call& c) {
                " minutes";
 }
 
-void change(Call& c, bool (*operation)(char const* client)) {
+void change(Call& c, bool (*ofClient)(char const*), bool (*atSubject)(char const*, char const*)) {
     IntendedLeaks const badRecord;
-    c.answer(operation(c.word(1)));
+    c.answer(c.words.size() > 2 ? atSubject(c.word(1), c.word(2)) : ofClient(c.word(1)));
 }
 
 void start(Call&) {
@@ -32,9 +32,11 @@ Commands const LOGIN_COMMANDS = {
     {"start-record", start},
     {"stop-record", [](Call&) { BELoginRecord::deinit(); }},
     {"running", [](Call& c) { c.answer(BELoginRecord::isRunning); }},
-    {"attempt", [](Call& c) { change(c, BELoginRecord::setAttempt); }},
+    {"attempt", [](Call& c) { change(c, BELoginRecord::setAttempt, BELoginRecord::setAttemptAt); }},
     {"attempts", showAttempts},
-    {"erase", [](Call& c) { change(c, BELoginRecord::eraseAttempt); }},
+    {"erase",
+     [](Call& c) { change(c, BELoginRecord::eraseAttempt, BELoginRecord::eraseAttemptAt); }},
+    {"maximum", [](Call& c) { BELoginRecord::setMaximum(c.number(1)); }},
 };
 
 extern "C" time_t __real_time(time_t* out);
