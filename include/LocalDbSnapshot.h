@@ -75,7 +75,8 @@ class LocalDbSnapshot {
     T get(char const* path) const;
 
     /// Like get, but true only if `path` names a value of the type, as TreeMapObject::get_ex. On
-    /// failure `out` is left as it was, a string becomes null. T: int, bool, double, char const*.
+    /// failure `out` is left as it was, a string becomes null. T: int, int64_t, bool, double,
+    /// char const*.
     template <typename T>
     bool get_ex(char const* path, T& out) const;
 
@@ -130,11 +131,14 @@ char const* LocalDbSnapshot::get<char const*>(char const* path) const;
 
 template <typename T>
 bool LocalDbSnapshot::get_ex(char const*, T&) const {
-    static_assert(Supported<T>::value, "get_ex<T>: T is one of int, bool, double, char const*");
+    static_assert(Supported<T>::value,
+                  "get_ex<T>: T is one of int, int64_t, bool, double, char const*");
     return false;
 }
 template <>
 bool LocalDbSnapshot::get_ex<int>(char const* path, int& out) const;
+template <>
+bool LocalDbSnapshot::get_ex<int64_t>(char const* path, int64_t& out) const;
 template <>
 bool LocalDbSnapshot::get_ex<bool>(char const* path, bool& out) const;
 template <>

@@ -25,6 +25,7 @@
 #define VOBIUTILS_TREEMAPOBJECT_H
 
 #include <json-c/json.h>
+#include <stdint.h>
 
 #include <list>
 
@@ -66,20 +67,20 @@ class TreeMapObject {
 
     /// Stores `value` at `path`, by the rules of JsonData::setJObj; a failure is logged. An
     /// unsigned int is stored as a 32-bit signed one (4294967295 as -1). A string is copied; a null
-    /// one changes nothing. T: int, unsigned int, char const*, double, bool.
+    /// one changes nothing. T: int, unsigned int, int64_t, char const*, double, bool.
     template <typename T>
     void set(char const* path, T value);
 
     /// The value at `path`, or 0, 0.0, false or null when there is none. A value of another type is
     /// converted by json-c's rules, with a warning (an int or double is a number to both). A string
-    /// belongs to the document and is valid until its value is changed or released. T: int, bool,
-    /// double, char const*.
+    /// belongs to the document and is valid until its value is changed or released. T: int,
+    /// int64_t, bool, double, char const*.
     template <typename T>
     T get(char const* path);
 
     /// Like get, but true only when `path` names a value of the type (an int or double serves both
     /// numbers). On failure `out` is left as it was, except that a string becomes null.
-    /// T: int, bool, double, char const*.
+    /// T: int, int64_t, bool, double, char const*.
     template <typename T>
     bool get_ex(char const* path, T& out);
 
@@ -178,12 +179,14 @@ class TreeMapObject {
 template <typename T>
 void TreeMapObject::set(char const*, T) {
     static_assert(Supported<T>::value,
-                  "set<T>: T is one of int, unsigned int, char const*, double, bool");
+                  "set<T>: T is one of int, unsigned int, int64_t, char const*, double, bool");
 }
 template <>
 void TreeMapObject::set<int>(char const* path, int value);
 template <>
 void TreeMapObject::set<unsigned int>(char const* path, unsigned int value);
+template <>
+void TreeMapObject::set<int64_t>(char const* path, int64_t value);
 template <>
 void TreeMapObject::set<char const*>(char const* path, char const* value);
 template <>
@@ -193,11 +196,14 @@ void TreeMapObject::set<bool>(char const* path, bool value);
 
 template <typename T>
 T TreeMapObject::get(char const*) {
-    static_assert(Supported<T>::value, "get<T>: T is one of int, bool, double, char const*");
+    static_assert(Supported<T>::value,
+                  "get<T>: T is one of int, int64_t, bool, double, char const*");
     return T();
 }
 template <>
 int TreeMapObject::get<int>(char const* path);
+template <>
+int64_t TreeMapObject::get<int64_t>(char const* path);
 template <>
 bool TreeMapObject::get<bool>(char const* path);
 template <>
@@ -207,11 +213,14 @@ char const* TreeMapObject::get<char const*>(char const* path);
 
 template <typename T>
 bool TreeMapObject::get_ex(char const*, T&) {
-    static_assert(Supported<T>::value, "get_ex<T>: T is one of int, bool, double, char const*");
+    static_assert(Supported<T>::value,
+                  "get_ex<T>: T is one of int, int64_t, bool, double, char const*");
     return false;
 }
 template <>
 bool TreeMapObject::get_ex<int>(char const* path, int& out);
+template <>
+bool TreeMapObject::get_ex<int64_t>(char const* path, int64_t& out);
 template <>
 bool TreeMapObject::get_ex<bool>(char const* path, bool& out);
 template <>

@@ -66,6 +66,10 @@ bool LocalDbSnapshot::get_ex<int>(char const* path, int& out) const {
     return getChecked(root(), path, out);
 }
 template <>
+bool LocalDbSnapshot::get_ex<int64_t>(char const* path, int64_t& out) const {
+    return getChecked(root(), path, out);
+}
+template <>
 bool LocalDbSnapshot::get_ex<bool>(char const* path, bool& out) const {
     return getChecked(root(), path, out);
 }

@@ -61,6 +61,7 @@ TEST_F(LocalDbSnapshotTest, ReadsAsAHandleDoes) {
     dir.write(LAN_FILE, content);
     auto const readAll = [](auto& source, bool unchanged, char const* path) {
         int i = -1;
+        int64_t n = -1;
         bool b = true;
         double d = -1;
         char const* s = "";
@@ -68,11 +69,12 @@ TEST_F(LocalDbSnapshotTest, ReadsAsAHandleDoes) {
                                  std::to_string(source.template get<bool>(path)) + " " +
                                  std::to_string(source.template get<double>(path)) + " " +
                                  std::to_string(source.template get_ex<int>(path, i)) +
+                                 std::to_string(source.template get_ex<int64_t>(path, n)) +
                                  std::to_string(source.template get_ex<bool>(path, b)) +
                                  std::to_string(source.template get_ex<double>(path, d)) +
                                  std::to_string(source.template get_ex<char const*>(path, s)) +
-                                 std::to_string(i) + std::to_string(b) + std::to_string(d) +
-                                 (s != nullptr ? s : "null");
+                                 std::to_string(i) + std::to_string(n) + std::to_string(b) +
+                                 std::to_string(d) + (s != nullptr ? s : "null");
         char const* const text = source.template get<char const*>(path);
         return read + (unchanged || text == nullptr ? "" : text);
     };

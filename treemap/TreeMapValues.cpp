@@ -63,6 +63,10 @@ void TreeMapObject::set<unsigned int>(char const* path, unsigned int value) {
     setValue(jobj, path, value);
 }
 template <>
+void TreeMapObject::set<int64_t>(char const* path, int64_t value) {
+    setValue(jobj, path, value);
+}
+template <>
 void TreeMapObject::set<char const*>(char const* path, char const* value) {
     setValue(jobj, path, value);
 }
@@ -80,6 +84,10 @@ int TreeMapObject::get<int>(char const* path) {
     return getValue<int>(jobj, path);
 }
 template <>
+int64_t TreeMapObject::get<int64_t>(char const* path) {
+    return getValue<int64_t>(jobj, path);
+}
+template <>
 bool TreeMapObject::get<bool>(char const* path) {
     return getValue<bool>(jobj, path);
 }
@@ -94,6 +102,10 @@ char const* TreeMapObject::get<char const*>(char const* path) {
 
 template <>
 bool TreeMapObject::get_ex<int>(char const* path, int& out) {
+    return getChecked(jobj, path, out);
+}
+template <>
+bool TreeMapObject::get_ex<int64_t>(char const* path, int64_t& out) {
     return getChecked(jobj, path, out);
 }
 template <>

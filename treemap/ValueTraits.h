@@ -5,6 +5,7 @@
 #define VOBIUTILS_TREEMAP_VALUETRAITS_H
 
 #include <json-c/json.h>
+#include <stdint.h>
 
 #include <type_traits>
 
@@ -48,6 +49,13 @@ struct ValueTraits<unsigned int> : ValueTraits<int> {
     static json_object* make(unsigned int value) {
         return json_object_new_int(static_cast<int>(value));
     }
+};
+
+// intended: logged as an int.
+template <>
+struct ValueTraits<int64_t> : ValueTraits<int> {
+    static json_object* make(int64_t value) { return json_object_new_int64(value); }
+    static int64_t read(json_object* node) { return json_object_get_int64(node); }
 };
 
 template <>

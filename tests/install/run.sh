@@ -31,8 +31,10 @@ case $library in
 esac
 
 if [ -z "$static" ]; then
+    # size_t and int64_t are other types with another word size
     "$nm" -DC --defined-only "$library" ${jsonschema:+"$jsonschema"} |
-        sed -n 's/^[0-9a-f]* [^A] //p' | LC_ALL=C sort -u >"$work/exports"
+        sed -n 's/unsigned long/unsigned int/g; s/long long/long/g; s/^[0-9a-f]* [^A] //p' |
+        LC_ALL=C sort -u >"$work/exports"
     grep "${jsonschema:+.}\|@@VOBIUTILS" "$source/exports.txt" | diff - "$work/exports"
 fi
 
