@@ -32,10 +32,20 @@
 #define VOBIUTILS_JSONDATA_H
 
 #include <json-c/json.h>
+#include <stddef.h>
+
+#include <string>
 
 #pragma GCC visibility push(default)
 
 class TreeMapObject;
+
+/// What is wrong with a text, and where. Lines and columns count from 1, columns in characters.
+struct JsonFault {
+    size_t line;         ///< 0 when out of memory: then nothing is wrong with the text
+    size_t column;       ///< of the first character that cannot be right
+    char const* reason;  ///< in English, without a full stop; a string that the library owns
+};
 
 /// \copydoc JsonData.h
 class JsonData {
@@ -73,6 +83,27 @@ class JsonData {
     /// Parses `text`. A new handle that owns the document, deleted by the caller; null for a null
     /// text, text that is not JSON, and the text "null".
     static TreeMapObject* createObject(char const* text);
+
+    /// Parses exactly one JSON value, `length` bytes with white space around it, as strictly as JSON
+    /// is defined, and more strictly where readers of JSON differ. A new handle that owns the
+    /// value, deleted by the caller; a handle without a value for JSON null. Null when the text is
+    /// anything else, and when out of memory; `fault` then receives the reason. It is left alone on
+    /// success. A null text is an empty one.
+    ///
+    /// \code{.cpp}
+    /// JsonFault fault;
+    /// std::unique_ptr<TreeMapObject> const body(JsonData::parse(data, size, &fault));
+    /// if (!body) {
+    ///     return refuse(fault.line != 0 ? 400 : 503, fault.reason);
+    /// }
+    /// \endcode
+    ///
+    /// Refused are: anything but white space after the value; more than 31 containers above a
+    /// value; bytes that are not UTF-8; a lone surrogate or the character 0 as an escape; a member
+    /// name that an object has twice; an integer beyond 64 bits and a number beyond a double
+    /// (which are never clamped); comments, NaN, and whatever else json-c tolerates. The time taken
+    /// is proportional to `length`.
+    static TreeMapObject* parse(char const* text, size_t length, JsonFault* fault = nullptr);
 
     /// The text of a handle's value, pretty and spaced. It belongs to the value and is valid until
     /// the value is serialized again, changed or released. Null for a null handle, one whose
@@ -115,6 +146,44 @@ class JsonData {
     /// wins, whole. If something at the temporary name can be neither locked nor removed (a
     /// directory, another user's file), it is left alone, and a digit is appended to the name.
     static int saveObjectToFile(char const* file, TreeMapObject* obj);
+
+    /// What differs between two documents: a new handle on an array, deleted by the caller, and
+    /// empty when nothing differs. Null for a null handle and when out of memory.
+    ///
+    /// \code{.json}
+    /// [{"path": "lan.mtu", "before": 1500, "after": 1492},
+    ///  {"path": "rules.[2]", "after": {"port": 80}}]
+    /// \endcode
+    ///
+    /// "before" or "after" is missing where there was or is nothing. Objects are compared by member
+    /// names, in the order of `before` and then of what is new; arrays element by element. A value
+    /// of another type is another value, 1 and 1.0 included. A member that no path can name (an
+    /// empty name, one with a dot or with a "[" in front) is reported with the object around it.
+    /// The values are copies. A handle without a value is JSON null.
+    static TreeMapObject* difference(TreeMapObject* before, TreeMapObject* after);
+
+    /// \name Paths as text
+    /// \{
+
+    /// Whether `path` can be read in one way only, as a path that comes from outside should be: at
+    /// most 31 steps, separated by one dot each; an index is "[", a number below 2147483648 without
+    /// a sign, spaces or leading zeros, and "]"; a member name is UTF-8 without control characters.
+    /// The empty path is one, a null path is not.
+    static bool isPath(char const* path);
+
+    /// The path of the container: "lan.ports" for "lan.ports.[2]", empty for one step and for none.
+    static std::string parentPath(std::string const& path) {
+        size_t const dot = path.rfind('.');
+        return dot != std::string::npos ? path.substr(0, dot) : std::string();
+    }
+
+    /// The last step: "[2]" of "lan.ports.[2]", "lan" of "lan", empty for the empty path.
+    static std::string lastStep(std::string const& path) {
+        size_t const dot = path.rfind('.');
+        return dot != std::string::npos ? path.substr(dot + 1) : path;
+    }
+
+    /// \}
 
     /// Prints the value at `path` on standard error; the whole value for a null or empty path, and
     /// for the path "(null)". A null handle, or one without a value, prints a line that says so.

@@ -7,7 +7,7 @@
 /// Ownership: a handle whose `jobj_parent` is null owns one json-c reference on its node and
 /// releases it when deleted. A handle whose `jobj_parent` is set borrows a node of another handle's
 /// document and must not outlive it; nothing detects one that does. Every handle returned is new,
-/// and the caller deletes it. Handles are not copied.
+/// and the caller deletes it; std::unique_ptr<TreeMapObject> does that. Handles are not copied.
 ///
 /// Nulls: a null path never names anything (operations report it as their failure), except where
 /// null is documented to mean the whole value. A handle without a value (`jobj` null) has no members.
@@ -111,6 +111,58 @@ class TreeMapObject {
     /// A new handle that owns a deep copy of the node at `path` (of the whole value for a null
     /// path); null when there is none or it cannot be copied, see JsonData::cloneObject.
     TreeMapObject* clone(char const* path);
+
+    /// \}
+    /// \name Whatever a path names
+    /// These take the paths of JsonData::isPath, and refuse any other. They log nothing, except
+    /// that merge logs a value that cannot be stored.
+    ///
+    /// \code{.cpp}
+    /// switch (document->presence(path)) {
+    ///     case TreeMapObject::PRESENT: return document->merge(path, body.get());
+    ///     case TreeMapObject::VACANT: return refuse(404);
+    ///     case TreeMapObject::IMPOSSIBLE: return refuse(409);
+    /// }
+    /// \endcode
+    /// \{
+
+    /// Whether there is a value at a path.
+    enum Presence {
+        PRESENT,     ///< there is, and it may be JSON null; the empty path always is
+        VACANT,      ///< there is not, but set or merge would store one exactly there
+        IMPOSSIBLE,  ///< not well-formed, an index beyond the end, or a step into a plain value
+    };
+    Presence presence(char const* path);
+
+    /// Removes the member or the element at `path`, JSON null included. True when there was one.
+    /// Later elements move up. Handles on the removed value are stale, handles on the array are
+    /// not. The document itself cannot be removed.
+    bool remove(char const* path);
+
+    /// Removes every member called `name`, of any type, at any depth, whether a path can name it or
+    /// not. How many were removed; 0 for a null name.
+    int removeAll(char const* name);
+
+    /// Merges `patch` into the value at `path`, as RFC 7396 says: members of the patch replace
+    /// those of the value, object by object; a member that is null removes one. A patch that is not
+    /// an object replaces the value. What is missing on the way is created. The document shares
+    /// the arrays and plain values of the patch, as by set. 0 when merged; 2 for a path that is
+    /// IMPOSSIBLE, a null patch, when out of memory (a part may then be merged), and when the
+    /// handle borrows its node and the empty path would have to replace that. The patch must not be
+    /// a part of the document.
+    int merge(char const* path, TreeMapObject* patch);
+
+    /// Searches the node and everything inside it for members called `name` whose value is what
+    /// `text` says, as it comes from a form or a URL: the string `text`, or the number, Boolean or
+    /// null that `text` is in JSON ("8080", "true"). For a null text, members of any value. A new
+    /// handle on an array of their paths from this node, in document order, deleted by the caller;
+    /// empty when there is none. Null when out of memory. What no path can name is not searched.
+    ///
+    /// \code{.cpp}
+    /// std::unique_ptr<TreeMapObject> const found(document->findPaths("port", "8080"));
+    /// found->get<char const*>("[0]");  // "rules.[3].port"; its object: JsonData::parentPath
+    /// \endcode
+    TreeMapObject* findPaths(char const* name, char const* text);
 
     /// \}
     /// \name Arrays

@@ -2,8 +2,8 @@
 // function takes any json-c value, null included; one that is not an object has no members and gets
 // none.
 //
-// Only JsonMember and JsonElement use the inside of json-c's containers (linkhash.h, arraylist.h).
-// The other files go through json-c's documented functions.
+// Only JsonMember, JsonElement and JsonChildren use the inside of json-c's containers (linkhash.h,
+// arraylist.h). The other files go through json-c's documented functions.
 #ifndef VOBIUTILS_JSONDATA_JSONMEMBER_H
 #define VOBIUTILS_JSONDATA_JSONMEMBER_H
 

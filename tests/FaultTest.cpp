@@ -346,6 +346,8 @@ void countsAttempts(Trial& trial) {
     BELoginRecord::isRunning = true;
     change(BELoginRecord::eraseAttempt, 0, 0);
     change(BELoginRecord::setAttempt, 0, attempts[0] + 1);
+    change([](char const* a) { return BELoginRecord::setAttemptAt(a, "s"); }, 0, attempts[0] + 1);
+    change([](char const* a) { return BELoginRecord::eraseAttemptAt(a, "s"); }, 0, attempts[0] - 1);
     EXPECT_EQ(BELoginRecord::getAttempt("a").attempts, attempts[0]);
     EXPECT_EQ(BELoginRecord::getAttempt("b").attempts, attempts[1] + 1);
     BELoginRecord::isRunning = false;
@@ -475,6 +477,35 @@ void usesHandles(Trial& trial) {
     EXPECT_TRUE(valid == 0 || valid == 2);
 }
 
+// A result is complete or missing, and a text is not blamed for the lack of memory.
+void comparesAndMerges(Trial& trial) {
+    std::string const document = "{\"a\":{\"b\":1},\"list\":[1,null]}";
+    std::string const twice = "{\"a\":1,\"\\u0061\":2}";
+    TreeMapObject before(document.c_str());
+    TreeMapObject after("{\"a\":{\"b\":2},\"list\":[1]}");
+    TreeMapObject patch("{\"a\":{\"b\":2,\"c\":{\"d\":1}}}");
+    auto const expectAll = [](TreeMapObject* result, char const* expected) {
+        EXPECT_TRUE(result == nullptr || text(result->jobj) == expected) << text(result->jobj);
+        delete result;
+    };
+    JsonFault fault = {9, 9, ""};
+    TreeMapObject* result = nullptr;
+    int merged = -1;
+    trial.run([&] { result = JsonData::parse(document.data(), document.size(), &fault); });
+    EXPECT_EQ(fault.line, result != nullptr ? 9U : 0U);
+    expectAll(result, "{'a':{'b':1},'list':[1,null]}");
+    trial.run([&] { result = JsonData::parse(twice.data(), twice.size(), &fault); });
+    EXPECT_TRUE(result == nullptr && (fault.line == 0 || fault.column == 8));
+    trial.run([&] { result = JsonData::difference(&before, &after); });
+    expectAll(result, "[{'path':'a.b','before':1,'after':2},{'path':'list.[1]','before':null}]");
+    trial.run([&] { result = before.findPaths("b", "1"); });
+    expectAll(result, "['a.b']");
+    trial.run([&] { merged = before.merge("", &patch); });
+    EXPECT_TRUE(merged != 0 || text(before.jobj) == "{'a':{'b':2,'c':{'d':1}},'list':[1,null]}");
+    trial.run([&] { merged = before.merge("new.[0].x", &patch); });
+    EXPECT_TRUE(merged != 0 || before.presence("new.[0].x.a.c.d") == TreeMapObject::PRESENT);
+}
+
 struct Operation {
     char const* name;
     void (*run)(Trial& trial);
@@ -508,6 +539,7 @@ Operation const OPERATIONS[] = {
     {"Assign", assigns, false},
     {"Arrays", changesArrays, false},
     {"Handles", usesHandles, true},
+    {"Differences", comparesAndMerges, false},
 };
 
 class FaultTest : public LibraryTest, public testing::WithParamInterface<Operation> {};

@@ -4,6 +4,8 @@
 
 #include <json-c/json.h>
 
+#include <new>
+
 #include "TreeMapObject.h"
 #include "jsondata/JsonRef.h"
 
@@ -16,6 +18,16 @@ inline TreeMapObject* newOwningHandle(json_object* node) {
     JsonRef owned(node);
     TreeMapObject* const handle = new TreeMapObject(owned.get());
     owned.release();
+    return handle;
+}
+
+// The same without an exception: null when there is no memory.
+inline TreeMapObject* tryOwningHandle(json_object* node) {
+    JsonRef owned(node);
+    TreeMapObject* const handle = new (std::nothrow) TreeMapObject(owned.get());
+    if (handle != nullptr) {
+        owned.release();
+    }
     return handle;
 }
 

@@ -1,5 +1,8 @@
-// Fuzz target: a document file, loaded, edited, saved and loaded again. A saved document reads back
-// as json-c reads the same text (which makes a 1 of 01e); a failed save leaves the file as it is.
+// Fuzz target: a document file, loaded, edited, saved and loaded again, and parsed strictly. A saved document reads back
+// as json-c reads the same text (which makes a 1 of 01e); a failed save leaves the file as it is. What is
+// parsed strictly is what json-c reads, too, and stays the same when it is written and parsed again.
+#include <memory>
+
 #include "Fuzz.h"
 #include "JsonData.h"
 #include "TreeMapObject.h"
@@ -49,6 +52,29 @@ void saveAndLoad(TreeMapObject& document) {
     delete document.clone("");
 }
 
+void parseStrictly(std::string const& input) {
+    JsonFault fault = {0, 0, nullptr};
+    std::unique_ptr<TreeMapObject> const document(
+        JsonData::parse(input.data(), input.size(), &fault));
+    if (!document) {
+        require(fault.line > 0 && fault.column > 0 && fault.reason != nullptr);
+        return;
+    }
+    JsonRef const expected(json_tokener_parse(input.c_str()));
+    require(json_object_equal(document->jobj, expected.get()) != 0);
+    std::string const text = pretty(document->jobj);
+    std::unique_ptr<TreeMapObject> const again(JsonData::parse(text.data(), text.size()));
+    std::unique_ptr<TreeMapObject> const changes(JsonData::difference(document.get(), again.get()));
+    require(pretty(again->jobj) == text && changes->len() == 0);
+    std::unique_ptr<TreeMapObject> const found(document->findPaths("a", nullptr));
+    for (int i = found->len(); i-- > 0;) {
+        std::string const path = found->get<char const*>(("[" + std::to_string(i) + "]").c_str());
+        require(!JsonData::isPath(path.c_str()) || document->remove(path.c_str()));
+    }
+    document->removeAll("a");
+    require(document->merge("", again.get()) == 0);
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
@@ -63,5 +89,6 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     }
     saveAndLoad(*document);
     delete document;
+    parseStrictly(asText(data, size));
     return 0;
 }

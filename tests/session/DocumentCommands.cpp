@@ -95,6 +95,17 @@ void saveText(Call& c) {
     c.answer(JsonData::saveObjectToFile(c.word(1), &document));
 }
 
+// The text may hold any byte.
+void parseStrictly(Call& c) {
+    std::string const& bytes = c.words[2];
+    JsonFault fault = {0, 0, "none"};
+    c.keep(1, JsonData::parse(c.word(2), c.word(2) != nullptr ? bytes.size() : 0, &fault));
+    if (fault.line != 0) {
+        c.result =
+            std::to_string(fault.line) + ":" + std::to_string(fault.column) + " " + fault.reason;
+    }
+}
+
 }  // namespace
 
 Commands const DOCUMENT_COMMANDS = {
@@ -102,6 +113,8 @@ Commands const DOCUMENT_COMMANDS = {
     {"new-empty", [](Call& c) { c.keep(1, new TreeMapObject(c.words[2] == "array")); }},
     {"new-deep", [](Call& c) { c.keep(1, new TreeMapObject(parsed(c.word(2)))); }},
     {"create", [](Call& c) { c.keep(1, JsonData::createObject(c.word(2))); }},
+    {"parse", parseStrictly},
+    {"difference", [](Call& c) { c.keep(1, JsonData::difference(c.handle(2), c.handle(3))); }},
     {"load", [](Call& c) { c.keep(1, JsonData::createObjectFromFile(c.word(2))); }},
     {"message", [](Call& c) { c.keep(1, new TreeMapObject(c.number(2), c.number(3))); }},
     {"copy", [](Call& c) { c.result = text(JsonRef(JsonData::cloneObject(c.node(1))).get()); }},

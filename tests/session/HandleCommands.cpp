@@ -7,6 +7,8 @@ using namespace vobiutils;
 
 namespace {
 
+char const* const PRESENCES[] = {"present", "vacant", "impossible"};
+
 void drop(Call& c, bool isDeleted) {
     TreeMapObject const* const handle = c.handle(1);
     std::scoped_lock const lock(c.session.guard);
@@ -69,6 +71,18 @@ Commands const HANDLE_COMMANDS = {
     {"node", [](Call& c) { c.keep(1, c.handle(2)->get(c.word(3))); }},
     {"clone", [](Call& c) { c.keep(1, c.handle(2)->clone(c.word(3))); }},
     {"at", [](Call& c) { c.keep(1, c.handle(2)->at(c.number(3))); }},
+    {"get-int64",
+     [](Call& c) {
+         int64_t out = -1;
+         bool const got = c.handle(1)->get_ex(c.word(2), out);
+         c.result = shown(got) + " " + std::to_string(out);
+     }},
+    {"set-int64", [](Call& c) { c.handle(1)->set<int64_t>(c.word(2), atoll(c.word(3))); }},
+    {"presence", [](Call& c) { c.answer(PRESENCES[c.handle(1)->presence(c.word(2))]); }},
+    {"remove", [](Call& c) { c.answer(c.handle(1)->remove(c.word(2))); }},
+    {"remove-all", [](Call& c) { c.answer(c.handle(1)->removeAll(c.word(2))); }},
+    {"merge", [](Call& c) { c.answer(c.handle(1)->merge(c.word(2), c.handle(3))); }},
+    {"find-paths", [](Call& c) { c.keep(1, c.handle(2)->findPaths(c.word(3), c.word(4))); }},
     {"len", [](Call& c) { c.answer(c.handle(1)->len()); }},
     {"set-item", [](Call& c) { c.answer(c.handle(1)->setArrayItem(c.number(2), c.handle(3))); }},
     {"add-item", [](Call& c) { c.answer(c.handle(1)->addArrayItem(c.handle(2))); }},

@@ -82,4 +82,10 @@ Commands const PATH_COMMANDS = {
     {"assign", assign},
     {"assign-node", assignNode},
     {"compare", compare},
+    {"is-path", [](Call& c) { c.answer(JsonData::isPath(c.word(1))); }},
+    {"split-path",
+     [](Call& c) {
+         c.answer(
+             (JsonData::parentPath(c.word(1)) + " / " + JsonData::lastStep(c.word(1))).c_str());
+     }},
 };

@@ -100,6 +100,7 @@ WRAP(JSON, json_object*, json_object_new_boolean, (json_bool value), value)
 WRAP(JSON, json_object*, json_object_new_int, (int32_t value), value)
 WRAP(JSON, json_object*, json_object_new_double, (double value), value)
 WRAP(JSON, json_object*, json_object_new_string, (char const* text), text)
+WRAP(JSON, json_object*, json_object_new_string_len, (char const* text, int size), text, size)
 WRAP(JSON, int, json_object_object_add, (json_object * object, char const* key, json_object* value),
      object, key, value)
 WRAP(JSON, int, json_object_object_add_ex,
