@@ -22,6 +22,15 @@
 /// LocalDbTransaction own(API_WIFI, "ssids", key, 500, LocalDbTransaction::READ);
 /// \endcode
 ///
+/// Where the database has a schema, only a valid document is saved:
+///
+/// \code{.cpp}
+/// lan->set("mtu", mtu);
+/// if (lan.save() != 0 && lan.status() == LocalDbTransaction::INVALID) {
+///     return refuse(lan.fault().path, lan.fault().message);  // "lan.mtu", "must be at most 1500"
+/// }
+/// \endcode
+///
 /// It locks the database of an API type as LocalDbCtrl::lockDbObject does, says why if it cannot,
 /// and ends the lock when it leaves its scope: no return and no exception leaves a database locked
 /// or half-changed. Changes that were neither saved nor kept are discarded: the document in memory
@@ -42,6 +51,7 @@
 
 #include <memory>
 
+#include "CompiledSchema.h"
 #include "LocalDbCtrl.h"
 #include "TreeMapObject.h"
 
@@ -60,6 +70,7 @@ class LocalDbTransaction {
         BAD_ARGUMENTS,  ///< an API type of 9 or more, a null path, no default controller
         NO_MEMORY,      ///< out of memory for the document, the handle or the copy
         ENDED,          ///< it was locked, and then saved, kept or ended by a plain operation
+        INVALID,        ///< locked still: the last save() refused the document, see fault()
     };
 
     /// What the lock is for.
@@ -87,8 +98,13 @@ class LocalDbTransaction {
     LocalDbTransaction& operator=(LocalDbTransaction const&) = delete;
     /// \endcond
 
-    Status status() const;           ///< LOCKED, then ENDED; or why nothing was locked
-    explicit operator bool() const;  ///< whether the status is LOCKED
+    Status status() const;           ///< LOCKED or INVALID, then ENDED; or why nothing was locked
+    explicit operator bool() const;  ///< whether the database is locked: LOCKED or INVALID
+
+    /// Where and why the document is not valid, with a path inside the whole document; four empty
+    /// strings unless INVALID. Valid until the next call of save() or keep(), and as long as this
+    /// object.
+    CompiledSchema::Fault const& fault() const;
 
     /// Identifies the content of the file that the document was read from, as
     /// LocalDbSnapshot::version() does; 0 if the document was in memory and may hold unsaved
@@ -96,7 +112,7 @@ class LocalDbTransaction {
     /// was locked.
     uint64_t version() const;
 
-    /// The handle on the node at the path, or on the whole document; null unless LOCKED. It belongs
+    /// The handle on the node at the path, or on the whole document; null unless locked. It belongs
     /// to the transaction and must not be used after the lock has ended. A node is changed in
     /// place, not replaced.
     TreeMapObject* object() const;
@@ -106,6 +122,11 @@ class LocalDbTransaction {
     /// Writes the document to its file and ends the lock, as LocalDbCtrl::saveDbObject does.
     /// Returns 0 if it was written; 2 if not (the changes are then lost), and if nothing was
     /// locked. After READ it does nothing and returns 2: the lock does not end.
+    ///
+    /// A document that does not satisfy the schema beside its file (network/network_SCHEMA.ldb) is
+    /// not written, whether the change or an earlier one made it invalid; nor is any while that
+    /// schema exists and cannot be used. save() then returns 2 with the status INVALID, and the lock
+    /// does not end: put the document right and save again, keep it, or let it go.
     int save();
 
     /// Leaves the changes in memory, unsaved, and ends the lock, as LocalDbCtrl::unlockDbObject

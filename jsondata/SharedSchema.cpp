@@ -66,13 +66,13 @@ SharedSchema* unusable(char const* reason) {
     return schema;
 }
 
+bool isMissing(int error) { return error == ENOENT || error == ENOTDIR; }
+
 char const* reasonOf(int error) {
-    switch (error) {
-        case ENOENT:
-        case ENOTDIR: return NO_SCHEMA;
-        case ENOMEM: return NO_MEMORY;
-        default: return "cannot be checked: the schema cannot be read";
+    if (isMissing(error)) {
+        return NO_SCHEMA;
     }
+    return error == ENOMEM ? NO_MEMORY : "cannot be checked: the schema cannot be read";
 }
 
 int compileBytes(FileBytes const& bytes, Shared<Made>& made) {
@@ -89,6 +89,13 @@ int compileBytes(FileBytes const& bytes, Shared<Made>& made) {
 }
 
 Maker const MAKER = {compileBytes, LARGEST_KEPT_SCHEMA};
+
+// `status` is that of the file. Null when out of memory.
+SharedSchema* shareSchema(char const* file, struct stat const& status) {
+    Shared<Made> made;
+    int const error = schemas.get(file, status, MAKER, made);
+    return made ? static_cast<SharedSchema*>(made.release()) : unusable(reasonOf(error));
+}
 
 }  // namespace
 
@@ -131,12 +138,17 @@ SharedSchema* compileSchemaFile(char const* file) {
     if (file == nullptr) {
         return unusable(NO_SCHEMA);
     }
+    return stat(file, &status) == 0 ? shareSchema(file, status) : unusable(reasonOf(errno));
+}
+
+bool satisfiesSchemaFile(json_object* value, char const* file, Fault& fault) {
+    struct stat status;
     if (stat(file, &status) != 0) {
-        return unusable(reasonOf(errno));
+        int const error = errno;
+        return isMissing(error) || refuse(faultOf(reasonOf(error)), &fault);
     }
-    Shared<Made> made;
-    int const error = schemas.get(file, status, MAKER, made);
-    return made ? static_cast<SharedSchema*>(made.release()) : unusable(reasonOf(error));
+    Shared<SharedSchema> const schema(shareSchema(file, status));
+    return schema ? schema->accepts(value, &fault) : refuse(faultOf(NO_MEMORY), &fault);
 }
 
 void forgetCompiledSchemas() { schemas.forget(); }

@@ -29,6 +29,10 @@ struct SharedSchema : Made {
 SharedSchema* compileSchema(json_object* document);
 SharedSchema* compileSchemaFile(char const* file);
 
+// Whether a value satisfies the schema in a file, or there is no such file: one that cannot be used
+// refuses every value. If not, `fault` says why.
+bool satisfiesSchemaFile(json_object* value, char const* file, CompiledSchema::Fault& fault);
+
 // Drops the compiled schemas of files, and closes these.
 void forgetCompiledSchemas();
 

@@ -8,6 +8,7 @@
 
 #include "TreeMapObject.h"
 #include "jsondata/JsonDocument.h"
+#include "jsondata/SharedSchema.h"
 #include "jsondata/files/FileContent.h"
 #include "localdb/FileName.h"
 #include "logging/Log.h"
@@ -64,6 +65,14 @@ bool Database::tryGet(char const* path, TreeMapObject*& node) const {
     } catch (std::bad_alloc const&) {
         return false;
     }
+}
+
+bool Database::isValid(CompiledSchema::Fault& fault) const {
+    FileName const schema = FileName::ofDataSchema(apiType);
+    if (schema.get() == nullptr) {
+        return true;  // nor has the data file a name, and no save succeeds
+    }
+    return satisfiesSchemaFile(hasValue() ? document_->jobj : nullptr, schema.get(), fault);
 }
 
 int Database::save(uint64_t& version) {

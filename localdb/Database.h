@@ -6,6 +6,7 @@
 
 #include <atomic>
 
+#include "CompiledSchema.h"
 #include "LocalDbCtrl.h"
 #include "localdb/DocumentOrigin.h"
 
@@ -72,6 +73,10 @@ class Database {
     // Sets `node` to a new handle on the node at a path that is not empty, or to null if there is
     // no such node. False, with `node` unchanged, when out of memory.
     bool tryGet(char const* path, TreeMapObject*& node) const;
+
+    // Whether the document satisfies the schema of the data file, or has none. If not, `fault` says
+    // why.
+    bool isValid(CompiledSchema::Fault& fault) const;
 
     // Writes the document to its data file and drops it, even if the write failed: the next lock
     // reads the file as it is then. Returns 0 if it was written, with the version of the content in

@@ -9,14 +9,14 @@
 
 namespace vobiutils {
 
-FileName::FileName(char const* folder, char const* base, char const* suffix) {
+FileName::FileName(char const* folder, char const* base, char const* suffix, size_t size) {
     text_[0] = '\0';
     if (folder == nullptr || base == nullptr) {
         return;
     }
-    int const length = snprintf(text_, sizeof text_, "%s/%s/%s%s", BEConfig::DATA_LOCATION.c_str(),
-                                folder, base, suffix);
-    if (length < 0 || static_cast<size_t>(length) >= sizeof text_) {
+    int const length =
+        snprintf(text_, size, "%s/%s/%s%s", BEConfig::DATA_LOCATION.c_str(), folder, base, suffix);
+    if (length < 0 || static_cast<size_t>(length) >= size) {
         text_[0] = '\0';
     }
 }
@@ -32,6 +32,11 @@ FileName FileName::ofMessage(unsigned int apiType, unsigned int commType) {
 
 FileName FileName::ofSchema(unsigned int apiType, unsigned int commType) {
     return FileName(LocalDbCtrl::getApiDir(apiType), labelAt(apiType, commType), "_SCHEMA.ldb");
+}
+
+FileName FileName::ofDataSchema(unsigned int apiType) {
+    char const* const folder = LocalDbCtrl::getApiDir(apiType);
+    return FileName(folder, folder, "_SCHEMA.ldb", SCHEMA_SIZE);
 }
 
 }  // namespace vobiutils

@@ -9,6 +9,8 @@
 //       controller, and unchanged
 //     in memory, any other                a copy of it    puts the copy back
 //
+// A save that finds the document invalid does nothing, so that any of these ends can follow.
+//
 // A transaction that only reads drops what it has read itself, and changes nothing else.
 #include "LocalDbTransaction.h"
 
@@ -29,6 +31,8 @@ namespace {
 int const SUCCESS = 0;
 int const FAILURE = 2;
 
+CompiledSchema::Fault const NO_FAULT = {"", "", "", ""};
+
 }  // namespace
 
 // Exists from the moment when the database is acquired. The mutex that the claim holds also keeps
@@ -42,6 +46,7 @@ struct LocalDbTransaction::Lock {
     Status checkDocument();
     Status openNode(char const* path);
     Status giveOut();
+    bool isValid();
     template <typename Finish>
     bool end(Finish const& finish);
     void keep();
@@ -55,7 +60,8 @@ struct LocalDbTransaction::Lock {
     bool isDropped = false;  // by a discard
     TreeMapObject* object = nullptr;  // the document's own handle, or the one in `node`
     std::unique_ptr<TreeMapObject> node;
-    JsonRef before;  // the copy for a discard that does not drop the document
+    JsonRef before;               // the copy for a discard that does not drop the document
+    CompiledSchema::Fault fault;  // of the last save, if the status is INVALID
 };
 
 // The state is "writing" before anything that takes time, so that other callers are refused at
@@ -133,6 +139,16 @@ LocalDbTransaction::Status LocalDbTransaction::Lock::giveOut() {
     }
     database.forgetOrigin();
     return LOCKED;
+}
+
+// Whether the document may be written; nothing is, before this is known of everything.
+bool LocalDbTransaction::Lock::isValid() {
+    if (database.isValid(fault)) {
+        return true;
+    }
+    UTIL_WARN("%s: api type %d is not saved: \"%s\" %s\n", "LocalDbTransaction",
+              static_cast<int>(database.apiType), fault.path, fault.message);
+    return false;
 }
 
 // Releases the database; `finish` saves or discards the document between the two halves. False,
@@ -226,11 +242,20 @@ bool LocalDbTransaction::end(Finish const& finish) {
     return true;
 }
 
+CompiledSchema::Fault const& LocalDbTransaction::fault() const {
+    return status() == INVALID ? lock_->fault : NO_FAULT;
+}
+
 int LocalDbTransaction::save() {
-    int result = FAILURE;
-    if (!isHeld() || lock_->mode == WRITE) {
-        end([&] { result = lock_->database.save(version_); });
+    if (!isHeld() || lock_->mode == READ) {
+        return FAILURE;
     }
+    if (!lock_->isValid()) {
+        status_ = INVALID;
+        return FAILURE;
+    }
+    int result = FAILURE;
+    end([&] { result = lock_->database.save(version_); });
     return result;
 }
 

@@ -244,6 +244,36 @@ void transacts(Trial& trial) {
     LocalDbCtrl::removeDB("default");
 }
 
+// What cannot be checked is refused, and needs no memory to be given up or put right.
+void savesWithASchema(Trial& trial) {
+    TempDir::write(LAN_FILE, OLD);
+    TempDir::write("data/network/network_SCHEMA.ldb",
+                   "{\"properties\": {\"a\": {\"properties\": {\"b\": {\"maximum\": 2}}}}}");
+    LocalDbCtrl::init();
+    int result = -1;
+    trial.run([&] {
+        LocalDbTransaction change(API_NETWORK, "", "default");
+        if (!change || (change->set("a.b", 3), change->get<int>("a.b") != 3)) {
+            return;
+        }
+        EXPECT_EQ(change.save(), 2);
+        EXPECT_EQ(change.status(), LocalDbTransaction::INVALID);
+        EXPECT_NE(*change.fault().message, '\0');
+        change->set("a.b", 2);
+        result = change.save();
+        EXPECT_EQ(change ? LocalDbTransaction::INVALID : LocalDbTransaction::ENDED,
+                  change.status());
+    });
+    EXPECT_TRUE(result == 0 || !trial.fault.harmless);
+    EXPECT_EQ(TempDir::read(LAN_FILE), result == 0 ? NEW : OLD);
+    LocalDbTransaction next(API_NETWORK, "a", "default");
+    next->set("b", 2);
+    EXPECT_EQ(next.save(), 0);
+    std::filesystem::remove("data/network/network_SCHEMA.ldb");
+    LocalDbSnapshot::forget();
+    LocalDbCtrl::removeDB("default");
+}
+
 // The status tells the truth, and the next snapshot is whole.
 void takesSnapshots(Trial& trial) {
     TempDir::write(LAN_FILE, OLD);
@@ -530,6 +560,7 @@ Operation const OPERATIONS[] = {
     {"LockNodeSave", [](Trial& trial) { locks(trial, "a", true); }, false, 2},
     {"LockNodeUnlock", [](Trial& trial) { locks(trial, "a", false); }, false},
     {"Transaction", transacts, false, 2},
+    {"TransactionWithSchema", savesWithASchema, false, 2},
     {"Validation", validates, false},
     {"Session", makesASession, true},
     {"LoginAttempt", countsAttempts, false},

@@ -88,8 +88,8 @@ void showBuffers(Call& c) {
     c.result = shown(data) + " " + shown(message) + " " + shown(schema);
 }
 
-char const* const STATUSES[] = {"locked",  "busy",          "no file",   "unreadable",
-                                "no node", "bad arguments", "no memory", "ended"};
+char const* const STATUSES[] = {"locked",        "busy",      "no file", "unreadable", "no node",
+                                "bad arguments", "no memory", "ended",   "invalid"};
 
 void begin(Call& c) {
     bool const reads = c.words.size() > 6 && c.words[6] == "read";
@@ -119,7 +119,16 @@ void end(Call& c, int (LocalDbTransaction::*finish)()) {
     }
     c.answer(((*transaction).*finish)());
     c.result += std::string(" ") + STATUSES[transaction->status()];
+    CompiledSchema::Fault const& fault = transaction->fault();
+    if (transaction->status() == LocalDbTransaction::INVALID) {
+        c.result += std::string(": '") + fault.path + "' " + fault.message;
+    }
+    EXPECT_EQ(transaction->status() == LocalDbTransaction::INVALID, *fault.message != '\0');
     EXPECT_EQ(transaction->object() != nullptr, static_cast<bool>(*transaction));
+    if (*transaction) {
+        lock.lock();
+        c.session.handles[c.words[1]] = transaction->object();
+    }
 }
 
 // Compares the version of a transaction, which may have ended, with that of the file.
