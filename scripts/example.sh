@@ -6,7 +6,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev diffutils curl \
-    libcpp-httplib-dev libssl-dev
+    libmicrohttpd-dev libssl-dev
 
 build=build/example
 copy=$build/gateway
@@ -48,7 +48,8 @@ token=
 # Sends a request as the page does, and shows it with the answer and its status.
 ask() { # METHOD PATH [BODY]
     printf '\n> %s %s %s\n' "$1" "$2" "${3-}"
-    curl --silent --globoff --max-time 10 --request "$1" ${3+--data "$3"} \
+    curl --silent --globoff --max-time 10 --request "$1" \
+        ${3+--data "$3" --header 'Content-Type: application/json'} \
         ${token:+--header "Authorization: Bearer $token"} --write-out '\n< %{http_code}\n' "$url$2" |
         tee $build/answer.txt
 }

@@ -5,7 +5,7 @@
 #   scripts/load.sh [SECONDS [KILLS]]
 set -eu
 cd "$(dirname "$0")/.."
-scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libcpp-httplib-dev \
+scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libmicrohttpd-dev \
     libssl-dev
 
 seconds=${1-30}

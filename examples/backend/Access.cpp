@@ -61,7 +61,8 @@ std::optional<Reply> refuseWriting(Place const& place) {
         return refuse(403, "only an administrator may change this");
     }
     if (place.path.isRoot()) {
-        return refuse(405, "cannot replace a whole database: give a path inside it");
+        return refuseMethod("GET, HEAD, OPTIONS",
+                            "cannot replace a whole database: give a path inside it");
     }
     if (place.type == API_GATEWAY && place.path.tokens.front() == "users") {
         return refuse(403, "users cannot be changed here");

@@ -210,7 +210,7 @@ Reply appendResource(Place const& place, std::string const& body) {
         place, IS_REFUSED, [&](TreeMapObject& document, TreeMapObject* array, Path& changed) {
             int const length = array->len();
             if (length < 0) {
-                return refuse(405, "no array at this path");
+                return refuseMethod("GET, HEAD, PUT, DELETE, OPTIONS", "no array at this path");
             }
             if (isFull(document, place.path, length)) {
                 return refuse(409, "the array is full");

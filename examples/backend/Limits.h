@@ -5,22 +5,26 @@
 #include <chrono>
 #include <cstddef>
 
-std::size_t const MAX_BODY = 65536;      // bytes of a request's body
-std::size_t const MAX_REQUEST = 131072;  // bytes of a whole request
-auto const REQUEST_TIME =
-    std::chrono::seconds(20);            // from its first byte to the last of its answer
-std::size_t const MAX_REQUESTS = 100;    // over one connection
-std::size_t const MAX_URL_PATH = 1024;   // characters, decoded
-std::size_t const MAX_PATH_TOKENS = 12;  // of a path into a database
-std::size_t const MAX_NAME = 32;         // characters of a name in it: as many as a handle keeps
-int const MAX_BODY_DEPTH = 16;           // with the path: below what a file may hold
-int const MAX_ARRAY_LENGTH = 256;        // elements a POST may fill an array up to
+std::size_t const MAX_BODY = 65536;          // bytes of a request's body
+std::size_t const MAX_UNUSED_BODY = 131072;  // bytes that are read of a body that is refused
+std::size_t const MAX_HEADERS = 64;          // of a request
+std::size_t const MAX_HEAD = 32768;          // bytes of a request's headers, and of its reply's
+int const SOCKET_BUFFER = 65536;  // bytes that the system keeps for a connection, in each direction
+std::size_t const MAX_CONNECTIONS = 64;                // on all ports together
+long const MAX_CONNECTIONS_OF_ONE = 16;                // client
+auto const HANDSHAKE_TIME = std::chrono::seconds(10);  // until the first line of the first request
+auto const REQUEST_TIME = std::chrono::seconds(20);    // from there to the end of the reply
+auto const IDLE_TIME = std::chrono::seconds(5);  // from there to the next request's first line
+unsigned int const WORKERS = 8;                  // threads that answer requests
+std::size_t const MAX_URL_PATH = 1024;           // characters, decoded
+std::size_t const MAX_PATH_TOKENS = 12;          // of a path into a database
+std::size_t const MAX_NAME = 32;   // characters of a name in it: as many as a handle keeps
+int const MAX_BODY_DEPTH = 16;     // with the path: below what a file may hold
+int const MAX_ARRAY_LENGTH = 256;  // elements a POST may fill an array up to
 std::size_t const MAX_SESSIONS = 32;
-long const MAX_SESSIONS_OF_ONE = 16;      // user
-unsigned int const REQUEST_THREADS = 16;  // connections served at once, per port
-std::size_t const MAX_WAITING = 64;       // connections accepted and waiting, per port
-unsigned int const MAX_WAIT_MS = 500;     // for a busy API type
-std::size_t const MAX_FILE = 1 << 20;     // bytes of a file below the document root
-std::size_t const LOG_TAIL = 16384;       // bytes of the log that are shown
+long const MAX_SESSIONS_OF_ONE = 16;   // user
+unsigned int const MAX_WAIT_MS = 500;  // for a busy API type
+std::size_t const MAX_FILE = 1 << 20;  // bytes of a file below the document root
+std::size_t const LOG_TAIL = 16384;    // bytes of the log that are shown
 
 #endif

@@ -7,10 +7,10 @@
 //
 // Each writer has a part of a database to itself, and keeps a model of it: the part as it was last
 // acknowledged and, when no answer came to the last request, as it would be had that been served.
-#include <httplib.h>
-
-#include <atomic>
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "Json.h"
+#include "LoadClient.h"
 
 namespace {
 
@@ -40,19 +41,17 @@ struct Figures {
 // One thread's connection, logged in.
 class Client {
   public:
-    Client(int port, Clock::time_point end) : http_("127.0.0.1", port), end_(end) {
-        http_.set_keep_alive(true);
-        http_.set_tcp_nodelay(true);
-        auto const answer =
-            http_.Post("/login", R"({"username":"admin","password":"sample-admin-password"})",
-                       "application/json");
-        Json const login = answer ? parseJson(answer->body) : Json();
+    Client(int port, Clock::time_point end) : http_(port), end_(end) {
+        std::string answer;
+        int const status = http_.ask(
+            "POST", "/login", R"({"username":"admin","password":"sample-admin-password"})", answer);
+        Json const login = parseJson(answer);
         char const* const token = stringAt(login.get(), "token");
-        if (token == nullptr || answer->status != 200) {
+        if (token == nullptr || status != 200) {
             figures.failure = "cannot log in";
             return;
         }
-        http_.set_bearer_token_auth(token);
+        http_.token = token;
     }
 
     bool isOver() const { return !figures.failure.empty() || isGone_ || Clock::now() >= end_; }
@@ -60,33 +59,30 @@ class Client {
     // True when it was served. A busy type is asked again; false when the back end is gone.
     bool ask(char const* method, std::string const& path, std::string const& body) {
         for (;;) {
-            httplib::Request request;
-            request.method = method;
-            request.path = path;
-            request.body = body;
             auto const start = Clock::now();
-            auto const answer = http_.send(request);
-            if (!answer) {
+            std::string answer;
+            int const status = http_.ask(method, path, body, answer);
+            if (status == 0) {
                 isGone_ = true;
                 return false;
             }
-            if (answer->status == 503) {
+            if (status == 503) {
                 ++figures.busy;
                 continue;
             }
-            if (answer->status >= 300) {
-                figures.failure = method + (" " + path + ": ") + answer->body;
+            if (status >= 300) {
+                figures.failure = method + (" " + path + ": ") + answer;
             }
             figures.milliseconds.push_back(
                 std::chrono::duration<double, std::milli>(Clock::now() - start).count());
-            return answer->status < 300;
+            return status < 300;
         }
     }
 
     Figures figures;
 
   private:
-    httplib::Client http_;
+    LoadClient http_;
     Clock::time_point const end_;
     bool isGone_ = false;
 };

@@ -4,15 +4,13 @@
 #include <BELoginRecord.h>
 #include <LocalDbSnapshot.h>
 #include <Logger.h>
-#include <arpa/inet.h>
 
-#include <algorithm>
-#include <iterator>
 #include <optional>
 
 #include "Json.h"
 #include "Messages.h"
 #include "Password.h"
+#include "http/ClientAddress.h"
 
 namespace {
 
@@ -54,18 +52,6 @@ std::optional<Reply> findUser(std::string const& name, User& user) {
     return std::nullopt;
 }
 
-// An address as it is recorded: whoever has one address of IPv6 has its whole network.
-std::string clientOf(std::string const& address) {
-    in6_addr six = {};
-    if (inet_pton(AF_INET6, address.c_str(), &six) != 1) {
-        return address;
-    }
-    std::fill(std::begin(six.s6_addr) + 8, std::end(six.s6_addr), 0);
-    char text[INET6_ADDRSTRLEN] = "";
-    inet_ntop(AF_INET6, &six, text, sizeof(text));
-    return std::string(text) + "/64";
-}
-
 Reply welcome(std::string const& token, std::string const& role) {
     TreeMapObject response(false);
     response.set("token", token.c_str());
@@ -96,7 +82,7 @@ Reply Login::attempt(std::string const& address, std::string const& body) {
     }
     std::string const name = username;
 
-    std::string const client = clientOf(address);
+    std::string const client = networkOf(address);
     std::lock_guard<std::mutex> const guard(oneAtATime_);
     if (unsigned int const minutes = BELoginRecord::getAttempt(client.c_str()).lockMinutes) {
         return refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);

@@ -15,7 +15,7 @@ struct Request {
     std::string path;  // decoded
     std::multimap<std::string, std::string> parameters;
     std::string address;  // of the client
-    std::string token;    // from "Authorization: Bearer", or empty
+    std::string token;    // of the session, or empty
     std::string body;
     std::map<std::string, std::string> headers = {};  // by name in small letters
 

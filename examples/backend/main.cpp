@@ -1,10 +1,11 @@
 // The web back end of a home gateway, small: log in, and read and change the nine databases.
 //
-//   backend [--any] [CONFIGURATION-FILE]
+//   backend [--any] [--name NAME]... [CONFIGURATION-FILE]
 //
 // Works in the current directory, on what the configuration file (backend.json) names there. Listens
-// on the loopback interface; with --any on all of them. Ends on SIGTERM and SIGINT. When it cannot start, it
-// prints the reason on standard error and exits with status 1.
+// on the loopback interface; with --any on all of them. Answers to requests for an IP address, for
+// localhost and for each NAME. Ends on SIGTERM and SIGINT. When it cannot start, it prints the reason on
+// standard error and exits with status 1.
 #include <BEConfig.h>
 #include <BELoginRecord.h>
 #include <JsonData.h>
@@ -17,11 +18,33 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "Routes.h"
-#include "Server.h"
+#include "http/HttpServer.h"
 
 namespace {
+
+struct Arguments {
+    bool onAllInterfaces = false;
+    std::vector<std::string> names;
+    char const* file = "backend.json";
+};
+
+Arguments argumentsIn(char** argument) {
+    Arguments arguments;
+    for (; *argument != nullptr; ++argument) {
+        if (std::strcmp(*argument, "--any") == 0) {
+            arguments.onAllInterfaces = true;
+        } else if (std::strcmp(*argument, "--name") == 0 && argument[1] != nullptr) {
+            arguments.names.emplace_back(*++argument);
+        } else {
+            arguments.file = *argument;
+        }
+    }
+    return arguments;
+}
 
 // Before there are threads, which inherit it: only sigwait gets these signals.
 sigset_t holdBackSignals() {
@@ -57,10 +80,10 @@ void warnOfOpenDoors() {
 }
 
 // Until a signal ends it. False when it could not begin.
-bool serve(bool onAllInterfaces, sigset_t const& signals) {
+bool serve(Arguments const& arguments, sigset_t const& signals) {
     Routes routes;
-    Server server(routes, onAllInterfaces);
-    if (!server.start()) {
+    HttpServer server(routes, arguments.names);
+    if (!server.start(arguments.onAllInterfaces)) {
         return false;
     }
     int signal = 0;
@@ -70,23 +93,21 @@ bool serve(bool onAllInterfaces, sigset_t const& signals) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    bool const onAllInterfaces = argc > 1 && std::strcmp(argv[1], "--any") == 0;
-    char const* const file =
-        argc > 1 + onAllInterfaces ? argv[1 + onAllInterfaces] : "backend.json";
-    if (char const* const fault = faultOfConfiguration(file)) {
-        std::fprintf(stderr, "%s: %s\n", file, fault);
+int main(int, char** argv) {
+    Arguments const arguments = argumentsIn(argv + 1);
+    if (char const* const fault = faultOfConfiguration(arguments.file)) {
+        std::fprintf(stderr, "%s: %s\n", arguments.file, fault);
         return 1;
     }
     sigset_t const signals = holdBackSignals();
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
-    BEConfig::init(file);
+    BEConfig::init(arguments.file);
     Logger::init();
     std::signal(SIGSEGV, SIG_DFL);  // a process that crashes must end, so that it is started again
     LocalDbCtrl::init();
     warnOfOpenDoors();
 
-    bool const served = serve(onAllInterfaces, signals);
+    bool const served = serve(arguments, signals);
     LocalDbCtrl::removeDB("default");
     return served ? 0 : 1;
 }

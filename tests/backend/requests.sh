@@ -6,6 +6,7 @@ command -v curl >/dev/null || { echo "skipped: there is no curl"; exit 77; }
 work=$(mktemp -d)
 port=$((10000 + $$ % 20000))
 url=http://127.0.0.1:$port
+content_type=application/json
 failures=0
 condition='' # a header of every request
 tag=''       # of the last answer that had one
@@ -30,7 +31,9 @@ ask() {
     method=$1 path=$2 body=${3-}
     shift $(($# < 3 ? $# : 3))
     curl --silent --path-as-is --globoff --max-time 300 --output "$work/answer" \
-        --dump-header "$work/headers" ${condition:+--header "$condition"} --write-out '%{http_code}' --request "$method" ${body:+--data-binary "$body"} \
+        --dump-header "$work/headers" ${condition:+--header "$condition"} \
+        --write-out '%{http_code}' --request "$method" \
+        ${body:+--data-binary "$body" --header "Content-Type: $content_type"} \
         ${token:+--header "Authorization: Bearer $token"} "$@" "$url$path"
 }
 
@@ -92,16 +95,23 @@ expect "a long body" 413 "$(ask PUT /api/misc/note "@$work/long")"
 expect "a long chunked body" 413 "$(ask PUT /api/misc/note "@$work/long" \
     --header 'Transfer-Encoding: chunked')"
 expect "a chunked body" 200 "$(ask PUT /api/wifi/country '"ZZ"' --header 'Transfer-Encoding: chunked')"
-expect "a form" 415 "$(ask PUT /api/misc/note x --header 'Content-Type: multipart/form-data; boundary=x')"
-expect "too many headers" 400 "$(yes 'X: 0123456789' | head -20000 |
+content_type=text/plain
+expect "a body that is said to be text" 415 "$(ask PUT /api/wifi/country '"ZZ"')"
+content_type=application/json
+expect "too many headers" 431 "$(yes 'X: 0123456789' | head -20000 |
     ask GET / '' --header @- 2>/dev/null)"
 expect "a long path" 414 "$(ask GET "/$(head -c 3000 "$work/long")")"
+expect "an encoded location" 1 "$(ask POST /api/misc/help.topics '{"id":"x"}' --dump-header - |
+    grep -c '^Location: /api/misc/help.topics.%5B[0-9]%5D')"
+expect "what is allowed" 1 "$(ask GET /login '' --dump-header - | grep -c '^Allow: POST, OPTIONS')"
+admin=$token token=
+expect "a session by cookie" 200 "$(ask GET /api '' --cookie "a=b; session=$admin")"
+token=$admin
 
 check "conditions"
 expect "who may store an answer" "no-cache, private" "$(header Cache-Control)"
 
 # A user sees less, and changes nothing.
-admin=$token
 expect "log in as a user" 200 "$(login home sample-home-password)"
 expect "who may store a token" no-store "$(header Cache-Control)"
 token=$(cat "$work/token")

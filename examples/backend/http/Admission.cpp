@@ -1,0 +1,103 @@
+#include "Admission.h"
+
+#include <BEConfig.h>
+#include <arpa/inet.h>
+#include <strings.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "Limits.h"
+
+namespace {
+
+struct Route {
+    char const* path;
+    bool isFolder;  // what is below is meant as well
+    char const* methods;
+};
+
+// The first that fits counts.
+Route const ROUTES[] = {
+    {"/api", false, "GET, HEAD, OPTIONS"}, {"/api/", true, "GET, HEAD, PUT, POST, DELETE, OPTIONS"},
+    {"/login", false, "POST, OPTIONS"},    {"/logout", false, "POST, OPTIONS"},
+    {"/log", false, "GET, HEAD, OPTIONS"}, {"", true, "GET, HEAD, OPTIONS"}};
+
+std::string methodsAt(std::string const& path) {
+    auto const* const route =
+        std::find_if(std::begin(ROUTES), std::end(ROUTES), [&](Route const& one) {
+            return one.isFolder ? path.starts_with(one.path) : path == one.path;
+        });
+    return route->methods;
+}
+
+bool contains(std::string const& methods, std::string const& method) {
+    return (", " + methods + ",").find(" " + method + ",") != std::string::npos;
+}
+
+bool isSame(std::string const& one, std::string const& other) {
+    return strcasecmp(one.c_str(), other.c_str()) == 0;
+}
+
+// Without the port, and the brackets around an address of IPv6; "" when it is malformed.
+std::string hostIn(std::string const& authority) {
+    bool const isBracketed = authority.starts_with('[');
+    size_t const end = std::min(authority.find(isBracketed ? ']' : ':'), authority.size());
+    size_t const port = std::min(end + isBracketed, authority.size());
+    bool const isPort = port == authority.size() || authority[port] == ':';
+    bool const isMalformed =
+        !isPort || authority.find_first_not_of("0123456789", port + 1) != std::string::npos;
+    return isMalformed ? "" : authority.substr(isBracketed, end - isBracketed);
+}
+
+bool isAddress(std::string const& host) {
+    in6_addr address = {};
+    return inet_pton(AF_INET, host.c_str(), &address) == 1 ||
+           inet_pton(AF_INET6, host.c_str(), &address) == 1;
+}
+
+bool isJson(std::string const& contentType) {
+    std::string const type = contentType.substr(0, contentType.find_first_of("; \t"));
+    return isSame(type, "application/json");
+}
+
+}  // namespace
+
+Admission::Admission(std::vector<std::string> names, bool isEncrypted)
+    : names_(std::move(names)), scheme_(isEncrypted ? "https://" : "http://") {}
+
+// A name that leads here without being ours is how a page elsewhere would get to read the answers.
+bool Admission::isOurs(std::string const& authority) const {
+    std::string const host = hostIn(authority);
+    return isAddress(host) || isSame(host, "localhost") ||
+           std::any_of(names_.begin(), names_.end(),
+                       [&](std::string const& name) { return isSame(name, host); });
+}
+
+bool Admission::isForeign(Request const& request) const {
+    return BEConfig::ENABLE_CROSS_DOMAIN == 0 && request.headers.contains("origin") &&
+           !isSame(request.header("origin"), scheme_ + request.header("host"));
+}
+
+std::optional<Reply> Admission::answer(Request const& request, bool hasBody) const {
+    if (!isOurs(request.header("host"))) {
+        return refuse(421, "unknown host: use an address, localhost or a name given at the start");
+    }
+    if (isForeign(request)) {
+        return refuse(403, "requests of pages from elsewhere are refused");
+    }
+    if (request.path.size() > MAX_URL_PATH) {
+        return refuse(414, "the path is too long");
+    }
+    std::string const methods = methodsAt(request.path);
+    if (request.method == "OPTIONS") {
+        return Reply{.status = 204, .headers = {{"Allow", methods}}};
+    }
+    if (!contains(methods, request.method)) {
+        return refuseMethod(methods, "method not allowed: use " + methods);
+    }
+    if (hasBody && !isJson(request.header("content-type"))) {
+        return refuse(415, "the body must be JSON: Content-Type: application/json");
+    }
+    return std::nullopt;
+}
