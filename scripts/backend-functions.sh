@@ -14,18 +14,20 @@ set_setting() { # FOLDER NAME VALUE
     sed -i "s|\"$2\": .*|\"$2\": $3,|" "$1/backend.json"
 }
 
-# Starts the back end and waits until it listens. Sets backend_pid.
-start_backend() { # PROGRAM FOLDER
+# Starts the back end and waits until it listens. Sets backend_pid. Its stacks have BACKEND_STACK KiB if that is
+# set.
+start_backend() { # PROGRAM FOLDER [ARGUMENT...]
     program=$(realpath "$1")
     backend_folder=$2
-    : >"$2/output.txt"
-    (cd "$2" && exec "$program" >output.txt 2>&1) &
+    shift 2
+    : >"$backend_folder/output.txt"
+    (cd "$backend_folder" && ulimit -s "${BACKEND_STACK:-$(ulimit -s)}" && exec "$program" "$@" >output.txt 2>&1) &
     backend_pid=$!
     tries=0
-    until grep -q '^listening' "$2/output.txt"; do
+    until grep -q '^listening' "$backend_folder/output.txt"; do
         tries=$((tries + 1))
         if [ $tries -gt 3000 ] || ! kill -0 $backend_pid 2>/dev/null; then
-            cat "$2/output.txt" >&2
+            cat "$backend_folder/output.txt" >&2
             return 1
         fi
         sleep 0.1

@@ -11,6 +11,12 @@ auto const NEVER = ConnectionTable::Clock::time_point::max();
 
 bool isOpen(ConnectionTable::Connection const& connection) { return connection.socket >= 0; }
 
+// The descriptor is still that of the connection: close() comes before it is closed.
+void shutDown(ConnectionTable::Connection& connection) {
+    shutdown(connection.socket, SHUT_RDWR);
+    connection.end = NEVER;
+}
+
 }  // namespace
 
 ConnectionTable::ConnectionTable() : watcher_([this] { watch(); }) {}
@@ -32,7 +38,7 @@ bool ConnectionTable::hasRoomFor(in6_addr const& client) {
             return isOpen(connection) &&
                    std::memcmp(&connection.client, &client, sizeof(client)) == 0;
         });
-    return own < std::min(MAX_CONNECTIONS_OF_ONE, (long(MAX_CONNECTIONS) - all + 1) / 2);
+    return own < std::clamp((MAX_CONNECTIONS - all + 1) / 2, 1L, MAX_CONNECTIONS_OF_ONE);
 }
 
 ConnectionTable::Connection* ConnectionTable::open(int socket, in6_addr const& client) {
@@ -41,8 +47,25 @@ ConnectionTable::Connection* ConnectionTable::open(int socket, in6_addr const& c
     if (free == connections_.end()) {
         return nullptr;
     }
-    *free = {socket, client, NEVER};
+    makeRoom();
+    *free = {socket, client, Clock::now(), NEVER};
     return free;
+}
+
+void ConnectionTable::makeRoom() {
+    auto const waitedSince = [](Connection const& connection) {
+        bool const isWaitedFor =
+            isOpen(connection) && !connection.isAwaited && connection.end != NEVER;
+        return isWaitedFor ? connection.start : NEVER;
+    };
+    auto* const slowest = std::min_element(connections_.begin(), connections_.end(),
+                                           [&](Connection const& one, Connection const& other) {
+                                               return waitedSince(one) < waitedSince(other);
+                                           });
+    long const all = std::count_if(connections_.begin(), connections_.end(), isOpen);
+    if (all >= MAX_CONNECTIONS && waitedSince(*slowest) != NEVER) {
+        shutDown(*slowest);
+    }
 }
 
 void ConnectionTable::close(Connection& connection) {
@@ -53,7 +76,8 @@ void ConnectionTable::close(Connection& connection) {
 
 void ConnectionTable::limit(Connection& connection, std::chrono::seconds time) {
     std::lock_guard<std::mutex> const guard(mutex_);
-    connection.end = Clock::now() + time;
+    connection.start = Clock::now();
+    connection.end = connection.start + time;
     if (connection.end < wakeUp_) {
         changed_.notify_all();
     }
@@ -87,13 +111,11 @@ void ConnectionTable::watch() {
     }
 }
 
-// The descriptors are still those of their connections: close() comes before they are closed.
 void ConnectionTable::shutDownOverdue() {
     wakeUp_ = NEVER;
     for (Connection& connection : connections_) {
         if (isOpen(connection) && connection.end <= Clock::now()) {
-            shutdown(connection.socket, SHUT_RDWR);
-            connection.end = NEVER;
+            shutDown(connection);
         }
         if (isOpen(connection)) {
             wakeUp_ = std::min(wakeUp_, connection.end);

@@ -20,18 +20,20 @@ class ConnectionTable {
     struct Connection {
         int socket = -1;  // none
         in6_addr client = {};
-        Clock::time_point end;  // when it is shut down
-        bool isAwaited = false;
+        Clock::time_point start;    // of what is awaited from it now
+        Clock::time_point end;      // when it is shut down
+        bool isAwaited = false;     // by its client
         bool hasBadTarget = false;  // the request that is being read; for its thread alone
     };
 
     ConnectionTable();
     ~ConnectionTable();
 
-    // One client gets half of the room that the others leave, so that there is always some for the next.
+    // One client gets half of the room that is left, the first of one at any time.
     bool hasRoomFor(in6_addr const& client);
 
-    // Null when there is no room. The socket is the caller's, who closes it after close(), not before.
+    // When there are too many, the one that has kept the server waiting longest is shut down. Null when
+    // it is not gone yet. The socket is the caller's, who closes it after close(), not before.
     Connection* open(int socket, in6_addr const& client);
     void close(Connection& connection);
 
@@ -45,11 +47,12 @@ class ConnectionTable {
   private:
     void watch();
     void shutDownOverdue();
+    void makeRoom();
 
     std::mutex mutex_;
     std::condition_variable changed_;  // an end, to earlier than the watcher wakes up
     std::condition_variable answered_;
-    std::array<Connection, MAX_CONNECTIONS> connections_;
+    std::array<Connection, MAX_CONNECTIONS + SPARE_CONNECTIONS> connections_;
     Clock::time_point wakeUp_;
     bool isStopping_ = false;
     std::thread watcher_;

@@ -129,9 +129,10 @@ bool HttpServer::serve(int socket) {
     unsigned int const flags = MHD_USE_POLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME |
                                (certificate_.empty() ? 0U : unsigned(MHD_USE_TLS));
     MHD_Daemon* const daemon = MHD_start_daemon(
-        flags, 0, onClient, this, onRequest, this,                                               //
-        MHD_OPTION_LISTEN_SOCKET, socket,                                                        //
-        MHD_OPTION_CONNECTION_LIMIT, static_cast<unsigned int>(MAX_CONNECTIONS),                 //
+        flags, 0, onClient, this, onRequest, this,  //
+        MHD_OPTION_LISTEN_SOCKET, socket,           //
+        MHD_OPTION_CONNECTION_LIMIT,
+        static_cast<unsigned int>(MAX_CONNECTIONS + SPARE_CONNECTIONS),                          //
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, MAX_HEAD,                                            //
         MHD_OPTION_STRICT_FOR_CLIENT, 1,                                                         //
         MHD_OPTION_NOTIFY_CONNECTION, onConnection, this,                                        //
@@ -171,7 +172,7 @@ void HttpServer::onConnection(void* self, MHD_Connection* connection, void** con
     if (place != nullptr) {
         table.limit(*place, HANDSHAKE_TIME);
     } else {
-        shutdown(socket, SHUT_RDWR);  // two ports took the last place at the same time
+        shutdown(socket, SHUT_RDWR);  // no place is free yet
     }
 }
 
