@@ -14,14 +14,15 @@ set_setting() { # FOLDER NAME VALUE
     sed -i "s|\"$2\": .*|\"$2\": $3,|" "$1/backend.json"
 }
 
-# Starts the back end and waits until it listens. Sets backend_pid. Its stacks have BACKEND_STACK KiB if that is
-# set.
+# Starts the back end and waits until it listens. Sets backend_pid. Its stacks have BACKEND_STACK bytes if that
+# is set.
 start_backend() { # PROGRAM FOLDER [ARGUMENT...]
     program=$(realpath "$1")
     backend_folder=$2
     shift 2
     : >"$backend_folder/output.txt"
-    (cd "$backend_folder" && ulimit -s "${BACKEND_STACK:-$(ulimit -s)}" && exec "$program" "$@" >output.txt 2>&1) &
+    (cd "$backend_folder" &&
+        exec ${BACKEND_STACK:+prlimit "--stack=$BACKEND_STACK"} "$program" "$@" >output.txt 2>&1) &
     backend_pid=$!
     tries=0
     until grep -q '^listening' "$backend_folder/output.txt"; do

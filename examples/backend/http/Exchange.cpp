@@ -5,7 +5,6 @@
 #include <new>
 #include <utility>
 
-#include "ClientAddress.h"
 #include "Limits.h"
 #include "Response.h"
 
@@ -16,24 +15,14 @@ Reply const OUT_OF_MEMORY = {503, R"({"error": "out of memory"})", "application/
 Reply const INTERNAL_ERROR = {500, R"({"error": "internal error"})"};
 Reply const STOPPING = {503, R"({"error": "the back end is stopping"})", "application/json", 5};
 
-std::string addressOf(MHD_Connection* connection) {
-    auto const* const info =
-        MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS);
-    return textOf(addressOf(*info->client_addr));
-}
-
 }  // namespace
 
 Exchange::Exchange(MHD_Connection* connection, RequestHead head, Admission const& admission,
                    Routes& routes)
     : connection_(connection), routes_(routes), request_(std::move(head.request)) {
-    request_.address = addressOf(connection);
     if (head.fault != nullptr) {
         replyWith(refuse(400, head.fault));
-        isOver_ = true;
-        return;
-    }
-    if (std::optional<Reply> reply = admission.answer(request_, head.hasBody)) {
+    } else if (std::optional<Reply> reply = admission.answer(request_, head.hasBody)) {
         replyWith(std::move(*reply));
     } else if (head.length > MAX_BODY) {
         replyWith(refuse(413, "the body is too long"));
@@ -41,7 +30,7 @@ Exchange::Exchange(MHD_Connection* connection, RequestHead head, Admission const
         request_.body.reserve(head.length);
     }
     // A short body is read all the same: closing before that could take the reply away from the client.
-    isOver_ = hasReply() && head.hasBody && (head.expectsAnswer || head.length > MAX_UNUSED_BODY);
+    isLast_ = head.fault != nullptr || head.length > MAX_UNUSED_BODY;
 }
 
 void Exchange::replyWith(Reply reply) {
@@ -62,14 +51,16 @@ bool Exchange::receive(char const* data, std::size_t size) {
 
 void Exchange::hand(Workers& workers) {
     MHD_suspend_connection(connection_);
-    if (!workers.submit(*this)) {
-        cancel();
-    }
+    workers.submit(*this);
 }
 
-void Exchange::run() noexcept {
+void Exchange::run(bool isStopping) noexcept {
+    isLast_ = isStopping;
+    reply_ = &STOPPING;
     try {
-        replyWith(routes_.answer(request_));
+        if (!isStopping) {
+            replyWith(routes_.answer(request_));
+        }
     } catch (std::bad_alloc const&) {
         reply_ = &OUT_OF_MEMORY;
     } catch (...) {
@@ -78,18 +69,8 @@ void Exchange::run() noexcept {
     MHD_resume_connection(connection_);
 }
 
-void Exchange::cancel() noexcept {
-    reply_ = &STOPPING;
-    isOver_ = true;
-    MHD_resume_connection(connection_);
-}
-
 MHD_Result Exchange::send() {
-    Response const response = makeResponse(*reply_, isOver_);
     Logger::print(LOG_TYPE_INFO, LOG_GROUP_WSL, "%s %s: %d\n", request_.method.c_str(),
                   request_.address.c_str(), reply_->status);
-    return response == nullptr
-               ? MHD_NO
-               : MHD_queue_response(connection_, static_cast<unsigned>(reply_->status),
-                                    response.get());
+    return sendReply(connection_, *reply_, isLast_);
 }

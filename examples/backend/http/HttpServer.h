@@ -6,11 +6,14 @@
 #include <microhttpd.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Admission.h"
 #include "ConnectionTable.h"
 #include "Workers.h"
+
+class Exchange;
 
 class HttpServer {
   public:
@@ -20,36 +23,26 @@ class HttpServer {
     // Gives what is being answered a moment to get through, and closes every connection.
     ~HttpServer();
 
-    // Listens on BEConfig::WEBSERVER_PORTS: over IPv4 on those that are also among IPV4_ALLOW_PORTS,
-    // over IPv6 on those among IPV6_ALLOW_PORTS; on the loopback interface, or on all. With HTTPS where
-    // BEConfig says so. False, with the reason on standard error, when one of them cannot be served, or
-    // there is none.
+    HttpServer(HttpServer const&) = delete;
+    HttpServer& operator=(HttpServer const&) = delete;
+
+    // Listens on BEConfig::WEBSERVER_PORTS: over IPv4 on those that are also among IPV4_ALLOW_PORTS, over
+    // IPv6 on those among IPV6_ALLOW_PORTS; on the loopback interface, or on all. With HTTPS where BEConfig
+    // says so. False, with the reason on standard error, when one of them cannot be served, or there is none.
     bool start(bool onAllInterfaces);
 
   private:
-    typedef ConnectionTable::Connection Connection;
+    struct Callbacks;  // of libmicrohttpd
 
     bool readCertificate();
-    bool listen(int family, bool onAllInterfaces, int port);
-    bool serve(int socket);
-    MHD_Result answer(MHD_Connection* connection, char const* url, char const* method,
-                      char const* data, size_t* size, void** exchange);
-
-    static MHD_Result onClient(void* self, sockaddr const* address, socklen_t);
-    static void onConnection(void* self, MHD_Connection* connection, void** context,
-                             MHD_ConnectionNotificationCode what);
-    static void* onFirstLine(void* self, char const* target, MHD_Connection* connection);
-    static MHD_Result onRequest(void* self, MHD_Connection* connection, char const* url,
-                                char const* method, char const* version, char const* data,
-                                size_t* size, void** exchange);
-    static void onEnd(void* self, MHD_Connection* connection, void** exchange,
-                      MHD_RequestTerminationCode);
+    bool listen(std::string const& host, int port);
+    bool serve(int socket, std::string const& url);
+    MHD_Result answer(Exchange& exchange, char const* data, size_t* size);
 
     Routes& routes_;
     Admission const admission_;
-    std::string certificate_;  // with its key, or empty
-    std::vector<int> sockets_;
-    std::vector<std::string> urls_;
+    std::string certificate_;                             // with its key; empty without HTTPS
+    std::vector<std::pair<int, std::string>> listeners_;  // sockets, with their URLs
     ConnectionTable connections_;
     Workers workers_;
     std::vector<MHD_Daemon*> daemons_;

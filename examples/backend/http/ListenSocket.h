@@ -2,7 +2,9 @@
 #ifndef BACKEND_HTTP_LISTENSOCKET_H
 #define BACKEND_HTTP_LISTENSOCKET_H
 
-// On the loopback interface, or on all. -1 when that is not possible.
-int listenOn(int family, bool onAllInterfaces, int port);
+#include <string>
+
+// At an address of this host, such as 127.0.0.1, or :: for all of IPv6. -1 when that is not possible.
+int listenOn(std::string const& address, int port);
 
 #endif

@@ -1,39 +1,38 @@
 #include "RequestHead.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <charconv>
 #include <cstring>
 #include <string_view>
 #include <utility>
+#include <vector>
 
+#include "ClientAddress.h"
 #include "Limits.h"
 
 namespace {
 
-// Name and value in libmicrohttpd's memory, which stays as long as the request.
-typedef std::pair<std::string_view, std::string_view> Field;
-
-struct Fields {
-    std::array<Field, MAX_HEADERS> list;
-    size_t count = 0;
-    bool isOverfull = false;
-};
+// Names and values in libmicrohttpd's memory, which stay as long as the request.
+typedef std::vector<std::pair<std::string_view, std::string_view>> Fields;
 
 // Those the back end heeds. One that is there twice could be read in two ways.
-char const* const HEEDED[] = {
-    "authorization", "content-length", "content-type",  "cookie", "expect",
-    "host",          "if-match",       "if-none-match", "origin", "transfer-encoding"};
+char const* const HEEDED[] = {"authorization", "content-length", "content-type",
+                              "cookie",        "host",           "if-match",
+                              "if-none-match", "origin",         "transfer-encoding"};
 
-MHD_Result collect(void* into, MHD_ValueKind, char const* name, size_t nameSize, char const* value,
-                   size_t size) {
-    Fields& fields = *static_cast<Fields*>(into);
-    fields.isOverfull = fields.count == fields.list.size();
-    if (!fields.isOverfull) {
-        fields.list[fields.count++] = {{name, nameSize}, {value != nullptr ? value : "", size}};
-    }
-    return fields.isOverfull ? MHD_NO : MHD_YES;
+Fields fieldsOf(MHD_Connection* connection, MHD_ValueKind kind) {
+    auto const collect = [](void* fields, MHD_ValueKind, char const* name, size_t nameSize,
+                            char const* value, size_t size) {
+        std::string_view const text = value != nullptr ? std::string_view(value, size) : "";
+        static_cast<Fields*>(fields)->emplace_back(std::string_view(name, nameSize), text);
+        return MHD_YES;
+    };
+    Fields fields;  // with room for all, as an exception must not pass through libmicrohttpd
+    fields.reserve(
+        static_cast<size_t>(MHD_get_connection_values_n(connection, kind, nullptr, nullptr)));
+    MHD_get_connection_values_n(connection, kind, collect, &fields);
+    return fields;
 }
 
 bool isToken(std::string_view name) {
@@ -43,11 +42,6 @@ bool isToken(std::string_view name) {
     });
 }
 
-bool isPrintable(std::string_view value) {
-    return std::none_of(value.begin(), value.end(),
-                        [](unsigned char c) { return (c < ' ' && c != '\t') || c == 0x7f; });
-}
-
 std::string lowerCase(std::string_view text) {
     std::string lower(text);
     std::transform(lower.begin(), lower.end(), lower.begin(),
@@ -55,21 +49,29 @@ std::string lowerCase(std::string_view text) {
     return lower;
 }
 
+// False for a header that is there already, except a condition, whose values make one list.
+bool keep(std::map<std::string, std::string>& headers, std::string const& name,
+          std::string_view value) {
+    auto const [kept, isNew] = headers.emplace(name, value);
+    if (!isNew && name.starts_with("if-")) {
+        kept->second.append(", ").append(value);
+        return true;
+    }
+    return isNew;
+}
+
 // Keeps the headers that are heeded. The fault among them, or null.
 char const* readHeaders(Fields const& fields, Request& request) {
-    for (size_t i = 0; i < fields.count; ++i) {
-        auto const& [field, value] = fields.list[i];
-        if (!isToken(field) || !isPrintable(value)) {
+    for (auto const& [field, value] : fields) {
+        std::string const name = lowerCase(field);
+        bool const isHeeded = std::count(std::begin(HEEDED), std::end(HEEDED), name) > 0;
+        // libmicrohttpd takes the second line of a folded header for a part of its name
+        bool const isFolded = !isHeeded && (name.starts_with("content-length") ||
+                                            name.starts_with("transfer-encoding"));
+        if (!isToken(field) || isFolded || value.find('\r') != std::string_view::npos) {
             return "malformed header";
         }
-        std::string const name = lowerCase(field);
-        bool const isHeeded =
-            std::find(std::begin(HEEDED), std::end(HEEDED), name) != std::end(HEEDED);
-        if (!isHeeded &&
-            (name.starts_with("content-length") || name.starts_with("transfer-encoding"))) {
-            return "malformed header";  // folded: its second line is taken for a part of its name
-        }
-        if (isHeeded && !request.headers.emplace(name, value).second) {
+        if (isHeeded && !keep(request.headers, name, value)) {
             return "a header is there twice";
         }
     }
@@ -105,12 +107,6 @@ std::string tokenOf(MHD_Connection* connection, Request const& request) {
     return cookie != nullptr ? cookie : "";
 }
 
-Fields fieldsOf(MHD_Connection* connection, MHD_ValueKind kind) {
-    Fields fields;
-    MHD_get_connection_values_n(connection, kind, collect, &fields);
-    return fields;
-}
-
 }  // namespace
 
 RequestHead::RequestHead(MHD_Connection* connection, std::string method, std::string path) {
@@ -118,14 +114,15 @@ RequestHead::RequestHead(MHD_Connection* connection, std::string method, std::st
     request.path = std::move(path);
     Fields const headers = fieldsOf(connection, MHD_HEADER_KIND);
     Fields const parameters = fieldsOf(connection, MHD_GET_ARGUMENT_KIND);
-    fault = headers.isOverfull || parameters.isOverfull ? "too many headers or parameters"
-                                                        : readHeaders(headers, request);
+    fault = std::max(headers.size(), parameters.size()) > MAX_HEADERS
+                ? "too many headers or parameters"
+                : readHeaders(headers, request);
     if (fault == nullptr) {
         fault = readLength(*this);
     }
-    for (size_t i = 0; i < parameters.count; ++i) {
-        request.parameters.emplace(parameters.list[i]);
-    }
+    request.parameters.insert(parameters.begin(), parameters.end());
     request.token = tokenOf(connection, request);
-    expectsAnswer = request.headers.contains("expect");
+    auto const* const peer =
+        MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS);
+    request.address = textOf(addressOf(*peer->client_addr));
 }

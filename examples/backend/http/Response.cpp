@@ -2,23 +2,24 @@
 
 #include <BEConfig.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 namespace {
 
-typedef char const* Header[2];
+typedef std::vector<std::pair<std::string, std::string>> Headers;
 
-Header const ALWAYS[] = {
-    {"Cache-Control", "no-store"},
+Headers const ALWAYS = {
     {"X-Content-Type-Options", "nosniff"},
     {"X-Frame-Options", "DENY"},
     {"Referrer-Policy", "no-referrer"},
     {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"},
 };
 
-Header const CROSS_DOMAIN[] = {
+Headers const CROSS_DOMAIN = {
     {"Access-Control-Allow-Origin", "*"},
     {"Access-Control-Allow-Headers", "Authorization, Content-Type, If-Match, If-None-Match"},
     {"Access-Control-Allow-Methods", "GET, PUT, POST, DELETE"},
@@ -39,58 +40,44 @@ std::string encode(std::string const& path) {
     return encoded;
 }
 
-class Headers {
-  public:
-    explicit Headers(MHD_Response* response) : response_(response) {}
-
-    void add(char const* name, std::string const& value) {
-        isComplete =
-            MHD_add_response_header(response_, name, value.c_str()) == MHD_YES && isComplete;
+Headers headersOf(Reply const& reply, bool closes) {
+    Headers headers = ALWAYS;
+    if (BEConfig::ENABLE_CROSS_DOMAIN != 0) {
+        headers.insert(headers.end(), CROSS_DOMAIN.begin(), CROSS_DOMAIN.end());
     }
-
-    template <size_t COUNT>
-    void add(Header const (&headers)[COUNT]) {
-        for (auto const& [name, value] : headers) {
-            add(name, value);
-        }
+    headers.insert(headers.end(), reply.headers.begin(), reply.headers.end());
+    if (!reply.body.empty()) {
+        headers.emplace_back("Content-Type", reply.type);
     }
-
-    bool isComplete = true;
-
-  private:
-    MHD_Response* const response_;
-};
+    if (reply.retryAfter != 0) {
+        headers.emplace_back("Retry-After", std::to_string(reply.retryAfter));
+    }
+    if (!reply.location.empty()) {
+        headers.emplace_back("Location", encode(reply.location));
+    }
+    if (reply.status == 401) {
+        headers.emplace_back("WWW-Authenticate", "Bearer");
+    }
+    if (closes) {
+        headers.emplace_back("Connection", "close");
+    }
+    return headers;
+}
 
 }  // namespace
 
-Response makeResponse(Reply const& reply, bool closes) {
-    Response response(MHD_create_response_from_buffer(
-        reply.body.size(), const_cast<char*>(reply.body.data()), MHD_RESPMEM_PERSISTENT));
-    if (response == nullptr) {
-        return nullptr;
-    }
-    Headers headers(response.get());
-    headers.add(ALWAYS);
-    if (BEConfig::ENABLE_CROSS_DOMAIN != 0) {
-        headers.add(CROSS_DOMAIN);
-    }
-    if (!reply.body.empty()) {
-        headers.add("Content-Type", reply.type);
-    }
-    if (reply.retryAfter != 0) {
-        headers.add("Retry-After", std::to_string(reply.retryAfter));
-    }
-    if (!reply.location.empty()) {
-        headers.add("Location", encode(reply.location));
-    }
-    if (reply.status == 401) {
-        headers.add("WWW-Authenticate", "Bearer");
-    }
-    for (auto const& [name, value] : reply.headers) {
-        headers.add(name.c_str(), value);
-    }
-    if (closes) {
-        headers.add("Connection", "close");
-    }
-    return headers.isComplete ? std::move(response) : nullptr;
+MHD_Result sendReply(MHD_Connection* connection, Reply const& reply, bool closes) {
+    std::unique_ptr<MHD_Response, decltype(&MHD_destroy_response)> const response(
+        MHD_create_response_from_buffer(reply.body.size(), const_cast<char*>(reply.body.data()),
+                                        MHD_RESPMEM_PERSISTENT),
+        MHD_destroy_response);
+    Headers const headers = headersOf(reply, closes);
+    bool const isWhole =
+        response != nullptr && std::all_of(headers.begin(), headers.end(), [&](auto const& header) {
+            return MHD_add_response_header(response.get(), header.first.c_str(),
+                                           header.second.c_str()) == MHD_YES;
+        });
+    return isWhole
+               ? MHD_queue_response(connection, static_cast<unsigned>(reply.status), response.get())
+               : MHD_NO;
 }

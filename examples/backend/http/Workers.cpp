@@ -6,15 +6,16 @@ Workers::Workers(unsigned int threads) {
     }
 }
 
-bool Workers::submit(Job& job) {
-    std::lock_guard<std::mutex> const guard(mutex_);
+void Workers::submit(Job& job) {
+    std::unique_lock<std::mutex> lock(mutex_);
     if (isStopping_) {
-        return false;
+        lock.unlock();
+        job.run(true);
+        return;
     }
-    (first_ == nullptr ? first_ : last_->next_) = &job;
+    (first_ == nullptr ? first_ : last_->next) = &job;
     last_ = &job;
     changed_.notify_one();
-    return true;
 }
 
 void Workers::stop() {
@@ -37,10 +38,10 @@ void Workers::serve() {
             return;
         }
         Job& job = *first_;
-        first_ = job.next_;
-        bool const isCancelled = isStopping_;
+        first_ = job.next;
+        bool const isStopping = isStopping_;
         lock.unlock();
-        isCancelled ? job.cancel() : job.run();
+        job.run(isStopping);
         lock.lock();
     }
 }

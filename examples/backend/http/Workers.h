@@ -9,25 +9,20 @@
 
 class Workers {
   public:
-    class Job {
-      public:
+    struct Job {
         virtual ~Job() = default;
-        virtual void run() noexcept = 0;     // on a worker; the job may be gone when this returns
-        virtual void cancel() noexcept = 0;  // in place of run() when the workers stop
 
-      private:
-        friend Workers;
-        Job* next_ = nullptr;
+        // On a worker; when that is stopping, only to give up. The job may be gone when this returns.
+        virtual void run(bool isStopping) noexcept = 0;
+
+        Job* next = nullptr;
     };
 
     explicit Workers(unsigned int threads);
     ~Workers() { stop(); }
 
-    // Takes a job, without allocating. False when the workers have stopped.
-    bool submit(Job& job);
-
-    // Returns when all jobs are done or cancelled.
-    void stop();
+    void submit(Job& job);  // does not allocate; after stop() the job is told so at once
+    void stop();            // returns when all jobs have run
 
   private:
     void serve();
