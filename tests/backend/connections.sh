@@ -75,9 +75,10 @@ expect "the client afterwards" 200 "$(page)"
 
 # No descriptor is left for a while.
 descriptors=("/proc/$backend_pid/fd/"*)
-prlimit --pid "$backend_pid" --nofile=$((${#descriptors[@]} + 3))
+prlimit --pid "$backend_pid" --nofile=$((${#descriptors[@]} + 3)):
 hold 8 'GET'
 still_open 1 >/dev/null
+prlimit --pid "$backend_pid" --nofile=1024:
 expect "the page afterwards" 200 "$(page)"
 
 # The end comes in the middle of bodies.
