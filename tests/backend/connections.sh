@@ -97,6 +97,12 @@ start_backend "$program_file" "$work/gateway" --any
 url=https://localhost:$port/
 expect "the page over TLS" 200 "$(page -4)"
 expect "the page over TLS and IPv6" 200 "$(page -6)"
+url=$url'login'
+login=(--header 'Content-Type: application/json' --data '{"username": "admin", "password": "x"}')
+for _ in 1 2 3 4 5 6 7 8 9 10; do page -6 "${login[@]}" >/dev/null; done
+expect "a guess over IPv6" 429 "$(page -6 "${login[@]}")"
+expect "a guess over IPv4" 401 "$(page -4 "${login[@]}")"
+url=${url%login}
 expect "an old version of TLS" 000 "$(page --tls-max 1.1)"
 hold 20 '\x16\x03\x01\x02\x00\x01'
 expect "another client meanwhile" 200 "$(page -4 --interface 127.0.0.2)"
