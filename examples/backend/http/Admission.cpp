@@ -21,7 +21,8 @@ struct Route {
 Route const ROUTES[] = {
     {"/api", false, "GET, HEAD, OPTIONS"}, {"/api/", true, "GET, HEAD, PUT, POST, DELETE, OPTIONS"},
     {"/login", false, "POST, OPTIONS"},    {"/logout", false, "POST, OPTIONS"},
-    {"/log", false, "GET, HEAD, OPTIONS"}, {"", true, "GET, HEAD, OPTIONS"}};
+    {"/log", false, "GET, HEAD, OPTIONS"}, {"", true, "GET, HEAD, OPTIONS"},
+};
 
 std::string methodsAt(std::string const& path) {
     auto const* const route =
@@ -66,7 +67,7 @@ bool isJson(std::string const& contentType) {
 Admission::Admission(std::vector<std::string> names, bool isEncrypted)
     : names_(std::move(names)), scheme_(isEncrypted ? "https://" : "http://") {}
 
-// A name that leads here without being ours is how a page elsewhere would get to read the answers.
+// A page elsewhere could read our answers if it came from a name that its maker lets lead to this address.
 bool Admission::isOurs(std::string const& authority) const {
     std::string const host = hostIn(authority);
     return isAddress(host) || isSame(host, "localhost") ||

@@ -1,4 +1,5 @@
-// What is refused before anything is counted, read or changed: by whom a page was sent, by method and type.
+// What is refused before anything is counted, read or changed: requests for other hosts and of foreign pages,
+// methods that a path does not have, bodies that are not JSON.
 #ifndef BACKEND_HTTP_ADMISSION_H
 #define BACKEND_HTTP_ADMISSION_H
 
@@ -10,8 +11,7 @@
 
 class Admission {
   public:
-    // Under which names the back end may be asked, beside "localhost" and any IP address, and whether
-    // as https.
+    // The names by which the back end may be asked, beside "localhost" and any IP address; whether with HTTPS.
     Admission(std::vector<std::string> names, bool isEncrypted);
 
     // The reply to a request that is not let in, and to OPTIONS.

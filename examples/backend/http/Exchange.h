@@ -18,9 +18,9 @@ class Exchange final : public Workers::Job {
     bool receive(char const* data, std::size_t size);
 
     bool hasReply() const { return reply_ != nullptr; }
-    bool isLast() const {
-        return isLast_;
-    }  // it is answered without its body, and the connection ends
+
+    // Whether the reply goes out before the body is read; then it is the last of the connection.
+    bool isLast() const { return isLast_; }
 
     // Has a worker make the reply, after which libmicrohttpd asks for it.
     void hand(Workers& workers);
