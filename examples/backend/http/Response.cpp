@@ -46,6 +46,10 @@ Headers headersOf(Reply const& reply, bool closes) {
         headers.insert(headers.end(), CROSS_DOMAIN.begin(), CROSS_DOMAIN.end());
     }
     headers.insert(headers.end(), reply.headers.begin(), reply.headers.end());
+    headers.emplace_back("Cache-Control", reply.etag.empty() ? "no-store" : "no-cache, private");
+    if (!reply.etag.empty()) {
+        headers.emplace_back("ETag", reply.etag);
+    }
     if (!reply.body.empty()) {
         headers.emplace_back("Content-Type", reply.type);
     }
