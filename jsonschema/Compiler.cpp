@@ -1,9 +1,8 @@
 #include "jsonschema/Compiler.h"
 
-#include <limits.h>
-
 #include "jsonschema/Formats.h"
 #include "jsonschema/Json.h"
+#include "jsonschema/Siblings.h"
 
 namespace jsonschema {
 
@@ -47,39 +46,6 @@ int draftOf(json_object* document) {
     return uri == "http://json-schema.org/draft-04/schema"   ? 4
            : uri == "http://json-schema.org/draft-06/schema" ? 6
                                                              : 7;
-}
-
-bool isCalled(Instruction const& instruction, char const* name) {
-    Keyword const* const keyword = instruction.keyword;
-    return keyword != nullptr && keyword->name[0] == name[0] && strcmp(keyword->name, name) == 0;
-}
-
-Instruction const* findSibling(char const* name, Instruction const* first, Instruction const* end) {
-    while (first != end && !isCalled(*first, name)) {
-        ++first;
-    }
-    return first != end ? first : nullptr;
-}
-
-void linkSiblings(Instruction* first, Instruction const* end) {
-    for (Instruction* at = first; at != end && at->keyword != nullptr; ++at) {
-        for (int i = 0; i < 2 && at->keyword->siblings[i] != nullptr; ++i) {
-            at->siblings[i] = findSibling(at->keyword->siblings[i], first, end);
-        }
-    }
-}
-
-// Merges what can be decided with the one look at each member that "properties" takes anyhow.
-void mergeIntoProperties(Instruction* first, Instruction const* end, Budget& budget) {
-    Instruction const* const properties = findSibling("properties", first, end);
-    for (Instruction* at = first; at != end && properties != nullptr; ++at) {
-        if (at == properties->siblings[0]) {
-            at->isMerged = at->siblings[1] == nullptr;  // no patterns
-        }
-        if (at == properties->siblings[1]) {
-            at->isMerged = properties->map->requireAll(at->names, at->count, budget);
-        }
-    }
 }
 
 }  // namespace
@@ -193,6 +159,12 @@ bool Compiler::readKeyword(Source& source, Instruction& instruction, json_object
             source.referenceText = textOf(operand);
             hasReferences_ = true;
             return isString(operand);
+        case Form::ITEMS:
+            instruction.isList = is(operand, json_type_array);
+            if (instruction.isList) {
+                return readSchemas(source, instruction, operand);
+            }
+            [[fallthrough]];
         case Form::SCHEMA:
             instruction.schema = readSchema(operand, at, &source);
             return instruction.schema != nullptr;
@@ -204,13 +176,6 @@ bool Compiler::readKeyword(Source& source, Instruction& instruction, json_object
         case Form::SCHEMAS:
             return is(operand, json_type_array) && lengthOf(operand) > 0 &&
                    readSchemas(source, instruction, operand);
-        case Form::ITEMS:
-            if (is(operand, json_type_array)) {
-                instruction.isList = true;
-                return readSchemas(source, instruction, operand);
-            }
-            instruction.schema = readSchema(operand, at, &source);
-            return instruction.schema != nullptr;
         case Form::SCHEMA_MAP:
         case Form::PATTERN_MAP:
         case Form::DEPENDENCIES: return readMap(source, instruction, operand);

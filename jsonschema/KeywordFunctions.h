@@ -56,6 +56,10 @@ bool oneOf(App app);
 bool isNot(App app);
 bool ifThenElse(App app);
 
+// Whether a limit is exclusive: a Boolean "exclusiveMinimum" beside a "minimum" is a flag, whatever
+// the draft.
+bool isFlagged(Instruction const& limit);
+
 // The index of the first of the names that the object does not have; their number when it has all.
 size_t firstMissing(Instruction const& names, json_object* object, Budget& budget);
 

@@ -35,11 +35,6 @@ void atMost(Ins instruction, Text& text, char const* noun) {
     addCount(text.add("must have at most "), instruction.count, noun);
 }
 
-bool isFlagged(Ins instruction) {
-    Instruction const* const flag = instruction.siblings[0];
-    return flag != nullptr && flag->number == nullptr && flag->count != 0;
-}
-
 }  // namespace
 
 void type(Ins instruction, json_object*, Text& text) {
@@ -82,12 +77,12 @@ void isEnum(Ins instruction, json_object*, Text& text) {
 }
 
 void minimum(Ins instruction, json_object*, Text& text) {
-    text.add(isFlagged(instruction) ? "must be greater than " : "must be at least ");
+    text.add(keywords::isFlagged(instruction) ? "must be greater than " : "must be at least ");
     text.add(*instruction.number);
 }
 
 void maximum(Ins instruction, json_object*, Text& text) {
-    text.add(isFlagged(instruction) ? "must be less than " : "must be at most ");
+    text.add(keywords::isFlagged(instruction) ? "must be less than " : "must be at most ");
     text.add(*instruction.number);
 }
 

@@ -38,20 +38,19 @@ namespace {
 
 Number::Order compared(App app) { return Number(app.instance).compare(*app.instruction->number); }
 
-// A Boolean "exclusiveMinimum" beside a "minimum" is a flag, whatever the draft.
-bool isFlagged(App app) {
-    Instruction const* const flag = app.instruction->siblings[0];
+}  // namespace
+
+bool isFlagged(Instruction const& limit) {
+    Instruction const* const flag = limit.siblings[0];
     return flag != nullptr && flag->number == nullptr && flag->count != 0;
 }
-
-}  // namespace
 
 bool minimum(App app) {
     if (!isNumber(app.type)) {
         return true;
     }
     Number::Order const order = compared(app);
-    return order == Number::GREATER || (order == Number::EQUAL && !isFlagged(app));
+    return order == Number::GREATER || (order == Number::EQUAL && !isFlagged(*app.instruction));
 }
 
 bool maximum(App app) {
@@ -59,7 +58,7 @@ bool maximum(App app) {
         return true;
     }
     Number::Order const order = compared(app);
-    return order == Number::LESS || (order == Number::EQUAL && !isFlagged(app));
+    return order == Number::LESS || (order == Number::EQUAL && !isFlagged(*app.instruction));
 }
 
 bool exclusiveMinimum(App app) {

@@ -1,0 +1,20 @@
+// Connects the keywords of one schema that have to know each other.
+#ifndef JSONSCHEMA_SIBLINGS_H
+#define JSONSCHEMA_SIBLINGS_H
+
+#include "jsonschema/Budget.h"
+#include "jsonschema/Schema.h"
+
+namespace jsonschema {
+
+// Both take all instructions of a schema; those without a keyword are skipped.
+
+void linkSiblings(Instruction* first, Instruction const* end);
+
+// Merges what can be decided with the one look at each member that "properties" takes anyhow. Comes
+// after linkSiblings.
+void mergeIntoProperties(Instruction* first, Instruction const* end, Budget& budget);
+
+}  // namespace jsonschema
+
+#endif
