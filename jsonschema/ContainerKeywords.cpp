@@ -142,6 +142,7 @@ namespace {
 // With what was merged into "properties": each member is looked up only once.
 bool satisfiesMerged(App app) {
     NameMap const& map = *app.instruction->map;
+    NameMap::Search search(map);
     Instruction const* const additional = app.instruction->siblings[0];
     Node const* const others =
         additional != nullptr && additional->isMerged ? additional->schema : nullptr;
@@ -149,7 +150,7 @@ bool satisfiesMerged(App app) {
     return everyMember(
                app,
                [&](std::string_view name, json_object* value, Place const& place) {
-                   NameMap::Entry const* const entry = map.find(name, app.evaluation.budget());
+                   NameMap::Entry const* const entry = search.find(name, app.evaluation.budget());
                    required += entry != nullptr && entry->isRequired ? 1 : 0;
                    Node const* const schema = entry != nullptr ? entry->schema : others;
                    return schema == nullptr || app.evaluation.satisfies(value, *schema, place);

@@ -1,18 +1,17 @@
 // Equality by structure, and the search for equal elements by hash.
 //
 // Comparing each element of an array with every other one takes n squared steps. Instead areUnique
-// sorts the elements by a hash for which equal values are equal, and compares only within a group
-// of equal hashes:
+// puts them into a table, by a hash for which equal values are equal, and compares only those with
+// the same hash:
 //
-//     [{"a": 1}, "b", {"a": 1.0}]  ->  hashes 7, 3, 7  ->  3: "b" | 7: {"a": 1}, {"a": 1.0}
+//     [{"a": 1}, "b", {"a": 1.0}]  ->  hashes 7, 3, 7  ->  compares {"a": 1} and {"a": 1.0}
 //
-// A group with more than one element normally holds a duplicate, and the first comparison ends the
-// search. Values made to collide cost n squared again, which the budget bounds.
+// Two of the same hash are normally equal, and the first comparison ends the search. Values made to
+// collide cost n squared again, which the budget bounds.
 #include "jsonschema/Equality.h"
 
 #include <string.h>
 
-#include <algorithm>
 #include <memory>
 #include <new>
 
@@ -25,8 +24,8 @@ namespace jsonschema {
 namespace {
 
 bool equalStrings(json_object* a, json_object* b, Budget& budget) {
-    std::string_view const string = textOf(a);
-    return budget.spend(string.size() / 16) && string == textOf(b);
+    std::string_view const string = charactersOf(a);
+    return budget.spend(string.size() / 16) && string == charactersOf(b);
 }
 
 bool equalArrays(json_object* a, json_object* b, Budget& budget) {
@@ -93,8 +92,8 @@ uint64_t hashOf(json_object* value, Budget& budget) {
         case json_type_int:
         case json_type_double: return mix(1, Number(value).hash());
         case json_type_string:
-            budget.spend(textOf(value).size() / 16);
-            return hashOfBytes(textOf(value));
+            budget.spend(static_cast<size_t>(json_object_get_string_len(value)) / 16);
+            return hashOfBytes(charactersOf(value));
         case json_type_array: return hashOfElements(value, budget);
         case json_type_object: return hashOfMembers(value, budget);
     }
@@ -104,19 +103,39 @@ uint64_t hashOf(json_object* value, Budget& budget) {
 struct Hashed {
     uint64_t hash;
     json_object* value;
+    bool isUsed;
 };
 
-// Whether the elements [first, last), which have the same hash, all differ.
-bool differ(Hashed const* first, Hashed const* last, Budget& budget) {
-    for (Hashed const* a = first; a != last; ++a) {
-        for (Hashed const* b = a + 1; b != last; ++b) {
-            if (areEqual(a->value, b->value, budget) || budget.isUndecided()) {
+// The elements seen so far, in the slot of their hash or the next free one.
+class Seen {
+  public:
+    explicit Seen(size_t count) {
+        while (slots_ < 2 * count) {
+            slots_ *= 2;
+        }
+        elements_.reset(new (std::nothrow) Hashed[slots_]());
+    }
+
+    bool hasMemory() const { return elements_ != nullptr; }
+
+    // False when it equals one of them.
+    bool add(Hashed const& element, Budget& budget) {
+        size_t slot = slotOf(element.hash, slots_ - 1);
+        for (; elements_[slot].isUsed; slot = (slot + 1) & (slots_ - 1)) {
+            Hashed const& other = elements_[slot];
+            if (!budget.spend(1) ||
+                (other.hash == element.hash && areEqual(other.value, element.value, budget))) {
                 return false;
             }
         }
+        elements_[slot] = element;
+        return true;
     }
-    return true;
-}
+
+  private:
+    size_t slots_ = 4;
+    std::unique_ptr<Hashed[]> elements_;
+};
 
 }  // namespace
 
@@ -147,29 +166,18 @@ bool areUnique(json_object* array, Budget& budget) {
     if (!budget.spend(4 * length)) {
         return false;
     }
-    std::unique_ptr<Hashed[]> const elements(new (std::nothrow) Hashed[length]);
-    if (elements == nullptr) {
+    Seen seen(length);
+    if (!seen.hasMemory()) {
         budget.giveUp();
         return false;
     }
     for (size_t i = 0; i < length; ++i) {
         json_object* const element = elementOf(array, i);
-        elements[i] = {hashOf(element, budget), element};
-    }
-    Hashed* const end = elements.get() + length;
-    std::sort(elements.get(), end,
-              [](Hashed const& a, Hashed const& b) { return a.hash < b.hash; });
-    for (Hashed const* first = elements.get(); first != end && !budget.isUndecided();) {
-        Hashed const* last = first;
-        while (last != end && last->hash == first->hash) {
-            ++last;
-        }
-        if (!differ(first, last, budget)) {
+        if (!seen.add({hashOf(element, budget), element, true}, budget)) {
             return false;
         }
-        first = last;
     }
-    return true;
+    return !budget.isUndecided();
 }
 
 }  // namespace jsonschema

@@ -10,23 +10,35 @@ bool Evaluation::satisfies(json_object* value, Node const& schema, Place const& 
         return false;
     }
     Application application = {*this, value, json_object_get_type(value), place, nullptr};
+    return finding_ == nullptr ? decides(application, schema) : explains(application, schema);
+}
+
+// Whether all instructions hold.
+bool Evaluation::decides(Application& application, Node const& schema) {
+    Instruction const* const end = schema.instructions + schema.count;
+    for (Instruction const* at = schema.instructions; at != end; ++at) {
+        application.instruction = at;
+        if (!at->isMerged && (!budget_.spend(1) || !at->keyword->holds(application))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The same, but goes on after one that does not, and keeps its fault.
+bool Evaluation::explains(Application& application, Node const& schema) {
     Instruction const* const end = schema.instructions + schema.count;
     bool holds = true;
     for (Instruction const* at = schema.instructions; at != end; ++at) {
-        if (at->isMerged && finding_ == nullptr) {
-            continue;
-        }
-        application.instruction = at;
         size_t const reports = reports_;
+        application.instruction = at;
         if (budget_.spend(1) && at->keyword->holds(application) && !budget_.isUndecided()) {
             continue;
         }
-        if (finding_ == nullptr) {
-            return false;
-        }
         holds = false;
         if (reports_ == reports) {  // no fault of a schema inside: it is the keyword's own
-            budget_.spend(finding_->keep(place, schema, *at, budget_.isUndecided()) / 8);
+            bool const undecided = budget_.isUndecided();
+            budget_.spend(finding_->keep(application.place, schema, *at, undecided) / 8);
             ++reports_;
         }
         if (budget_.isUndecided()) {

@@ -66,6 +66,9 @@ class Evaluation {
     };
 
   private:
+    bool decides(Application& application, Node const& schema);
+    bool explains(Application& application, Node const& schema);
+
     Budget& budget_;
     Finding* finding_;
     size_t reports_ = 0;

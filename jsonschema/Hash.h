@@ -10,9 +10,17 @@
 
 namespace jsonschema {
 
+uint64_t const MULTIPLIER = 0x9E3779B97F4A7C15U;
+
 inline uint64_t mix(uint64_t hash, uint64_t value) {
-    hash = (hash ^ value) * 0x9E3779B97F4A7C15U;
+    hash = (hash ^ value) * MULTIPLIER;
     return hash ^ (hash >> 29);
+}
+
+// The slot in a table, whose size less one is `mask`. A value that differs in its highest bits only,
+// as doubles do, has a hash that differs above bit 18: multiplying again takes that to the middle.
+inline size_t slotOf(uint64_t hash, size_t mask) {
+    return static_cast<size_t>((hash * MULTIPLIER) >> 32) & mask;
 }
 
 // Reads eight bytes at a time, or four: the last ones overlap those before them.

@@ -15,12 +15,15 @@ inline bool is(json_object* value, json_type type) { return json_object_is_type(
 
 inline bool isNumber(json_type type) { return type == json_type_int || type == json_type_double; }
 
+// The characters of a value that is known to be a string.
+inline std::string_view charactersOf(json_object* string) {
+    return {json_object_get_string(string),
+            static_cast<size_t>(json_object_get_string_len(string))};
+}
+
 // The characters of a string; empty for any other value.
-inline std::string_view textOf(json_object* string) {
-    return is(string, json_type_string)
-               ? std::string_view(json_object_get_string(string),
-                                  static_cast<size_t>(json_object_get_string_len(string)))
-               : std::string_view();
+inline std::string_view textOf(json_object* value) {
+    return is(value, json_type_string) ? charactersOf(value) : std::string_view();
 }
 
 inline size_t lengthOf(json_object* array) { return json_object_array_length(array); }

@@ -15,12 +15,8 @@ bool NameMap::reserve(size_t capacity, Arena& arena) {
     return entries_ != nullptr && slots_ != nullptr;
 }
 
-size_t NameMap::slotOf(std::string_view name) const {
-    return static_cast<size_t>(hashOfBytes(name) >> 8) & mask_;
-}
-
 void NameMap::add(Entry const& entry, Budget& budget) {
-    size_t slot = slotOf(entry.name);
+    size_t slot = slotOf(hashOfBytes(entry.name), mask_);
     while (slots_[slot] != 0 && budget.spend(1)) {
         slot = (slot + 1) & mask_;
     }
@@ -29,7 +25,7 @@ void NameMap::add(Entry const& entry, Budget& budget) {
 }
 
 NameMap::Entry const* NameMap::find(std::string_view name, Budget& budget) const {
-    size_t slot = slotOf(name);
+    size_t slot = slotOf(hashOfBytes(name), mask_);
     while (slots_[slot] != 0) {
         Entry const& entry = entries_[slots_[slot] - 1];
         if (entry.name == name) {

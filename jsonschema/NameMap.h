@@ -36,12 +36,29 @@ class NameMap {
     bool requireAll(std::string_view const* names, size_t count, Budget& budget);
     size_t requiredCount() const { return requiredCount_; }
 
+    // The same, for one name after another: most come in the order of the entries.
+    class Search {
+      public:
+        explicit Search(NameMap const& map) : map_(map), next_(map.begin()) {}
+
+        Entry const* find(std::string_view name, Budget& budget) {
+            if (next_ == map_.end() || next_->name != name) {
+                Entry const* const found = map_.find(name, budget);
+                next_ = found != nullptr ? found + 1 : next_;
+                return found;
+            }
+            return next_++;
+        }
+
+      private:
+        NameMap const& map_;
+        Entry const* next_;
+    };
+
     Entry const* begin() const { return entries_; }
     Entry const* end() const { return entries_ + count_; }
 
   private:
-    size_t slotOf(std::string_view name) const;
-
     Entry* entries_ = nullptr;
     uint32_t count_ = 0;
     uint32_t requiredCount_ = 0;

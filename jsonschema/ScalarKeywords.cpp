@@ -94,28 +94,33 @@ size_t codePoints(App app, std::string_view string) {
 // A code point has 1 to 4 bytes: most strings need no counting.
 
 bool minLength(App app) {
-    std::string_view const string = textOf(app.instance);
+    if (app.type != json_type_string) {
+        return true;
+    }
+    std::string_view const string = charactersOf(app.instance);
     size_t const limit = app.instruction->count;
-    return app.type != json_type_string || string.size() / 4 >= limit ||
-           codePoints(app, string) >= limit;
+    return string.size() / 4 >= limit || codePoints(app, string) >= limit;
 }
 
 bool maxLength(App app) {
-    std::string_view const string = textOf(app.instance);
+    if (app.type != json_type_string) {
+        return true;
+    }
+    std::string_view const string = charactersOf(app.instance);
     size_t const limit = app.instruction->count;
     return string.size() <= limit || codePoints(app, string) <= limit;
 }
 
 bool pattern(App app) {
     return app.type != json_type_string ||
-           app.instruction->pattern->matches(textOf(app.instance), app.evaluation.matchSpace(),
-                                             app.evaluation.budget());
+           app.instruction->pattern->matches(charactersOf(app.instance),
+                                             app.evaluation.matchSpace(), app.evaluation.budget());
 }
 
 bool format(App app) {
     Format const* const format = app.instruction->format;
     return app.type != json_type_string || format == nullptr ||
-           hasFormat(textOf(app.instance), *format, app.evaluation.budget());
+           hasFormat(charactersOf(app.instance), *format, app.evaluation.budget());
 }
 
 }  // namespace keywords
