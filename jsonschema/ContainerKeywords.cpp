@@ -28,7 +28,7 @@ bool maxItems(App app) { return !isArray(app) || lengthOf(app.instance) <= app.i
 
 bool uniqueItems(App app) {
     return app.instruction->count == 0 || !isArray(app) ||
-           areUnique(app.instance, app.evaluation.budget());
+           firstRepeated(app.instance, app.evaluation.budget()) == lengthOf(app.instance);
 }
 
 namespace {

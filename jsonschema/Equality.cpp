@@ -1,6 +1,6 @@
 // Equality by structure, and the search for equal elements by hash.
 //
-// Comparing each element of an array with every other one takes n squared steps. Instead areUnique
+// Comparing each element of an array with every other one takes n squared steps. Instead firstRepeated
 // puts them into a table, by a hash for which equal values are equal, and compares only those with
 // the same hash:
 //
@@ -161,23 +161,24 @@ bool areEqual(json_object* a, json_object* b, Budget& budget) {
     }
 }
 
-bool areUnique(json_object* array, Budget& budget) {
+size_t firstRepeated(json_object* array, Budget& budget) {
     size_t const length = lengthOf(array);
     if (!budget.spend(4 * length)) {
-        return false;
+        return 0;
     }
     Seen seen(length);
     if (!seen.hasMemory()) {
         budget.giveUp();
-        return false;
+        return 0;
     }
-    for (size_t i = 0; i < length; ++i) {
+    size_t i = 0;
+    for (; i < length; ++i) {
         json_object* const element = elementOf(array, i);
         if (!seen.add({hashOf(element, budget), element, true}, budget)) {
-            return false;
+            break;
         }
     }
-    return !budget.isUndecided();
+    return i;
 }
 
 }  // namespace jsonschema

@@ -10,8 +10,9 @@ namespace jsonschema {
 
 bool areEqual(json_object* a, json_object* b, Budget& budget);
 
-// Whether all elements of an array differ from each other. Takes about n log n time.
-bool areUnique(json_object* array, Budget& budget);
+// The index of the first element that equals an earlier one; the length when all differ. Takes time
+// in proportion to the size of the array.
+size_t firstRepeated(json_object* array, Budget& budget);
 
 }  // namespace jsonschema
 

@@ -2,6 +2,7 @@
 #include "jsonschema/Messages.h"
 
 #include "jsonschema/Budget.h"
+#include "jsonschema/Equality.h"
 #include "jsonschema/Formats.h"
 #include "jsonschema/Json.h"
 #include "jsonschema/KeywordFunctions.h"
@@ -117,7 +118,13 @@ void format(Ins instruction, json_object*, Text& text) {
 void minItems(Ins instruction, json_object*, Text& text) { atLeast(instruction, text, "element"); }
 void maxItems(Ins instruction, json_object*, Text& text) { atMost(instruction, text, "element"); }
 
-void uniqueItems(Ins, json_object*, Text& text) { text.add("must not have two equal elements"); }
+void uniqueItems(Ins, json_object* refused, Text& text) {
+    Budget budget;
+    size_t const repeated = firstRepeated(refused, budget);
+    text.add("must not have two equal elements, but [")
+        .add(repeated)
+        .add("] equals an earlier one");
+}
 
 void contains(Ins, json_object*, Text& text) { text.add("has none of the elements it must have"); }
 
