@@ -22,7 +22,8 @@ class Arena {
     template <typename T>
     T* make(size_t count = 1) {
         static_assert(std::is_trivially_destructible_v<T>);
-        void* const space = count <= MOST / sizeof(T) ? allocate(count * sizeof(T)) : nullptr;
+        size_t const size = sizeof(T);  // NOLINT(bugprone-sizeof-expression): T may be a pointer
+        void* const space = count <= MOST / size ? allocate(count * size) : nullptr;
         return space != nullptr ? new (space) T[count]() : nullptr;
     }
 

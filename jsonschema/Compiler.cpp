@@ -124,9 +124,9 @@ bool Compiler::readKeywords(Source& source) {
     }
     source.node->instructions = first;
     source.node->count = static_cast<size_t>(next - first);
+    source.node->silentCount = length - source.node->count;
     if (source.reference != nullptr) {  // its siblings do not count
-        source.node->instructions = source.reference;
-        source.node->count = 1;
+        *source.node = {source.node->location, source.reference, 1};
     }
     linkSiblings(first, first + length);
     mergeIntoProperties(first, first + length, budget_);
@@ -198,22 +198,22 @@ bool Compiler::readSchemas(Source& source, Instruction& instruction, json_object
     return schemas != nullptr;
 }
 
-bool Compiler::readMap(Source& source, Instruction& instruction, json_object* object) {
-    if (!is(object, json_type_object)) {
+bool Compiler::readMap(Source& source, Instruction& instruction, json_object* map) {
+    if (!is(map, json_type_object)) {
         return false;
     }
-    NameMap* const map = made(schema_.arena.make<NameMap>());
-    if (map == nullptr || !map->reserve(memberCount(object), schema_.arena)) {
+    NameMap* const entries = made(schema_.arena.make<NameMap>());
+    if (entries == nullptr || !entries->reserve(memberCount(map), schema_.arena)) {
         budget_.giveUp();
         return false;
     }
-    instruction.map = map;
-    for (lh_entry* at = firstMember(object); at != nullptr; at = lh_entry_next(at)) {
+    instruction.map = entries;
+    for (lh_entry* at = firstMember(map); at != nullptr; at = lh_entry_next(at)) {
         NameMap::Entry entry;
         if (!readEntry(source, *instruction.keyword, at, entry)) {
             return false;
         }
-        map->add(entry, budget_);
+        entries->add(entry, budget_);
     }
     return true;
 }

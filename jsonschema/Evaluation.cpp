@@ -6,7 +6,7 @@ namespace jsonschema {
 
 bool Evaluation::satisfies(json_object* value, Node const& schema, Place const& place) {
     Budget::Level const level(budget_);
-    if (!budget_.spend(1)) {
+    if (!budget_.spend(1 + schema.silentCount)) {
         return false;
     }
     Application application = {*this, value, json_object_get_type(value), place, nullptr};

@@ -116,7 +116,8 @@ size_t Number::print(char (&text)[DIGITS]) const {
         *at++ = '-';
     }
     char* const end = text + sizeof text;
-    at = isInteger_ ? std::to_chars(at, end, magnitude_).ptr : std::to_chars(at, end, real_).ptr;
+    at = isInteger_ ? std::to_chars(at, end, magnitude_).ptr
+                    : std::to_chars(at, end, real_, std::chars_format::general).ptr;
     return static_cast<size_t>(at - text);
 }
 

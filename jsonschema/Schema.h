@@ -49,6 +49,9 @@ struct Node {
     Location location;
     Instruction const* instructions = nullptr;
     size_t count = 0;
+    // intended: members that say nothing, as unknown keywords, cost a step each: what is decided
+    // within the limits does not depend on which keywords are known
+    size_t silentCount = 0;
 };
 
 // Owns all that a compiled schema consists of.

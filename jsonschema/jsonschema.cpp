@@ -38,11 +38,11 @@ void findFault(json_object* instance, Schema const& schema, json_schema_fault& f
 
 }  // namespace
 
-extern "C" int json_validate_instance(json_object* instance, json_object* document) {
+extern "C" int json_validate_instance(json_object* instance, json_object* schema) {
     char buffer[4000];
-    Schema schema(buffer, sizeof buffer);
+    Schema compiled(buffer, sizeof buffer);
     Budget budget;
-    return Compiler(schema, budget, false).compile(document) && isValid(instance, schema) ? 1 : 0;
+    return Compiler(compiled, budget, false).compile(schema) && isValid(instance, compiled) ? 1 : 0;
 }
 
 extern "C" int json_validate_instance_from_file(char const* instance_file,

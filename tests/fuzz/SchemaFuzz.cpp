@@ -21,7 +21,7 @@ json_object* negation(json_object* schema) {
 void requireUtf8(char const* string, size_t size) {
     size_t left = strnlen(string, size);
     require(left < size);
-    static iconv_t const converter = iconv_open("UTF-32", "UTF-8");
+    static iconv_t converter = iconv_open("UTF-32", "UTF-8");
     char output[2048];
     char* in = const_cast<char*>(string);
     char* out = output;
