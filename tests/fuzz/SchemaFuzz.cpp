@@ -1,12 +1,12 @@
 // Fuzz target: a schema on the first line, an instance after it. Validation must end within its
 // limits, leave both unchanged, and return the same result with a compiled schema, with and without a
 // fault; a schema and its negation are never both satisfied; a fault is complete and valid UTF-8.
-#include <iconv.h>
 #include <jsonschema.h>
 #include <string.h>
 
 #include "Fuzz.h"
 #include "jsondata/JsonRef.h"
+#include "jsondata/Utf8.h"
 
 using namespace vobiutils;
 
@@ -19,14 +19,13 @@ json_object* negation(json_object* schema) {
 }
 
 void requireUtf8(char const* string, size_t size) {
-    size_t left = strnlen(string, size);
-    require(left < size);
-    static iconv_t converter = iconv_open("UTF-32", "UTF-8");
-    char output[2048];
-    char* in = const_cast<char*>(string);
-    char* out = output;
-    size_t space = sizeof output;
-    require(iconv(converter, &in, &left, &out, &space) == 0);
+    size_t const length = strnlen(string, size);
+    require(length < size);
+    for (size_t at = 0; at < length;) {
+        size_t const bytes = characterLength(string + at, string + length);
+        require(bytes > 0);
+        at += bytes;
+    }
 }
 
 void requireFault(json_schema_fault const& fault) {
