@@ -146,8 +146,9 @@ bool LocalDbTransaction::Lock::isValid() {
     if (database.isValid(fault)) {
         return true;
     }
-    UTIL_WARN("%s: api type %d is not saved: \"%s\" %s\n", "LocalDbTransaction",
-              static_cast<int>(database.apiType), fault.path, fault.message);
+    // not the path in the document: its names are a user's, who could forge lines of the log
+    UTIL_WARN("%s: api type %d is not saved: %s (schema at \"%s\")\n", "LocalDbTransaction",
+              static_cast<int>(database.apiType), fault.message, fault.schemaPath);
     return false;
 }
 
