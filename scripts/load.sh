@@ -26,6 +26,10 @@ begin() {
     set_setting $copy duplicate_login_enable '"1"'
     set_setting $copy enable_multidb_mode "$1"
     set_setting $copy log_warning_enable 0
+    for type in misc qos wifi; do # the writers' own members
+        sed -i 's/^  "additionalProperties": false/  "additionalProperties": {"required": ["counter", "list"]}/' \
+            "$copy/data/$type/${type}_SCHEMA.ldb"
+    done
     start_backend $backend $copy
 }
 

@@ -1,7 +1,6 @@
 // Changes what is at a place: puts a value there, appends one, removes one.
 #include <JsonData.h>
 #include <LocalDbTransaction.h>
-#include <Logger.h>
 
 #include <functional>
 #include <limits>
@@ -19,33 +18,6 @@
 namespace {
 
 char const SHARED[] = "default";
-
-// With the schema, so that the client sees what would be valid.
-Reply refuseMessage(Place const& place, char const* label) {
-    if (!hasUsableFiles(place.type, label)) {
-        return refuse(500, std::string("the files of ") + label + " cannot be used");
-    }
-    Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: not valid, refused\n", label);
-    TreeMapObject reason(false);
-    TreeMapObject schema(schemaOf(place.type, label).release());
-    reason.set("error", (std::string("the result would not be a valid ") + label).c_str());
-    reason.set("schema", &schema);
-    Reply reply;
-    reply.status = 400;
-    reply.body = textOf(reason.jobj);
-    return reply;
-}
-
-bool isSameKind(json_object* one, json_object* other) {
-    json_type const type = json_object_get_type(one);
-    return json_object_is_type(other, type) ||
-           (type == json_type_double && json_object_is_type(other, json_type_int));
-}
-
-Reply refuseKind(json_object* existing) {
-    return refuse(400, std::string("the existing value is of type ") +
-                           json_type_to_name(json_object_get_type(existing)));
-}
 
 bool canHold(TreeMapObject const& container, std::string const& token) {
     return !Path::isIndex(token) && json_object_is_type(container.jobj, json_type_object);
@@ -113,10 +85,8 @@ std::optional<Reply> refuseVersion(Place const& place, std::uint64_t version, bo
 }
 
 // Changes the document at a place that may be changed. Answers with a refusal, or with what is to be
-// answered once the change is saved, and adds to `changed` where the change is. `existing` is null when
-// there is nothing at the place.
-typedef std::function<Reply(TreeMapObject& document, TreeMapObject* existing, Path& changed)>
-    Change;
+// answered once the change is saved. `existing` is null when there is nothing at the place.
+typedef std::function<Reply(TreeMapObject& document, TreeMapObject* existing)> Change;
 
 Reply apply(Place const& place, LocalDbTransaction& database, Missing missing,
             Change const& change) {
@@ -129,14 +99,7 @@ Reply apply(Place const& place, LocalDbTransaction& database, Missing missing,
     if (!refusal) {
         refusal = refuseVersion(place, database.version(), existing != nullptr);
     }
-    if (refusal) {
-        return *refusal;
-    }
-    Path changed = place.path;
-    Reply const reply = change(document, existing.get(), changed);
-    char const* const broken =
-        reply.status < 300 ? brokenMessage(place.type, document, changed) : nullptr;
-    return broken != nullptr ? refuseMessage(place, broken) : reply;
+    return refusal ? *refusal : change(document, existing.get());
 }
 
 // Changes the shared document and saves it.
@@ -153,7 +116,9 @@ Reply writing(Place const& place, Missing missing, Change const& change) {
         return reply;
     }
     if (database.save() != 0) {
-        return refuse(500, "the change could not be saved; nothing is changed");
+        return database.status() == LocalDbTransaction::INVALID
+                   ? refuseDocument(place.type, database.fault())
+                   : refuse(500, "the change could not be saved; nothing is changed");
     }
     place.session.seeSaved(place.type);
     reply.etag = tagOf(database.version(), true);  // only administrators get here
@@ -175,19 +140,17 @@ Reply changeResource(Place const& place, std::string const& body) {
         return refuse(400, "the body is not one JSON value");
     }
     Message const* const message = messageOf("PUT", place.type, place.path);
-    bool const isMessage = message != nullptr && json_object_is_type(value.get(), json_type_object);
-    if (isMessage && !isValid(place.type, message->request, value.get())) {
-        return refuseMessage(place, message->request);
-    }
-    return writing(place, IS_MADE, [&](TreeMapObject& document, TreeMapObject* existing, Path&) {
-        std::string const path = place.path.text();
-        bool const isObject =
-            existing != nullptr && json_object_is_type(existing->jobj, json_type_object);
-        // a message replaces a value that is not an object: that value is damaged
-        if (existing != nullptr && !isMessage && !isSameKind(existing->jobj, value.get())) {
-            return refuseKind(existing->jobj);
+    if (message != nullptr) {
+        if (auto const refusal = refuseMessage(place.type, message->request, value.get())) {
+            return *refusal;
         }
-        if (isObject && isMessage) {
+    }
+    return writing(place, IS_MADE, [&](TreeMapObject& document, TreeMapObject* existing) {
+        std::string const path = place.path.text();
+        bool const isMerged = message != nullptr && existing != nullptr &&
+                              json_object_is_type(existing->jobj, json_type_object) &&
+                              json_object_is_type(value.get(), json_type_object);
+        if (isMerged) {
             merge(existing->jobj, value.get());
         } else if (JsonData::setJObj(document.jobj, path.c_str(), value.get()) != 0) {
             return refuse(500, "the value cannot be stored");
@@ -203,40 +166,36 @@ Reply appendResource(Place const& place, std::string const& body) {
         return refuse(400, "the body is not one JSON value");
     }
     Message const* const message = messageOf("POST", place.type, place.path);
-    if (message != nullptr && !isValid(place.type, message->request, value.get())) {
-        return refuseMessage(place, message->request);
+    if (message != nullptr) {
+        if (auto const refusal = refuseMessage(place.type, message->request, value.get())) {
+            return *refusal;
+        }
     }
-    return writing(
-        place, IS_REFUSED, [&](TreeMapObject& document, TreeMapObject* array, Path& changed) {
-            int const length = array->len();
-            if (length < 0) {
-                return refuseMethod("GET, HEAD, PUT, DELETE, OPTIONS", "no array at this path");
-            }
-            if (isFull(document, place.path, length)) {
-                return refuse(409, "the array is full");
-            }
-            Node const first(array->at(0));
-            if (first != nullptr && !isSameKind(first->jobj, value.get())) {
-                return refuseKind(first->jobj);
-            }
-            TreeMapObject element(json_object_get(value.get()));
-            if (!settleId(element, idsIn(*array))) {
-                return refuse(409, "this id is taken, or none is left");
-            }
-            int const index = array->addArrayItem(&element);
-            if (index < 0) {
-                return refuse(500, "the value cannot be stored");
-            }
-            changed.tokens.push_back("[" + std::to_string(index) + "]");
-            Reply reply = show(place, 201, copyOf(element.jobj).get());
-            reply.location =
-                std::string("/api/") + LocalDbCtrl::getApiDir(place.type) + "/" + changed.text();
-            return reply;
-        });
+    return writing(place, IS_REFUSED, [&](TreeMapObject& document, TreeMapObject* array) {
+        int const length = array->len();
+        if (length < 0) {
+            return refuseMethod("GET, HEAD, PUT, DELETE, OPTIONS", "no array at this path");
+        }
+        if (isFull(document, place.path, length)) {
+            return refuse(409, "the array is full");
+        }
+        TreeMapObject element(json_object_get(value.get()));
+        if (!settleId(element, idsIn(*array))) {
+            return refuse(409, "this id is taken, or none is left");
+        }
+        int const index = array->addArrayItem(&element);
+        if (index < 0) {
+            return refuse(500, "the value cannot be stored");
+        }
+        Reply reply = show(place, 201, copyOf(element.jobj).get());
+        reply.location = std::string("/api/") + LocalDbCtrl::getApiDir(place.type) + "/" +
+                         place.path.text() + ".[" + std::to_string(index) + "]";
+        return reply;
+    });
 }
 
 Reply removeResource(Place const& place) {
-    return writing(place, IS_REFUSED, [&](TreeMapObject& document, TreeMapObject*, Path&) {
+    return writing(place, IS_REFUSED, [&](TreeMapObject& document, TreeMapObject*) {
         Path const parent = place.path.parent();
         Node const container(document.get(parent.text().c_str()));
         // removal replaces the array in its handle: for the root that must be the document's own

@@ -71,14 +71,16 @@ Login::Login(Sessions& sessions) : sessions_(sessions), records_(BELoginRecord::
 
 Reply Login::attempt(std::string const& address, std::string const& body) {
     Json const value = parseJson(body);
+    if (!value) {
+        return refuse(400, "the body is not one JSON value");
+    }
+    if (std::optional<Reply> const refusal = refuseMessage(API_GATEWAY, REQUEST, value.get())) {
+        return *refusal;
+    }
     char const* const username = stringAt(value.get(), "username");
     char const* const password = stringAt(value.get(), "password");
-    if (username == nullptr || password == nullptr || !isValid(API_GATEWAY, REQUEST, value.get())) {
-        return hasUsableFiles(API_GATEWAY, REQUEST)
-                   ? refuse(400,
-                            "the body is not a valid GATEWAY_LOGIN_REQ: it needs a username and a "
-                            "password")
-                   : refuse(500, "the files of GATEWAY_LOGIN_REQ cannot be used");
+    if (username == nullptr || password == nullptr) {
+        return refuse(400, "a login needs a username and a password");
     }
     std::string const name = username;
 

@@ -1,11 +1,15 @@
 #include "Messages.h"
 
 #include <CommLabel.h>
+#include <LocalDbSnapshot.h>
+#include <Logger.h>
+#include <TreeMapObject.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "Json.h"
@@ -52,76 +56,24 @@ unsigned int numberOf(unsigned int type, char const* label) {
     }
 }
 
-// Members of the form become those of the value; those that the value lacks go.
-void fillIn(json_object* form, json_object* value) {
-    for (auto const& [name, field] : membersOf(form)) {
-        json_object* filled = nullptr;
-        if (!json_object_object_get_ex(value, name, &filled)) {
-            json_object_object_del(form, name);
-        } else if (json_object_is_type(field, json_type_object) &&
-                   json_object_is_type(filled, json_type_object)) {
-            fillIn(field, filled);
-        } else {
-            json_object_object_add(form, name, json_object_get(filled));
-        }
-    }
+// Nothing when there is no schema file.
+std::optional<CompiledSchema> schemaOf(unsigned int type, char const* label) {
+    char const* const file = LocalDbCtrl::getSchemaFile(type, numberOf(type, label));
+    return file != nullptr && access(file, F_OK) == 0 ? std::optional<CompiledSchema>(file)
+                                                      : std::nullopt;
 }
 
-// Checks the message at every place below `node` that the change can have reached.
-class Checker {
-  public:
-    Checker(Message const& message, Path const& changed)
-        : message_(message), place_(placeOf(message)), changed_(changed.tokens) {}
-
-    bool isGood(json_object* node, size_t depth = 0) const {
-        if (depth == place_.size()) {
-            return isGoodMessage(node);
-        }
-        std::string const& wanted = place_[depth];
-        if (depth < changed_.size() && !fits(changed_[depth], wanted)) {
-            return true;  // the change went elsewhere
-        }
-        json_object* member = nullptr;
-        if (wanted != ANY) {
-            return json_object_object_get_ex(node, wanted.c_str(), &member) &&
-                   isGood(member, depth + 1);
-        }
-        auto const elements = elementsOf(node);
-        for (size_t i = 0; i < elements.size(); ++i) {
-            bool const isReached = depth >= changed_.size() || i == Path::indexOf(changed_[depth]);
-            if (isReached && !isGood(elements[i], depth + 1)) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-    char const* label() const { return isUpdate() ? message_.request : message_.response; }
-
-  private:
-    bool isUpdate() const { return strcmp(message_.method, "PUT") == 0; }
-
-    bool isGoodMessage(json_object* node) const {
-        if (!hasSchema(message_.type, label())) {
-            return true;
-        }
-        return isUpdate() ? isGoodForm(node) : isValid(message_.type, label(), node);
-    }
-
-    bool isGoodForm(json_object* node) const {
-        TreeMapObject form(message_.type, numberOf(message_.type, message_.request));
-        if (!json_object_is_type(node, json_type_object) ||
-            !json_object_is_type(form.jobj, json_type_object)) {
-            return false;
-        }
-        fillIn(form.jobj, node);
-        return isValid(message_.type, message_.request, form.jobj);
-    }
-
-    Message const& message_;
-    std::vector<std::string> const place_;
-    std::vector<std::string> const& changed_;
-};
+Reply refuseFault(int status, CompiledSchema::Fault const& fault, char const* where) {
+    TreeMapObject reason(false);
+    reason.set("error", fault.message);
+    reason.set("path", fault.path);
+    reason.set("keyword", fault.keyword);
+    reason.set("in", where);
+    Reply reply;
+    reply.status = status;
+    reply.body = textOf(reason.jobj);
+    return reply;
+}
 
 }  // namespace
 
@@ -136,35 +88,27 @@ Message const* messageOf(char const* method, unsigned int type, Path const& path
     return nullptr;
 }
 
-bool hasSchema(unsigned int type, char const* label) {
-    char const* const file = LocalDbCtrl::getSchemaFile(type, numberOf(type, label));
-    return file != nullptr && access(file, F_OK) == 0;
-}
-
-Json schemaOf(unsigned int type, char const* label) {
-    char const* const file = LocalDbCtrl::getSchemaFile(type, numberOf(type, label));
-    return Json(file != nullptr ? json_object_from_file(file) : nullptr);
-}
-
-bool hasUsableFiles(unsigned int type, char const* label) {
-    Json const schema = schemaOf(type, label);
-    TreeMapObject const form(type, numberOf(type, label));
-    return json_object_is_type(form.jobj, json_type_object) &&
-           (!hasSchema(type, label) || json_object_is_type(schema.get(), json_type_object));
-}
-
 bool isValid(unsigned int type, char const* label, json_object* value) {
-    TreeMapObject message(json_object_get(value));
-    return LocalDbCtrl::validateObject(&message, type, numberOf(type, label)) == 0;
+    std::optional<CompiledSchema> const schema = schemaOf(type, label);
+    return !schema || schema->accepts(value);
 }
 
-char const* brokenMessage(unsigned int type, TreeMapObject& document, Path const& path) {
-    for (Message const& message : MESSAGES) {
-        Checker const checker(message, path);
-        if (message.type == type && strcmp(message.method, "POST") != 0 &&
-            !checker.isGood(document.jobj)) {
-            return checker.label();
-        }
+std::optional<Reply> refuseMessage(unsigned int type, char const* label, json_object* body) {
+    std::optional<CompiledSchema> const schema = schemaOf(type, label);
+    CompiledSchema::Fault fault;
+    if (!schema || schema->accepts(body, &fault)) {
+        return std::nullopt;
     }
-    return nullptr;
+    Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: not valid, refused\n", label);
+    return refuseFault(*schema ? 400 : 500, fault, "body");
+}
+
+Reply refuseDocument(unsigned int type, CompiledSchema::Fault const& fault) {
+    std::string file = LocalDbCtrl::getFileName(type);
+    file.insert(file.rfind('.'), "_SCHEMA");
+    std::unique_ptr<TreeMapObject> const saved(LocalDbSnapshot(type).copy(""));
+    bool const wasValid = CompiledSchema(file.c_str()).accepts(saved ? saved->jobj : nullptr);
+    Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: the changed database is refused\n",
+                  LocalDbCtrl::getApiDir(type));
+    return refuseFault(wasValid ? 400 : 500, fault, "database");
 }

@@ -1,16 +1,16 @@
-// The messages that requests stand for: which one belongs to which place of the databases, and
-// whether what a client sends, or is sent, is one.
+// The messages that requests stand for: which one belongs to which place of the databases. And what is
+// answered to one that is not valid, or would make a database invalid.
 #ifndef BACKEND_MESSAGES_H
 #define BACKEND_MESSAGES_H
 
+#include <CompiledSchema.h>
 #include <LocalDbCtrl.h>
-#include <TreeMapObject.h>
 #include <json-c/json.h>
 
-#include <string>
+#include <optional>
 
-#include "Json.h"
 #include "Path.h"
+#include "Reply.h"
 
 struct Message {
     char const* method;
@@ -23,20 +23,17 @@ struct Message {
 // The message of a request to exactly this place; null when it is a plain value.
 Message const* messageOf(char const* method, unsigned int type, Path const& path);
 
-// Whether the message named `label` has a schema file, what stands in it, and whether the value is
-// valid by it.
-bool hasSchema(unsigned int type, char const* label);
-Json schemaOf(unsigned int type, char const* label);
+// Whether a value is the message of that name, by its schema file. Any is, when there is no such file.
 bool isValid(unsigned int type, char const* label, json_object* value);
 
-// Whether the schema and the form of the message are objects, where it has them. If not, nothing is valid,
-// and it is not the client's fault.
-bool hasUsableFiles(unsigned int type, char const* label);
+// A refusal for a fault is {"error": message, "path": ..., "keyword": ..., "in": "body" or "database"}, where
+// "in" says what the path leads into.
 
-// A change at `path` may touch the places of several messages. Each must still give a valid one: of
-// a message that changes something, the message file is a form that is filled in from the document;
-// of one that is only read, the value is the response. The name of the first message that would not
-// be valid; null when all are.
-char const* brokenMessage(unsigned int type, TreeMapObject& document, Path const& path);
+// Why a body is not that message, if so: 400, and 500 when the schema file cannot be used.
+std::optional<Reply> refuseMessage(unsigned int type, char const* label, json_object* body);
+
+// Says why a changed database was not saved: 400, and 500 when it was not valid before the change, or its
+// schema file cannot be used.
+Reply refuseDocument(unsigned int type, CompiledSchema::Fault const& fault);
 
 #endif

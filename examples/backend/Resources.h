@@ -1,5 +1,5 @@
 // The nine databases as resources: a place in them is read, changed, filled and emptied, each as one
-// transaction. What cannot be done leaves nothing changed.
+// transaction. What cannot be done, or would make the database invalid, leaves nothing changed.
 //
 // What was written is in the data file before the answer goes out. Changes go through the default
 // controller, one after another, and are read from the file; View.h says what a session sees.
@@ -34,8 +34,8 @@ Reply readResource(Place const& place);
 Reply findResources(Place const& place, std::string const& key, std::string const& value);
 
 // Stores the value in the body. Where a message changes the place, the body is that message and
-// changes the members it names; elsewhere a value is replaced by one of the same kind, or a new
-// member made. 200 or 201 with the new value.
+// changes the members it names; elsewhere a value is replaced, or a new member made. 200 or 201 with
+// the new value.
 Reply changeResource(Place const& place, std::string const& body);
 
 // Appends the value in the body to an array. An object gets the next "id", where its neighbours
