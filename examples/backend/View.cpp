@@ -61,5 +61,6 @@ Reply refuseDatabase(Snapshot::Status status) {
 }
 
 bool seesOther(Place const& place, std::uint64_t version) {
-    return place.session.seesOwn(place.type) && View(place).version() != version;
+    Place const whole = {place.type, Path(), place.session, Conditions()};  // the place may be new
+    return place.session.seesOwn(place.type) && View(whole).version() != version;
 }
