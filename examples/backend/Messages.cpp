@@ -4,6 +4,7 @@
 #include <LocalDbSnapshot.h>
 #include <Logger.h>
 #include <TreeMapObject.h>
+#include <json-c/json_pointer.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -56,16 +57,35 @@ unsigned int numberOf(unsigned int type, char const* label) {
     }
 }
 
-// Nothing when there is no schema file.
-std::optional<CompiledSchema> schemaOf(unsigned int type, char const* label) {
-    char const* const file = LocalDbCtrl::getSchemaFile(type, numberOf(type, label));
+char const* schemaFileOf(unsigned int type, char const* label) {
+    return LocalDbCtrl::getSchemaFile(type, numberOf(type, label));
+}
+
+// Nothing when there is no such file.
+std::optional<CompiledSchema> schemaIn(char const* file) {
     return file != nullptr && access(file, F_OK) == 0 ? std::optional<CompiledSchema>(file)
                                                       : std::nullopt;
 }
 
-Reply refuseFault(int status, CompiledSchema::Fault const& fault, char const* where) {
+// The description of the refused value in the schema: it is for people what a pattern is for
+// programs. "" if there is none.
+std::string descriptionOf(CompiledSchema::Fault const& fault, char const* schemaFile) {
+    Json const schema(json_object_from_file(schemaFile));
+    std::string place = fault.schemaPath;
+    place.replace(place.rfind('/') + 1, std::string::npos, "description");
+    json_object* found = nullptr;
+    json_pointer_get(schema.get(), place.c_str(), &found);
+    return json_object_is_type(found, json_type_string) ? json_object_get_string(found) : "";
+}
+
+Reply refuseFault(int status, CompiledSchema::Fault const& fault, char const* schemaFile,
+                  char const* where) {
     TreeMapObject reason(false);
     reason.set("error", fault.message);
+    std::string const hint = descriptionOf(fault, schemaFile);
+    if (!hint.empty()) {
+        reason.set("hint", hint.c_str());
+    }
     reason.set("path", fault.path);
     reason.set("keyword", fault.keyword);
     reason.set("in", where);
@@ -89,18 +109,19 @@ Message const* messageOf(char const* method, unsigned int type, Path const& path
 }
 
 bool isValid(unsigned int type, char const* label, json_object* value) {
-    std::optional<CompiledSchema> const schema = schemaOf(type, label);
+    std::optional<CompiledSchema> const schema = schemaIn(schemaFileOf(type, label));
     return !schema || schema->accepts(value);
 }
 
 std::optional<Reply> refuseMessage(unsigned int type, char const* label, json_object* body) {
-    std::optional<CompiledSchema> const schema = schemaOf(type, label);
+    char const* const file = schemaFileOf(type, label);
+    std::optional<CompiledSchema> const schema = schemaIn(file);
     CompiledSchema::Fault fault;
     if (!schema || schema->accepts(body, &fault)) {
         return std::nullopt;
     }
     Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: not valid, refused\n", label);
-    return refuseFault(*schema ? 400 : 500, fault, "body");
+    return refuseFault(*schema ? 400 : 500, fault, file, "body");
 }
 
 Reply refuseDocument(unsigned int type, CompiledSchema::Fault const& fault) {
@@ -110,5 +131,5 @@ Reply refuseDocument(unsigned int type, CompiledSchema::Fault const& fault) {
     bool const wasValid = CompiledSchema(file.c_str()).accepts(saved ? saved->jobj : nullptr);
     Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: the changed database is refused\n",
                   LocalDbCtrl::getApiDir(type));
-    return refuseFault(wasValid ? 400 : 500, fault, "database");
+    return refuseFault(wasValid ? 400 : 500, fault, file.c_str(), "database");
 }

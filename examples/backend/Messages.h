@@ -26,8 +26,9 @@ Message const* messageOf(char const* method, unsigned int type, Path const& path
 // Whether a value is the message of that name, by its schema file. Any is, when there is no such file.
 bool isValid(unsigned int type, char const* label, json_object* value);
 
-// A refusal for a fault is {"error": message, "path": ..., "keyword": ..., "in": "body" or "database"}, where
-// "in" says what the path leads into.
+// A refusal for a fault is {"error": message, "hint": ..., "path": ..., "keyword": ..., "in": "body" or
+// "database"}. "in" says what the path leads into; the hint is the schema's description of the value, if it
+// has one.
 
 // Why a body is not that message, if so: 400, and 500 when the schema file cannot be used.
 std::optional<Reply> refuseMessage(unsigned int type, char const* label, json_object* body);
