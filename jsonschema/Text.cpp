@@ -66,13 +66,14 @@ Text& Text::add(std::string_view string) {
 
 Text& Text::add(size_t number) {
     char digits[24];
-    return add({digits, static_cast<size_t>(
-                            std::to_chars(digits, digits + sizeof digits, number).ptr - digits)});
+    char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    return add({digits, static_cast<size_t>(end - digits)});
 }
 
 Text& Text::add(Number const& number) {
     char digits[Number::DIGITS];
-    return add({digits, number.print(digits)});
+    size_t const length = number.print(digits);
+    return add({digits, length});
 }
 
 Text& Text::addQuoted(std::string_view string) { return add("\"").add(string).add("\""); }
