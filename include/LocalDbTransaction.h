@@ -31,6 +31,19 @@
 /// }
 /// \endcode
 ///
+/// A change to several databases, which is saved as a whole or not at all:
+///
+/// \code{.cpp}
+/// LocalDbTransaction change(API_WIFI, "ssids", key, 500);
+/// TreeMapObject* rules = change.also(API_SECURITY, "firewall.rules");
+/// if (!change) {
+///     return answerFor(change.status());
+/// }
+/// change->set("[2].enabled", true);
+/// rules->set("[0].enabled", true);
+/// return change.save();
+/// \endcode
+///
 /// It locks the database of an API type as LocalDbCtrl::lockDbObject does, says why if it cannot,
 /// and ends the lock when it leaves its scope: no return and no exception leaves a database locked
 /// or half-changed. Changes that were neither saved nor kept are discarded: the document in memory
@@ -38,8 +51,9 @@
 ///
 /// Threads: a transaction belongs to the thread that made it. Any number of threads may make their
 /// own, and use the functions of LocalDbCtrl.h at the same time; those that wait for one database
-/// get it in the order in which they came. One that is refused holds nothing. removeDB waits for a
-/// transaction of the controller to end.
+/// get it in the order in which they came. One that is refused holds nothing. Two that each want
+/// what the other one has do not wait for ever: at least one of them runs out of time. removeDB
+/// waits for a transaction of the controller to end.
 ///
 /// Transactions and plain operations are not mixed on one lock: a saveDbObject or unlockDbObject of
 /// the same database inside the scope ends the lock. From then on the status is ENDED, there is no
@@ -48,12 +62,18 @@
 #define VOBIUTILS_LOCALDBTRANSACTION_H
 
 #include <stdint.h>
+#include <time.h>
 
 #include <memory>
 
 #include "CompiledSchema.h"
 #include "LocalDbCtrl.h"
 #include "TreeMapObject.h"
+
+namespace vobiutils {
+class __attribute__((visibility("hidden"))) Database;
+class __attribute__((visibility("hidden"))) TransactionLock;
+}  // namespace vobiutils
 
 #pragma GCC visibility push(default)
 
@@ -71,6 +91,11 @@ class LocalDbTransaction {
         NO_MEMORY,      ///< out of memory for the document, the handle or the copy
         ENDED,          ///< it was locked, and then saved, kept or ended by a plain operation
         INVALID,        ///< locked still: the last save() refused the document, see fault()
+    };
+
+    /// Why a document is not valid, and which one.
+    struct Fault : CompiledSchema::Fault {
+        unsigned int apiType;  ///< of its database
     };
 
     /// What the lock is for.
@@ -98,16 +123,27 @@ class LocalDbTransaction {
     LocalDbTransaction& operator=(LocalDbTransaction const&) = delete;
     /// \endcond
 
+    /// Locks the database of a further API type, in the same controller and for the same purpose,
+    /// and waits for it within the time that is left of the constructor's; when none is, it tries
+    /// once. A type that is locked already gives a further node. Returns the handle on the node at
+    /// `path`, on the whole document for the empty path; it belongs to the transaction, as object()
+    /// does. A node that is replaced or deleted through another handle takes its own with it.
+    ///
+    /// Null if that fails: status() says why, and the whole transaction has ended. All its changes
+    /// are discarded, nothing is held, and every handle that it has given is gone. Null, too, with
+    /// nothing changed, if the transaction is not open.
+    TreeMapObject* also(unsigned int apiType, char const* path);
+
     Status status() const;           ///< LOCKED or INVALID, then ENDED; or why nothing was locked
     explicit operator bool() const;  ///< whether the database is locked: LOCKED or INVALID
 
-    /// Where and why the document is not valid, with a path inside the whole document; four empty
-    /// strings unless INVALID. Valid until the next call of save() or keep(), and as long as this
-    /// object.
-    CompiledSchema::Fault const& fault() const;
+    /// Where and why a document is not valid, with a path inside the whole document; four empty
+    /// strings, and no API type, unless INVALID. Valid until the next call of also(), save() or
+    /// keep(), and as long as this object.
+    Fault const& fault() const;
 
-    /// Identifies the content of the file that the document was read from, as
-    /// LocalDbSnapshot::version() does; 0 if the document was in memory and may hold unsaved
+    /// Identifies the content of the file that the document of the constructor's API type was read
+    /// from, as LocalDbSnapshot::version() does; 0 if the document was in memory and may hold unsaved
     /// changes. After a save() that returned 0, that of the content which it wrote. 0 if nothing
     /// was locked.
     uint64_t version() const;
@@ -121,7 +157,8 @@ class LocalDbTransaction {
 
     /// Writes the document to its file and ends the lock, as LocalDbCtrl::saveDbObject does.
     /// Returns 0 if it was written; 2 if not (the changes are then lost), and if nothing was
-    /// locked. After READ it does nothing and returns 2: the lock does not end.
+    /// locked. After READ it does nothing and returns 2: the lock does not end. A change to several
+    /// databases cannot be saved yet: the result is 2.
     ///
     /// A document that does not satisfy the schema beside its file (network/network_SCHEMA.ldb) is
     /// not written, whether the change or an earlier one made it invalid; nor is any while that
@@ -134,15 +171,22 @@ class LocalDbTransaction {
     int keep();
 
   private:
-    struct __attribute__((visibility("hidden"))) Lock;
-
+    __attribute__((visibility("hidden"))) Status lock(vobiutils::Database const& database,
+                                                      char const* path, Mode mode,
+                                                      TreeMapObject*& object);
+    __attribute__((visibility("hidden"))) Status openAlso(unsigned int apiType, char const* path,
+                                                          TreeMapObject*& object);
     __attribute__((visibility("hidden"))) bool isHeld() const;
+    __attribute__((visibility("hidden"))) bool areValid();
+    __attribute__((visibility("hidden"))) void discard();
     template <typename Finish>
     __attribute__((visibility("hidden"))) bool end(Finish const& finish);
 
-    std::unique_ptr<Lock> lock_;  // null before LOCKED, and once the transaction has ended the lock
+    std::unique_ptr<vobiutils::TransactionLock> locks_;  // null once the transaction has ended them
+    TreeMapObject* object_;
     Status status_;
     uint64_t version_;
+    timespec deadline_;  // on CLOCK_MONOTONIC
 };
 
 #pragma GCC visibility pop

@@ -27,6 +27,9 @@ class Database {
           state_(owner.state[type]),
           origins_(origins) {}
 
+    // The database of another API type in the same controller.
+    Database sibling(unsigned int type) const { return Database(controller, type, origins_); }
+
     LOCALDB_HANDLER& controller;
     unsigned int const apiType;
     pthread_mutex_t& mutex;

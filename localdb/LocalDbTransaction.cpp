@@ -1,27 +1,19 @@
-// The lock of a database for the length of a scope, and the way back to the document as it was.
+// A transaction: one or more databases, locked one after another and released together.
 //
-// Ordinarily a transaction ends with save() or keep(). Otherwise what was changed is discarded, and
-// how depends on where the document was before the lock:
+// The end of a transaction has the two halves of every release (DatabaseLock.h), each for all
+// databases before the next: their mutexes are freed, the documents are saved, kept or discarded,
+// their states are changed. It takes no memory.
 //
-//     document before                     for a discard   a discard
-//     in its file only                    nothing         drops it: the next lock reads the file
-//     in memory, of the default           nothing         drops it
-//       controller, and unchanged
-//     in memory, any other                a copy of it    puts the copy back
-//
-// A save that finds the document invalid does nothing, so that any of these ends can follow.
-//
-// A transaction that only reads drops what it has read itself, and changes nothing else.
+// A save that finds a document invalid does nothing, so that any of these ends can follow.
 #include "LocalDbTransaction.h"
 
 #include <new>
 #include <optional>
+#include <utility>
 
-#include "jsondata/JsonRef.h"
 #include "localdb/Condition.h"
 #include "localdb/ControllerUse.h"
-#include "localdb/DatabaseLock.h"
-#include "localdb/FileName.h"
+#include "localdb/TransactionLock.h"
 #include "logging/Log.h"
 
 using namespace vobiutils;
@@ -31,235 +23,193 @@ namespace {
 int const SUCCESS = 0;
 int const FAILURE = 2;
 
-CompiledSchema::Fault const NO_FAULT = {"", "", "", ""};
+LocalDbTransaction::Fault const NO_FAULT = {{"", "", "", ""}, API_TYPE_COUNT};
+
+template <typename Action>
+void forAll(TransactionLock& first, Action const& action) {
+    for (TransactionLock* lock = &first; lock != nullptr; lock = lock->next.get()) {
+        action(*lock);
+    }
+}
+
+bool areHeld(TransactionLock& first) {
+    bool result = true;
+    forAll(first, [&](TransactionLock const& lock) { result = result && lock.isHeld(); });
+    return result;
+}
+
+bool beginRelease(TransactionLock& first) {
+    bool areReleased = true;
+    forAll(first, [&](TransactionLock& lock) {
+        if (!lock.beginRelease()) {
+            UTIL_ERROR("%s: a plain save or unlock has ended the lock of api type %d\n",
+                       "LocalDbTransaction", static_cast<int>(lock.database.apiType));
+            areReleased = false;
+        }
+    });
+    return areReleased;
+}
+
+// Releases the databases; `finish` saves or keeps the documents between the two halves. False, with
+// all discarded, if a plain save or unlock has ended one of the locks.
+//
+// Ordinarily the mutexes keep removeDB away. They are free while `finish` works, so the use of the
+// controller takes their place before the claims end.
+template <typename Finish>
+bool release(TransactionLock& first, Finish const& finish) {
+    ControllerUse const use(first.database.controller);
+    bool const areReleased = beginRelease(first);
+    if (areReleased) {
+        finish();
+    } else {
+        forAll(first, [](TransactionLock& lock) { lock.discard(); });
+    }
+    forAll(first, [](TransactionLock& lock) { lock.endRelease(); });
+    return areReleased;
+}
+
+// Between the two halves of the release.
+int saveAll(TransactionLock& first, uint64_t& version) {
+    if (first.next == nullptr) {
+        return first.database.save(version);
+    }
+    forAll(first, [](TransactionLock& lock) { lock.database.drop(); });
+    return FAILURE;
+}
 
 }  // namespace
 
-// Exists from the moment when the database is acquired. The mutex that the claim holds also keeps
-// removeDB from destroying the controller.
-struct LocalDbTransaction::Lock {
-    Lock(Database const& acquired, Mode wanted)
-        : database(acquired), mode(wanted), claim(acquired), before(nullptr) {}
-
-    Status prepare(char const* path);
-    Status readDocument();
-    Status checkDocument();
-    Status openNode(char const* path);
-    Status giveOut();
-    bool isValid();
-    template <typename Finish>
-    bool end(Finish const& finish);
-    void keep();
-    void discard();
-
-    Database database;
-    Mode const mode;
-    Claim claim;
-    uint64_t version = 0;    // of the content that the document was read from, if it is known
-    bool isInFile = false;   // the document can be read again in place of the one in memory
-    bool isDropped = false;  // by a discard
-    TreeMapObject* object = nullptr;  // the document's own handle, or the one in `node`
-    std::unique_ptr<TreeMapObject> node;
-    JsonRef before;               // the copy for a discard that does not drop the document
-    CompiledSchema::Fault fault;  // of the last save, if the status is INVALID
-};
-
-// The state is "writing" before anything that takes time, so that other callers are refused at
-// once. A failure releases the database, and leaves a whole document in memory, or none.
-LocalDbTransaction::Status LocalDbTransaction::Lock::prepare(char const* path) {
-    bool const wasInMemory = database.state() == DB_STATE_ACCESSIBLE;
-    database.setState(DB_STATE_WRITING);
-    Status status = wasInMemory ? checkDocument() : readDocument();
-    isDropped = mode == WRITE ? isInFile : !wasInMemory;
-    if (status == LOCKED) {
-        status = openNode(path);
-    }
-    if (status == LOCKED && mode == WRITE) {
-        status = giveOut();
-    }
-    if (status != LOCKED) {
-        end([this] { keep(); });
-    }
-    return status;
-}
-
-LocalDbTransaction::Status LocalDbTransaction::Lock::readDocument() {
-    if (!database.tryLoad("LocalDbTransaction", static_cast<int>(database.apiType), version)) {
-        return NO_MEMORY;
-    }
-    if (database.document() == nullptr) {
-        return NO_FILE;
-    }
-    if (!database.hasValue()) {
-        database.drop();
-        return UNREADABLE;
-    }
-    isInFile = true;
-    return LOCKED;
-}
-
-// Reads the document again if its file has been replaced.
-LocalDbTransaction::Status LocalDbTransaction::Lock::checkDocument() {
-    if (!database.hasValue()) {
-        database.drop();
-        return UNREADABLE;
-    }
-    Origin const* const origin = database.origin();
-    if (origin == nullptr) {
-        return LOCKED;
-    }
-    isInFile = origin->file != nullptr;
-    if (isInFile && !origin->isCurrent(FileName::ofData(database.apiType).get())) {
-        database.drop();
-        return readDocument();
-    }
-    version = origin->version;
-    return LOCKED;
-}
-
-LocalDbTransaction::Status LocalDbTransaction::Lock::openNode(char const* path) {
-    object = database.document();
-    if (*path != '\0') {
-        if (!database.tryGet(path, object)) {
-            return NO_MEMORY;
-        }
-        node.reset(object);
-    }
-    return object != nullptr ? LOCKED : NO_NODE;
-}
-
-// From here on the program may change the document.
-LocalDbTransaction::Status LocalDbTransaction::Lock::giveOut() {
-    if (!isInFile) {
-        json_object* copy = nullptr;
-        if (json_object_deep_copy(database.document()->jobj, &copy, nullptr) != 0) {
-            return NO_MEMORY;
-        }
-        before.reset(copy);
-    }
-    database.forgetOrigin();
-    return LOCKED;
-}
-
-// Whether the document may be written; nothing is, before this is known of everything.
-bool LocalDbTransaction::Lock::isValid() {
-    if (database.isValid(fault)) {
-        return true;
-    }
-    // not the path in the document: its names are a user's, who could forge lines of the log
-    UTIL_WARN("%s: api type %d is not saved: %s (schema at \"%s\")\n", "LocalDbTransaction",
-              static_cast<int>(database.apiType), fault.message, fault.schemaPath);
-    return false;
-}
-
-// Releases the database; `finish` saves or discards the document between the two halves. False,
-// with nothing done, if a plain save or unlock has ended the lock.
-//
-// Ordinarily the mutex keeps removeDB away. It is free while `finish` works, so the use of the
-// controller takes its place before the claim ends.
-template <typename Finish>
-bool LocalDbTransaction::Lock::end(Finish const& finish) {
-    node.reset();
-    ControllerUse const use(database.controller);
-    if (!claim.release()) {
-        return false;
-    }
-    finish();
-    endWriting(database);
-    return true;
-}
-
-void LocalDbTransaction::Lock::keep() {
-    if (mode == READ) {
-        discard();
-    }
-}
-
-void LocalDbTransaction::Lock::discard() {
-    if (isDropped) {
-        database.drop();
-    } else if (before) {
-        database.restore(before.release(), version);
-    }
-}
-
 LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
                                        char const* sessionKey, unsigned int milliseconds, Mode mode)
-    : status_(BAD_ARGUMENTS), version_(0) {
+    : object_(nullptr), status_(BAD_ARGUMENTS), version_(0), deadline_(deadlineIn(milliseconds)) {
     ControllerUse use;
-    std::optional<Database> database =
+    std::optional<Database> const database =
         path != nullptr ? use.findDatabase(apiType, sessionKey) : std::optional<Database>();
     if (!database) {
         return;
     }
-    timespec const deadline = deadlineIn(milliseconds);
-    if ((milliseconds == 0 && database->state() == DB_STATE_WRITING) ||
-        !acquire(*database, &deadline)) {
+    if (milliseconds == 0 && database->state() == DB_STATE_WRITING) {
         status_ = BUSY;
         return;
     }
-    lock_.reset(new (std::nothrow) Lock(*database, mode));
-    if (lock_ == nullptr) {
-        release(*database);
-        status_ = NO_MEMORY;
-        return;
-    }
-    status_ = lock_->prepare(path);
-    if (status_ != LOCKED) {
-        lock_.reset();
-        return;
-    }
-    version_ = lock_->version;
+    status_ = lock(*database, path, mode, object_);
+    version_ = locks_ != nullptr ? locks_->version() : 0;
 }
 
-LocalDbTransaction::~LocalDbTransaction() {
-    if (lock_ != nullptr && !lock_->end([this] { lock_->discard(); })) {
-        UTIL_ERROR("%s: a plain save or unlock has ended the lock of api type %d\n",
-                   "LocalDbTransaction", static_cast<int>(lock_->database.apiType));
+// Locks a further database, and opens a node in it. Without LOCKED, it is not locked.
+LocalDbTransaction::Status LocalDbTransaction::lock(Database const& wanted, char const* path,
+                                                    Mode mode, TreeMapObject*& object) {
+    Database database(wanted);
+    if (!acquire(database, &deadline_)) {
+        return BUSY;
+    }
+    std::unique_ptr<TransactionLock> added(new (std::nothrow) TransactionLock(database, mode));
+    if (added == nullptr) {
+        vobiutils::release(database);
+        return NO_MEMORY;
+    }
+    Status const status = added->prepare(path, object);
+    if (status == LOCKED) {
+        std::unique_ptr<TransactionLock>* end = &locks_;
+        while (*end != nullptr) {
+            end = &(*end)->next;
+        }
+        *end = std::move(added);
+    }
+    return status;
+}
+
+LocalDbTransaction::~LocalDbTransaction() { discard(); }
+
+void LocalDbTransaction::discard() {
+    if (locks_ != nullptr) {
+        ::release(*locks_,
+                  [this] { forAll(*locks_, [](TransactionLock& lock) { lock.discard(); }); });
+        locks_.reset();
     }
 }
 
-bool LocalDbTransaction::isHeld() const { return lock_ != nullptr && lock_->claim.holds(); }
+TreeMapObject* LocalDbTransaction::also(unsigned int apiType, char const* path) {
+    if (!isHeld()) {
+        return nullptr;
+    }
+    TreeMapObject* object = nullptr;
+    Status const status = path != nullptr && apiType < API_TYPE_COUNT
+                              ? openAlso(apiType, path, object)
+                              : BAD_ARGUMENTS;
+    if (status != LOCKED) {
+        discard();
+        status_ = status;
+        return nullptr;
+    }
+    return isHeld() ? object : nullptr;
+}
+
+LocalDbTransaction::Status LocalDbTransaction::openAlso(unsigned int apiType, char const* path,
+                                                        TreeMapObject*& object) {
+    for (TransactionLock* lock = locks_.get(); lock != nullptr; lock = lock->next.get()) {
+        if (lock->database.apiType == apiType) {
+            return lock->open(path, object);
+        }
+    }
+    ControllerUse const use(locks_->database.controller);  // should a plain unlock come meanwhile
+    return lock(locks_->database.sibling(apiType), path, locks_->mode, object);
+}
+
+bool LocalDbTransaction::isHeld() const { return locks_ != nullptr && areHeld(*locks_); }
 
 LocalDbTransaction::Status LocalDbTransaction::status() const {
-    return lock_ != nullptr && !isHeld() ? ENDED : status_;
+    return locks_ != nullptr && !isHeld() ? ENDED : status_;
 }
 
 LocalDbTransaction::operator bool() const { return isHeld(); }
 
 uint64_t LocalDbTransaction::version() const { return version_; }
 
-TreeMapObject* LocalDbTransaction::object() const { return isHeld() ? lock_->object : nullptr; }
+TreeMapObject* LocalDbTransaction::object() const { return isHeld() ? object_ : nullptr; }
 
 TreeMapObject* LocalDbTransaction::operator->() const { return object(); }
 
+LocalDbTransaction::Fault const& LocalDbTransaction::fault() const {
+    return status() == INVALID ? locks_->fault : NO_FAULT;
+}
+
 template <typename Finish>
 bool LocalDbTransaction::end(Finish const& finish) {
-    if (!isHeld() || !lock_->end(finish)) {
+    if (!isHeld()) {
         return false;
     }
-    lock_.reset();
+    bool const isDone = ::release(*locks_, finish);
+    locks_.reset();
     status_ = ENDED;
+    return isDone;
+}
+
+// Before anything is written.
+bool LocalDbTransaction::areValid() {
+    for (TransactionLock* lock = locks_.get(); lock != nullptr; lock = lock->next.get()) {
+        if (!lock->isValid(locks_->fault)) {
+            return false;
+        }
+    }
     return true;
 }
 
-CompiledSchema::Fault const& LocalDbTransaction::fault() const {
-    return status() == INVALID ? lock_->fault : NO_FAULT;
-}
-
 int LocalDbTransaction::save() {
-    if (!isHeld() || lock_->mode == READ) {
+    if (!isHeld() || locks_->mode == READ) {
         return FAILURE;
     }
-    if (!lock_->isValid()) {
+    if (!areValid()) {
         status_ = INVALID;
         return FAILURE;
     }
     int result = FAILURE;
-    end([&] { result = lock_->database.save(version_); });
+    end([&] { result = saveAll(*locks_, version_); });
     return result;
 }
 
 int LocalDbTransaction::keep() {
-    return end([this] { lock_->keep(); }) ? SUCCESS : FAILURE;
+    bool const isKept =
+        end([this] { forAll(*locks_, [](TransactionLock& lock) { lock.keep(); }); });
+    return isKept ? SUCCESS : FAILURE;
 }

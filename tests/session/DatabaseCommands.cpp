@@ -91,6 +91,12 @@ void showBuffers(Call& c) {
 char const* const STATUSES[] = {"locked",        "busy",      "no file", "unreadable", "no node",
                                 "bad arguments", "no memory", "ended",   "invalid"};
 
+void dropHandles(Call& c, std::string const& transaction) {
+    std::erase_if(c.session.handles, [&](auto const& entry) {
+        return entry.first.substr(0, entry.first.find('+')) == transaction;
+    });
+}
+
 void begin(Call& c) {
     bool const reads = c.words.size() > 6 && c.words[6] == "read";
     auto transaction = std::make_unique<LocalDbTransaction>(
@@ -107,10 +113,27 @@ void begin(Call& c) {
     c.session.transactions[c.words[1]] = std::move(transaction);
 }
 
+// The name of a further handle is that of the transaction, "+", and another one.
+void also(Call& c) {
+    std::unique_lock lock(c.session.guard);
+    std::string const name = c.words[1].substr(0, c.words[1].find('+'));
+    LocalDbTransaction& transaction = *c.session.transactions.at(name);
+    lock.unlock();
+    TreeMapObject* const handle = transaction.also(c.number(2), c.word(3));
+    c.result = handle != nullptr ? text(handle->jobj) : STATUSES[transaction.status()];
+    lock.lock();
+    if (handle != nullptr) {
+        c.session.handles[c.words[1]] = handle;
+        c.session.texts[c.words[1]] = text(handle->jobj);
+    } else {
+        dropHandles(c, name);
+    }
+}
+
 // Ends a transaction by a call, or by its destructor.
 void end(Call& c, int (LocalDbTransaction::*finish)()) {
     std::unique_lock lock(c.session.guard);
-    c.session.handles.erase(c.words[1]);
+    dropHandles(c, c.words[1]);
     std::unique_ptr<LocalDbTransaction>& transaction = c.session.transactions.at(c.words[1]);
     lock.unlock();
     if (finish == nullptr) {
@@ -119,9 +142,9 @@ void end(Call& c, int (LocalDbTransaction::*finish)()) {
     }
     c.answer(((*transaction).*finish)());
     c.result += std::string(" ") + STATUSES[transaction->status()];
-    CompiledSchema::Fault const& fault = transaction->fault();
+    LocalDbTransaction::Fault const& fault = transaction->fault();
     if (transaction->status() == LocalDbTransaction::INVALID) {
-        c.result += std::string(": '") + fault.path + "' " + fault.message;
+        c.result += " " + std::to_string(fault.apiType) + ": '" + fault.path + "' " + fault.message;
     }
     EXPECT_EQ(transaction->status() == LocalDbTransaction::INVALID, *fault.message != '\0');
     EXPECT_EQ(transaction->object() != nullptr, static_cast<bool>(*transaction));
@@ -185,6 +208,7 @@ Commands const DATABASE_COMMANDS = {
     {"unlock-mutex", [](Call& c) { pthread_mutex_unlock(&controllerOf(c).lock[c.number(2)]); }},
     // transactions
     {"begin", begin},
+    {"also", also},
     {"commit", [](Call& c) { end(c, &LocalDbTransaction::save); }},
     {"keep", [](Call& c) { end(c, &LocalDbTransaction::keep); }},
     {"version", showVersion},
