@@ -157,8 +157,13 @@ class LocalDbTransaction {
 
     /// Writes the document to its file and ends the lock, as LocalDbCtrl::saveDbObject does.
     /// Returns 0 if it was written; 2 if not (the changes are then lost), and if nothing was
-    /// locked. After READ it does nothing and returns 2: the lock does not end. A change to several
-    /// databases cannot be saved yet: the result is 2.
+    /// locked. After READ it does nothing and returns 2: the lock does not end.
+    ///
+    /// With several databases, every file is written or none, whatever comes between, be it a loss
+    /// of power. Documents that are as their files are left out. The result is 2, with nothing
+    /// changed, too, where a file could only be written in place (docs/saving.md). If a step fails
+    /// when the change counts already, it is 2, and whoever next locks, reads or saves one of the
+    /// databases finishes the change.
     ///
     /// A document that does not satisfy the schema beside its file (network/network_SCHEMA.ldb) is
     /// not written, whether the change or an earlier one made it invalid; nor is any while that

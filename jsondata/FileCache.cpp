@@ -82,6 +82,9 @@ int FileCache::make(Read const& read, char const* file, Kept const* recent, Shar
     if (!kept) {
         return ENOMEM;
     }
+    if (read.maker.prepare != nullptr) {
+        read.maker.prepare();
+    }
     FileContent& content = kept->content;
     int error = content.read(file);
     if (error != 0) {

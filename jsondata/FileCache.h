@@ -32,7 +32,8 @@ struct Maker {
     // Makes it of the bytes of a file, and returns 0. With any other result, an error of the
     // system, what it has made goes to the caller, but is not kept.
     int (*make)(FileBytes const& bytes, Shared<Made>& made);
-    size_t largest;  // nothing is kept of a file of more bytes
+    size_t largest;               // nothing is kept of a file of more bytes
+    void (*prepare)() = nullptr;  // is called before a file is read
 };
 
 // Keeps SIZE files open at most, and replaces the one whose last use is the longest ago. Has no

@@ -10,6 +10,7 @@
 #include "jsondata/JsonDocument.h"
 #include "jsondata/SharedSchema.h"
 #include "jsondata/files/FileContent.h"
+#include "localdb/DatabaseChange.h"
 #include "localdb/FileName.h"
 #include "logging/Log.h"
 #include "treemap/NewHandle.h"
@@ -27,6 +28,10 @@ uint64_t Database::load(char const* function, int number) {
     if (stat(file.get(), &status) != 0) {
         document_ = nullptr;
         UTIL_WARN("%s: Cannot load database from %s\n", function, file.get());
+        return 0;
+    }
+    if (!finishChange(function)) {
+        document_ = newOwningHandle(nullptr);
         return 0;
     }
     auto content = std::make_unique<FileContent>();
@@ -79,7 +84,8 @@ int Database::save(uint64_t& version) {
     FileName const file = FileName::ofData(apiType);
     UTIL_DEBUG("%s: type=%d save object %p to file %s\n", "saveDbObject", static_cast<int>(apiType),
                static_cast<void*>(document_), printable(file.get()));
-    int const result = saveDocument(file.get(), document_, &version);
+    int const result =
+        finishChange("saveDbObject") ? saveDocument(file.get(), document_, &version) : 2;
     drop();
     return result;
 }

@@ -63,8 +63,9 @@ class Database {
     // copy is equal to, or 0.
     void restore(json_object* copy, uint64_t version);
 
-    // Reads the data file into the document, which is null if there is no file. Does not change the
-    // state. `function` and `number` go into the log lines: the public function that needs the
+    // Reads the data file into the document, which is null if there is no file, and finishes a
+    // change before that; a file that is part of one that cannot be finished counts as unreadable.
+    // Does not change the state. `function` and `number` go into the log lines: the public function that needs the
     // document, and the number that its line reports for the API type. Returns the version of the
     // bytes that were read (FileBytes.h), 0 if the document has no value. May throw std::bad_alloc.
     uint64_t load(char const* function, int number);

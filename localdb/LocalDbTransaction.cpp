@@ -13,6 +13,7 @@
 
 #include "localdb/Condition.h"
 #include "localdb/ControllerUse.h"
+#include "localdb/DatabaseChange.h"
 #include "localdb/TransactionLock.h"
 #include "logging/Log.h"
 
@@ -73,8 +74,15 @@ int saveAll(TransactionLock& first, uint64_t& version) {
     if (first.next == nullptr) {
         return first.database.save(version);
     }
+    DatabaseChange change;
+    bool canBeSaved = finishChange("LocalDbTransaction");
+    forAll(first, [&](TransactionLock const& lock) {
+        canBeSaved = canBeSaved && change.add(lock.database);
+    });
+    int const result = canBeSaved ? change.save() : FAILURE;
+    version = result == SUCCESS ? change.version() : version;
     forAll(first, [](TransactionLock& lock) { lock.database.drop(); });
-    return FAILURE;
+    return result;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <new>
 
+#include "localdb/DatabaseChange.h"
 #include "localdb/FileName.h"
 
 namespace vobiutils {
@@ -38,7 +39,11 @@ int makeDocument(FileBytes const& bytes, Shared<Made>& made) {
     return 0;
 }
 
-Maker const MAKER = {makeDocument, SIZE_MAX};
+// A change that is under way leaves each file old or new; only one that was interrupted is
+// finished.
+void finishLeftChange() { finishChange("LocalDbSnapshot", false); }
+
+Maker const MAKER = {makeDocument, SIZE_MAX, finishLeftChange};
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "localdb/ControllerUse.h"
+#include "localdb/DatabaseChange.h"
 #include "localdb/FileName.h"
 #include "logging/Log.h"
 
@@ -58,6 +59,11 @@ Transaction::Status TransactionLock::readDocument() {
     return Transaction::LOCKED;
 }
 
+bool TransactionLock::isCurrent(Origin const& origin) const {
+    return finishChange("LocalDbTransaction") &&
+           origin.isCurrent(FileName::ofData(database.apiType).get());
+}
+
 // Reads the document again if its file has been replaced.
 Transaction::Status TransactionLock::checkDocument() {
     if (!database.hasValue()) {
@@ -69,7 +75,7 @@ Transaction::Status TransactionLock::checkDocument() {
         return Transaction::LOCKED;
     }
     isInFile_ = origin->file != nullptr;
-    if (isInFile_ && !origin->isCurrent(FileName::ofData(database.apiType).get())) {
+    if (isInFile_ && !isCurrent(*origin)) {
         database.drop();
         return readDocument();
     }

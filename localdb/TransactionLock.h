@@ -74,6 +74,7 @@ class TransactionLock {
 
     Status readDocument();
     Status checkDocument();
+    bool isCurrent(Origin const& origin) const;
     Status giveOut();
     void deleteHandles();
 

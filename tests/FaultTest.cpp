@@ -252,6 +252,39 @@ void transacts(Trial& trial) {
     LocalDbCtrl::removeDB("default");
 }
 
+// All old or all new once somebody asks, and new at once if the save says so. What is refused when
+// the new files are made and the record is put in its place leaves all old; after that it is
+// written in place.
+void savesSeveral(Trial& trial) {
+    char const* const rulesFile = "data/security/security.ldb";
+    TempDir::write(LAN_FILE, OLD);
+    TempDir::write(rulesFile, OLD);
+    LocalDbCtrl::init();
+    int result = -1;
+    trial.run([&] {
+        LocalDbTransaction change(API_NETWORK, "a", "default");
+        TreeMapObject* const rules = change.also(API_SECURITY, "a");
+        EXPECT_EQ(static_cast<bool>(change), rules != nullptr);
+        if (change && (change->set("b", 2), rules->set("b", 2), change->get<int>("b") == 2) &&
+            rules->get<int>("b") == 2) {
+            result = change.save();
+        }
+    });
+    bool const refuses = trial.fault.call == faults::RENAME || trial.fault.call == faults::OWNER ||
+                         trial.fault.call == faults::MODE || trial.fault.call == faults::XATTR;
+    EXPECT_TRUE(result == 0 || !trial.fault.harmless || refuses);
+    EXPECT_TRUE(result == 0 || trial.fault.call != faults::RENAME || trial.n <= 3);
+    EXPECT_TRUE(result != 0 || TempDir::read(LAN_FILE) + TempDir::read(rulesFile) == NEW + NEW);
+    LocalDbTransaction next(API_NETWORK, "a", "default");
+    EXPECT_NE(next.also(API_SECURITY, "a"), nullptr);
+    std::string const now = TempDir::read(LAN_FILE);
+    EXPECT_TRUE(now == OLD || now == NEW) << now;
+    EXPECT_EQ(TempDir::read(rulesFile), now);
+    EXPECT_LE(entriesOf("data"), 3);  // the two folders and the lock
+    next.keep();
+    LocalDbCtrl::removeDB("default");
+}
+
 // The status tells the truth, and the next snapshot is whole.
 void takesSnapshots(Trial& trial) {
     TempDir::write(LAN_FILE, OLD);
@@ -538,6 +571,7 @@ Operation const OPERATIONS[] = {
     {"LockNodeSave", [](Trial& trial) { locks(trial, "a", true); }, false, 2},
     {"LockNodeUnlock", [](Trial& trial) { locks(trial, "a", false); }, false},
     {"Transaction", transacts, false, 2},
+    {"TransactionOfTwo", savesSeveral, false, 6},
     {"Validation", validates, false},
     {"Session", makesASession, true},
     {"LoginAttempt", countsAttempts, false},

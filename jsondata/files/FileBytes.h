@@ -13,6 +13,21 @@ namespace vobiutils {
 // Identifies bytes: equal for equal bytes on every machine, and never 0.
 uint64_t hashOf(char const* bytes, size_t length);
 
+// The same, of bytes that come in pieces: their length first.
+class BytesHash {
+  public:
+    explicit BytesHash(size_t length);
+    void add(char const* bytes, size_t length);  // a multiple of 8, but in the last call
+    uint64_t value() const { return hash_ != 0 ? hash_ : 1; }
+
+  private:
+    uint64_t hash_;
+};
+
+// Sets `version` to that of the content of a file, 0 if there is none, which is read in pieces: it
+// takes no memory. False with errno if it cannot be read, and for what is not a regular file.
+bool readVersion(char const* name, uint64_t& version);
+
 // About a GiB at most, as json-c counts them by an int.
 class FileBytes {
   public:
@@ -26,6 +41,7 @@ class FileBytes {
     int append(FileDescriptor const& file, off_t expected = 0);
     void clear();  // and frees the memory
 
+    char const* data() const { return bytes_; }  // null if there are none
     size_t length() const { return static_cast<size_t>(length_); }
     bool operator==(FileBytes const& other) const;
 

@@ -50,6 +50,16 @@ class FileDescriptor {
     ssize_t read(void* bytes, size_t size) const {
         return untilUninterrupted([=, this] { return ::read(fd_, bytes, size); });
     }
+    // Reads until the buffer is full or the file ends. -1 with errno on failure.
+    ssize_t readFully(char* bytes, size_t size) const {
+        size_t used = 0;
+        ssize_t count = 1;
+        while (used < size && count > 0) {
+            count = read(bytes + used, size - used);
+            used += count > 0 ? static_cast<size_t>(count) : 0;
+        }
+        return count < 0 ? -1 : static_cast<ssize_t>(used);
+    }
     bool seek(off_t offset) const { return lseek(fd_, offset, SEEK_SET) == offset; }
     bool resize(off_t length) const {
         return untilUninterrupted([=, this] { return ftruncate(fd_, length); }) == 0;
@@ -70,15 +80,19 @@ class FileDescriptor {
         return untilUninterrupted([this] { return fsync(fd_); }) == 0;
     }
     // Blocks until this call has the file's lock. True also on a system that has no such locks.
-    bool lock() const {
-        return untilUninterrupted([this] { return flock(fd_, LOCK_EX); }) == 0 || errno == ENOSYS ||
-               errno == ENOLCK || errno == EOPNOTSUPP;
-    }
+    bool lock() const { return lock(LOCK_EX); }
+    // False, with EWOULDBLOCK, where that would have to wait.
+    bool tryLock() const { return lock(LOCK_EX | LOCK_NB); }
     // Explicit, because a child forked in the meantime shares the descriptor and would keep the
     // lock.
     void unlock() const { flock(fd_, LOCK_UN); }
 
   private:
+    bool lock(int operation) const {
+        return untilUninterrupted([=, this] { return flock(fd_, operation); }) == 0 ||
+               errno == ENOSYS || errno == ENOLCK || errno == EOPNOTSUPP;
+    }
+
     // Owns the descriptor that `call` opens, in place of the one owned.
     template <typename Call>
     bool adopt(Call call) {

@@ -30,7 +30,6 @@
 #include "jsondata/files/FileAttributes.h"
 #include "jsondata/files/FileDescriptor.h"
 #include "jsondata/files/FileOverwrite.h"
-#include "jsondata/files/SaveTarget.h"
 #include "jsondata/files/TemporaryFile.h"
 
 namespace vobiutils {
@@ -124,6 +123,14 @@ bool replaceFile(char const* file, char const* bytes, size_t length, Durability 
     Outcome const outcome = replace(target, content);
     return outcome == Outcome::REFUSED ? writeInPlace(target.names.target, content)
                                        : outcome == Outcome::REPLACED;
+}
+
+bool prepareReplacement(SaveTarget& target, char const* bytes, size_t length, char const* text) {
+    FileDescriptor const folder(target.names.folder, O_RDONLY | O_DIRECTORY);
+    TemporaryFile temporary(target.names.temporary);
+    return target.isReplaceable() && !target.isMountPoint() && folder &&
+           make(temporary, target, {bytes, length, true}) == Outcome::REPLACED &&
+           temporary.renameTo(text);
 }
 
 }  // namespace vobiutils

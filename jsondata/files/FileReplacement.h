@@ -5,6 +5,8 @@
 
 #include <stddef.h>
 
+#include "jsondata/files/SaveTarget.h"
+
 namespace vobiutils {
 
 // Whether the new content has to survive a loss of power from the moment of success on.
@@ -26,6 +28,13 @@ enum class Durability { SYNCED, UNSYNCED };
 //
 // May be called from any number of threads and processes at once: the last call wins, whole.
 bool replaceFile(char const* file, char const* bytes, size_t length, Durability durability);
+
+// The first part of a replacement, for a change of several files (FileChange.h): makes the new
+// file, synced, and gives it the name `text` instead of the target's. To rename it to the target
+// and to sync the target's folder is left to do. False where a file could only be written in place:
+// the new file is made in the target's folder, as whatever stops that, or the rename to `text`,
+// would stop the rename to the target, too. On failure nothing is left.
+bool prepareReplacement(SaveTarget& target, char const* bytes, size_t length, char const* text);
 
 }  // namespace vobiutils
 

@@ -51,12 +51,16 @@ char const* prettyText(json_object* value, size_t& length) {
 
 }  // namespace
 
+char const* savedText(json_object* value, size_t& length) {
+    return isReadable(value) ? prettyText(value, length) : nullptr;
+}
+
 int saveJsonFile(char const* name, json_object* value, Durability durability, uint64_t* version) {
-    if (name == nullptr || value == nullptr || !isReadable(value)) {
+    if (name == nullptr || value == nullptr) {
         return -1;
     }
     size_t length = 0;
-    char const* const text = prettyText(value, length);
+    char const* const text = savedText(value, length);
     if (text == nullptr || !replaceFile(name, text, length, durability)) {
         return -1;
     }

@@ -9,6 +9,10 @@
 
 namespace vobiutils {
 
+// The text that saveJsonFile() writes, which belongs to the value until that is changed or printed
+// again. Null for a value that is nested deeper than readJsonFile reads, and when out of memory.
+char const* savedText(json_object* value, size_t& length);
+
 // Replaces the file by one that holds `value`, pretty-printed (see replaceFile). 0 on success; -1
 // when that fails, for a null name or value, and for a value that is nested deeper than
 // readJsonFile reads. On success, `version` is set to that of the bytes that the file then holds,

@@ -28,6 +28,15 @@ bool reads(FileDescriptor const& file, char const* bytes, size_t length) {
     return true;
 }
 
+// The number of the mount that a file belongs to, 0 where the system does not tell. No handle is
+// asked for, but the number comes with the refusal.
+int mountOf(char const* file) {
+    struct file_handle none = {};
+    int mount = 0;
+    name_to_handle_at(AT_FDCWD, file, &none, &mount, 0);
+    return mount;
+}
+
 }  // namespace
 
 bool SaveTarget::find(char const* file) {
@@ -46,6 +55,10 @@ bool SaveTarget::find(char const* file) {
     bool const isFound = isReplaceable_;
     isReplaceable_ = isFound && !(exists_ && names.wentThroughProc());
     return isFound;
+}
+
+bool SaveTarget::isMountPoint() const {
+    return exists_ && mountOf(names.target) != mountOf(names.folder);
 }
 
 bool SaveTarget::holds(char const* bytes, size_t length, FileDescriptor& file) const {

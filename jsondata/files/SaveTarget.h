@@ -24,6 +24,9 @@ class SaveTarget {
     // through a link below /proc. Only what is replaceable has names.
     bool isReplaceable() const { return isReplaceable_; }
 
+    // True for a file that is mounted over another one: no rename replaces it.
+    bool isMountPoint() const;
+
     // Whether the file is there and holds these bytes. It is then open in `file`.
     bool holds(char const* bytes, size_t length, FileDescriptor& file) const;
 

@@ -1,0 +1,50 @@
+// Prepares a change, and takes back what was prepared.
+#include "jsondata/files/FileChange.h"
+
+#include "jsondata/files/FileBytes.h"
+#include "jsondata/files/FileReplacement.h"
+
+namespace vobiutils {
+
+FileChange::~FileChange() {
+    if (!isRecorded_ && record_.count() > 0) {
+        folder_.removeTexts();
+    }
+    if (!isRecorded_ && isMarked_) {
+        folder_.removeRecord();
+    }
+}
+
+bool FileChange::begin() {
+    if (folder_.lock(true) != ChangeState::NONE || folder_.finish() == ChangeState::UNFINISHED) {
+        return false;
+    }
+    isMarked_ = folder_.mark();
+    return isMarked_ || errno == EEXIST;
+}
+
+bool FileChange::add(char const* name, char const* bytes, size_t length) {
+    NameBelow const file(folder_.path(), name);
+    uint64_t const gets = hashOf(bytes, length);
+    uint64_t had = 0;
+    SaveTarget target;
+    FileDescriptor unchanged;
+    if (!target.find(file) || !readVersion(file, had)) {
+        return false;
+    }
+    if (target.holds(bytes, length, unchanged)) {
+        return true;
+    }
+    return had != gets && record_.add(name, had, gets) &&
+           prepareReplacement(target, bytes, length, folder_.text(record_.count() - 1));
+}
+
+bool FileChange::commit() {
+    if (record_.count() == 0) {
+        return true;
+    }
+    isRecorded_ = folder_.store(record_);
+    return isRecorded_ && folder_.finish() == ChangeState::NONE;
+}
+
+}  // namespace vobiutils

@@ -1,0 +1,48 @@
+// Changes several files below one folder: all of them, or none.
+//
+//   1. Take the lock of the folder, finish an earlier change, and mark that one has begun (begin).
+//   2. For each file: make what is to replace it, synced, in the folder (add).
+//   3. Write the record, sync it, and put it in the place of the mark (commit).
+//   4. Finish what the record says (ChangeFolder.cpp): sync the folder, whereupon the change counts,
+//      rename, sync the folders of the files, remove the record.
+//
+// That makes 2n + 2 syncs for n files. A failure, kill or loss of power before the change counts
+// leaves every file old; after it, whoever comes next finishes the change.
+#ifndef VOBIUTILS_JSONDATA_FILES_FILECHANGE_H
+#define VOBIUTILS_JSONDATA_FILES_FILECHANGE_H
+
+#include "jsondata/files/ChangeFolder.h"
+
+namespace vobiutils {
+
+// In this order: begin(), add() for each file, commit(). After one that returns false only the
+// destructor is called.
+class FileChange {
+  public:
+    // `folder` must outlive the object.
+    explicit FileChange(char const* folder) : folder_(folder) {}
+    ~FileChange();  // removes what was made, unless there is a record
+    FileChange(FileChange const&) = delete;
+    FileChange& operator=(FileChange const&) = delete;
+
+    // Waits for a change that is under way. Something other than a record in the place of the record
+    // stays there until commit().
+    bool begin();
+
+    // Adds a file, by its name below the folder, that gets these bytes, unless it holds them
+    // already. False if it could only be written in place.
+    bool add(char const* name, char const* bytes, size_t length);
+
+    // True when every file holds its bytes, synced. False if none does, or if the record stays.
+    bool commit();
+
+  private:
+    ChangeFolder folder_;
+    ChangeRecord record_;
+    bool isMarked_ = false;    // by this change
+    bool isRecorded_ = false;  // the record is in its place
+};
+
+}  // namespace vobiutils
+
+#endif

@@ -1,0 +1,106 @@
+// Knows the data directory, and tells the log how changes end.
+#include "localdb/DatabaseChange.h"
+
+#include <string.h>
+
+#include "BEConfig.h"
+#include "TreeMapObject.h"
+#include "jsondata/files/FileBytes.h"
+#include "jsondata/files/FileChange.h"
+#include "jsondata/files/FileReplacement.h"
+#include "jsondata/files/JsonSave.h"
+#include "logging/Log.h"
+
+namespace vobiutils {
+
+namespace {
+
+ChangeState finishIn(char const* directory, bool waits) {
+    ChangeFolder folder(directory);
+    if (!folder.isMarked()) {
+        return ChangeState::NONE;
+    }
+    ChangeState const state = folder.lock(waits);
+    return state == ChangeState::NONE ? folder.finish() : state;
+}
+
+}  // namespace
+
+bool finishChange(char const* function, bool waits) {
+    char const* const directory = BEConfig::DATA_LOCATION.c_str();
+    switch (finishIn(directory, waits)) {
+        case ChangeState::DAMAGED:
+            UTIL_ERROR("%s: the record of a change in %s is damaged and does not count\n", function,
+                       directory);
+            return true;
+        case ChangeState::NOT_PERMITTED:
+            UTIL_WARN("%s: no permission to finish a change in %s\n", function, directory);
+            return true;
+        case ChangeState::UNFINISHED:
+            UTIL_ERROR("%s: a change in %s cannot be finished yet\n", function, directory);
+            return false;
+        default: return true;
+    }
+}
+
+bool DatabaseChange::add(Database const& database) {
+    File& file = files_[count_++];
+    file.name = FileName::ofData(database.apiType);
+    UTIL_DEBUG("%s: type=%d save object %p to file %s\n", "LocalDbTransaction",
+               static_cast<int>(database.apiType), static_cast<void*>(database.document()),
+               printable(file.name.get()));
+    file.text = database.hasValue() ? savedText(database.document()->jobj, file.length) : nullptr;
+    SaveTarget target;
+    if (file.name.get() == nullptr || file.text == nullptr || !target.find(file.name.get())) {
+        return false;
+    }
+    FileDescriptor unchanged;
+    file.isChanged = !target.holds(file.text, file.length, unchanged);
+    return true;
+}
+
+int DatabaseChange::changedCount() const {
+    int count = 0;
+    for (int i = 0; i < count_; ++i) {
+        count += files_[i].isChanged;
+    }
+    return count;
+}
+
+int DatabaseChange::save() const {
+    bool const isSaved = changedCount() > 1 ? saveTogether() : saveEach();
+    if (!isSaved) {
+        UTIL_DEBUG("%s: failed to save the change\n", "LocalDbTransaction");
+        return 2;
+    }
+    return 0;
+}
+
+// If nothing is to be changed, the files are synced.
+bool DatabaseChange::saveEach() const {
+    bool const isChange = changedCount() > 0;
+    bool areSaved = true;
+    for (int i = 0; i < count_; ++i) {
+        File const& file = files_[i];
+        areSaved =
+            areSaved && (file.isChanged != isChange ||
+                         replaceFile(file.name.get(), file.text, file.length, Durability::SYNCED));
+    }
+    return areSaved;
+}
+
+bool DatabaseChange::saveTogether() const {
+    std::string const& directory = BEConfig::DATA_LOCATION;
+    FileChange change(directory.c_str());
+    bool isComplete = change.begin();
+    for (int i = 0; i < count_; ++i) {
+        File const& file = files_[i];
+        isComplete = isComplete &&
+                     change.add(file.name.get() + directory.size() + 1, file.text, file.length);
+    }
+    return isComplete && change.commit();
+}
+
+uint64_t DatabaseChange::version() const { return hashOf(files_[0].text, files_[0].length); }
+
+}  // namespace vobiutils

@@ -1,0 +1,53 @@
+// Saves the documents of several databases as one change, and finishes what was interrupted.
+#ifndef VOBIUTILS_LOCALDB_DATABASECHANGE_H
+#define VOBIUTILS_LOCALDB_DATABASECHANGE_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "localdb/Database.h"
+#include "localdb/FileName.h"
+
+namespace vobiutils {
+
+// Called before a data file is read or saved: finishes a change that is left in the data directory,
+// after it has waited for one that is under way, or, if it is not to wait, beside that. Takes one
+// system call if there is none. False, with an error in the log, if that failed: some files may be
+// old and some new.
+//
+// True, with a line in the log, where the process may not write in the data directory, and where
+// the record is none: the files then count as they are.
+bool finishChange(char const* function, bool waits = true);
+
+// Writes the data files of several databases: all of them, or none. One whose file would stay the
+// same is left out. A single one that is left is replaced without the steps of a change.
+class DatabaseChange {
+  public:
+    // Adds a database, whose document must not change until save(). False if it cannot be saved.
+    bool add(Database const& database);
+
+    // 0 if every file holds its document; else 2, and none does, or not yet (FileChange.h).
+    int save() const;
+
+    // The version of the first document as it is saved.
+    uint64_t version() const;
+
+  private:
+    struct File {
+        FileName name = FileName::ofData(API_TYPE_COUNT);
+        char const* text;
+        size_t length;
+        bool isChanged;
+    };
+
+    int changedCount() const;
+    bool saveEach() const;
+    bool saveTogether() const;
+
+    int count_ = 0;
+    File files_[API_TYPE_COUNT];
+};
+
+}  // namespace vobiutils
+
+#endif
