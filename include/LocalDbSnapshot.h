@@ -18,8 +18,21 @@
 /// no trace in them. A change that updates no time, through a mapping in memory, is noticed only
 /// within these 20 ms.
 ///
+/// Snapshots of several types that are made one after the other may be from before and after a
+/// change that was saved as one; take() takes them at the same instant:
+///
+/// \code{.cpp}
+/// unsigned int const types[] = {API_WIFI, API_SECURITY};
+/// LocalDbSnapshot parts[2];
+/// if (LocalDbSnapshot::take(types, 2, parts)) {
+///     compare(parts[0].len("ssids"), parts[1].len("firewall.rules"));
+/// }
+/// \endcode
+///
 /// A snapshot needs no controller and no lock. It never waits for a writer, a save or another
-/// reader; only a data file that is a pipe makes the thread that reads it wait for its writer.
+/// reader, except in take(); only a data file that is a pipe makes the thread that reads it wait
+/// for its writer. When it has to read the file, it first finishes a change of several databases
+/// that a kill or a loss of power has interrupted.
 ///
 /// Paths are those of JsonData.h. Nothing here throws.
 ///
@@ -58,6 +71,16 @@ class LocalDbSnapshot {
     /// Takes the document of an API type. What was read before does not matter: if the file is
     /// missing or cannot be read, the status says so.
     explicit LocalDbSnapshot(unsigned int apiType);
+
+    /// Has no document, and the status BAD_ARGUMENTS, until it is assigned to, or taken.
+    LocalDbSnapshot();
+
+    /// Sets `out` to the documents of `count` API types, all as they were saved at one instant: none
+    /// is from before and another from after a change that was saved as one. Waits for a change that
+    /// is being written. True if all are READ. False otherwise, also for a null pointer, and when
+    /// that instant could not be found, because a change that was interrupted cannot be finished, or
+    /// further saves kept coming: each snapshot is then what the constructor would have given.
+    static bool take(unsigned int const* types, int count, LocalDbSnapshot* out);
 
     LocalDbSnapshot(LocalDbSnapshot const& other);             ///< shares the document
     LocalDbSnapshot& operator=(LocalDbSnapshot const& other);  ///< shares the document

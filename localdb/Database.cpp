@@ -30,7 +30,7 @@ uint64_t Database::load(char const* function, int number) {
         UTIL_WARN("%s: Cannot load database from %s\n", function, file.get());
         return 0;
     }
-    if (!finishChange(function)) {
+    if (finishChange(function) == ChangeState::UNFINISHED) {
         document_ = newOwningHandle(nullptr);
         return 0;
     }
@@ -84,8 +84,10 @@ int Database::save(uint64_t& version) {
     FileName const file = FileName::ofData(apiType);
     UTIL_DEBUG("%s: type=%d save object %p to file %s\n", "saveDbObject", static_cast<int>(apiType),
                static_cast<void*>(document_), printable(file.get()));
-    int const result =
-        finishChange("saveDbObject") ? saveDocument(file.get(), document_, &version) : 2;
+    int result = 2;
+    if (finishChange("saveDbObject") != ChangeState::UNFINISHED) {
+        result = saveDocument(file.get(), document_, &version);
+    }
     drop();
     return result;
 }

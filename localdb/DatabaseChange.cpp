@@ -26,22 +26,21 @@ ChangeState finishIn(char const* directory, bool waits) {
 
 }  // namespace
 
-bool finishChange(char const* function, bool waits) {
+ChangeState finishChange(char const* function, bool waits) {
     char const* const directory = BEConfig::DATA_LOCATION.c_str();
-    switch (finishIn(directory, waits)) {
-        case ChangeState::DAMAGED:
-            UTIL_ERROR("%s: the record of a change in %s is damaged and does not count\n", function,
-                       directory);
-            return true;
-        case ChangeState::NOT_PERMITTED:
-            UTIL_WARN("%s: no permission to finish a change in %s\n", function, directory);
-            return true;
-        case ChangeState::UNFINISHED:
-            UTIL_ERROR("%s: a change in %s cannot be finished yet\n", function, directory);
-            return false;
-        default: return true;
+    ChangeState const state = finishIn(directory, waits);
+    if (state == ChangeState::DAMAGED) {
+        UTIL_ERROR("%s: the record of a change in %s is damaged and does not count\n", function,
+                   directory);
+    } else if (state == ChangeState::NOT_PERMITTED) {
+        UTIL_WARN("%s: no permission to finish a change in %s\n", function, directory);
+    } else if (state == ChangeState::UNFINISHED) {
+        UTIL_ERROR("%s: a change in %s cannot be finished yet\n", function, directory);
     }
+    return state;
 }
+
+bool isChangeRecorded() { return ChangeFolder(BEConfig::DATA_LOCATION.c_str()).isRecorded(); }
 
 bool DatabaseChange::add(Database const& database) {
     File& file = files_[count_++];

@@ -5,6 +5,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "jsondata/files/ChangeFolder.h"
 #include "localdb/Database.h"
 #include "localdb/FileName.h"
 
@@ -12,12 +13,13 @@ namespace vobiutils {
 
 // Called before a data file is read or saved: finishes a change that is left in the data directory,
 // after it has waited for one that is under way, or, if it is not to wait, beside that. Takes one
-// system call if there is none. False, with an error in the log, if that failed: some files may be
-// old and some new.
-//
-// True, with a line in the log, where the process may not write in the data directory, and where
-// the record is none: the files then count as they are.
-bool finishChange(char const* function, bool waits = true);
+// system call if there is none. The states but NONE and BUSY come with a line in the log. After
+// UNFINISHED some files may be old and some new: nothing is read then, nor saved.
+ChangeState finishChange(char const* function, bool waits = true);
+
+// Whether a change counts, and may not have come to all files yet. Takes one system call if none is
+// left or under way.
+bool isChangeRecorded();
 
 // Writes the data files of several databases: all of them, or none. One whose file would stay the
 // same is left out. A single one that is left is replaced without the steps of a change.

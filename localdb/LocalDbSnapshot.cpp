@@ -7,17 +7,57 @@
 #include "jsondata/JsonLookup.h"
 #include "jsondata/SchemaFile.h"
 #include "jsondata/SharedSchema.h"
+#include "localdb/DatabaseChange.h"
 #include "localdb/SnapshotStore.h"
 #include "logging/Log.h"
 #include "treemap/TypedValues.h"
 
 using namespace vobiutils;
 
+namespace {
+
+bool areCurrent(unsigned int const* types, int count, LocalDbSnapshot const* taken) {
+    for (int i = 0; i < count; ++i) {
+        LocalDbSnapshot const now(types[i]);
+        if (now.status() != taken[i].status() || now.version() != taken[i].version()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
 LocalDbSnapshot::LocalDbSnapshot(unsigned int apiType)
     : document_(nullptr), status_(BAD_ARGUMENTS) {
     Shared<SharedDocument> document;
     status_ = findDocument(apiType, document);
     document_ = document.release();
+}
+
+LocalDbSnapshot::LocalDbSnapshot() : document_(nullptr), status_(BAD_ARGUMENTS) {}
+
+// Ordinarily the first attempt succeeds. What was taken is still current when it is looked at again,
+// so that it was current, all of it, at the moment between; and at that moment no change was
+// recorded, so that none had come to a part of the files.
+bool LocalDbSnapshot::take(unsigned int const* types, int count, LocalDbSnapshot* out) {
+    int const attempts = 100;
+    bool canSucceed = types != nullptr && out != nullptr;
+    for (int i = 0; canSucceed && i < attempts; ++i) {
+        if (isChangeRecorded()) {
+            ChangeState const state = finishChange("LocalDbSnapshot");
+            canSucceed = state == ChangeState::NONE || state == ChangeState::DAMAGED;
+        }
+        bool areRead = true;
+        for (int j = 0; j < count; ++j) {
+            out[j] = LocalDbSnapshot(types[j]);
+            areRead = areRead && out[j];
+        }
+        if (canSucceed && !isChangeRecorded() && areCurrent(types, count, out)) {
+            return areRead;
+        }
+    }
+    return false;
 }
 
 LocalDbSnapshot::LocalDbSnapshot(LocalDbSnapshot const& other)

@@ -75,7 +75,7 @@ int saveAll(TransactionLock& first, uint64_t& version) {
         return first.database.save(version);
     }
     DatabaseChange change;
-    bool canBeSaved = finishChange("LocalDbTransaction");
+    bool canBeSaved = finishChange("LocalDbTransaction") != ChangeState::UNFINISHED;
     forAll(first, [&](TransactionLock const& lock) {
         canBeSaved = canBeSaved && change.add(lock.database);
     });

@@ -60,7 +60,7 @@ Transaction::Status TransactionLock::readDocument() {
 }
 
 bool TransactionLock::isCurrent(Origin const& origin) const {
-    return finishChange("LocalDbTransaction") &&
+    return finishChange("LocalDbTransaction") != ChangeState::UNFINISHED &&
            origin.isCurrent(FileName::ofData(database.apiType).get());
 }
 

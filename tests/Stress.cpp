@@ -30,6 +30,8 @@ API_TYPE_T const WITHOUT_A_FILE = API_FAC;
 
 std::atomic<int> updates[API_TYPE_COUNT];
 std::atomic<int> attempts;
+std::atomic<int> transfersDone;
+std::atomic<int> sumsTaken;
 
 // Changes the first and the last member alike; false while another writer holds the database.
 bool update(API_TYPE_T type, char const* key, bool save) {
@@ -84,6 +86,33 @@ void readsInATransaction(int round) {
     EXPECT_GE(read->get<int>("first"), saved.get<int>("first"));
     EXPECT_TRUE(read.version() != saved.version() ||
                 read->get<int>("first") == saved.get<int>("first"));
+}
+
+// Two of three types, in every order, and readers of all: what one document loses the other gets.
+unsigned int const SHARED_OUT[] = {API_WIFI, API_NETWORK, API_SECURITY};
+
+void transfers(int round) {
+    unsigned int const from = SHARED_OUT[round % 3];
+    unsigned int const to = SHARED_OUT[(round + 1 + round / 3 % 2) % 3];
+    LocalDbTransaction change(from, "", "default", 100);
+    TreeMapObject* const other = change.also(to, "");
+    if (other == nullptr) {
+        EXPECT_EQ(change.status(), LocalDbTransaction::BUSY);
+        return;
+    }
+    change->set("share", change->get<int>("share") - round);
+    other->set("share", other->get<int>("share") + round);
+    EXPECT_TRUE(round % 4 == 0 || change.save() == 0);
+    transfersDone += round % 4 != 0;
+}
+void addsUp(int) {
+    Snapshot parts[3];
+    if (Snapshot::take(SHARED_OUT, 3, parts)) {
+        EXPECT_EQ(
+            parts[0].get<int>("share") + parts[1].get<int>("share") + parts[2].get<int>("share"),
+            0);
+        ++sumsTaken;
+    }
 }
 
 void writesOneType(int round) { updates[API_QOS] += update(API_QOS, "default", round % 16 == 0); }
@@ -218,7 +247,8 @@ TEST(Stress, LosesAndTearsNothing) {
     testing::UnitTest::GetInstance()->listeners().Append(new FailuresOnStandardError);
     TempDir dir;
     for (unsigned int type = 0; type < WITHOUT_A_FILE; ++type) {
-        dir.write(LocalDbCtrl::getFileName(type), "{\"first\":0,\"list\":[0,{\"last\":0}]}");
+        dir.write(LocalDbCtrl::getFileName(type),
+                  "{\"share\":0,\"first\":0,\"list\":[0,{\"last\":0}]}");
     }
     dir.write(LocalDbCtrl::getSchemaFile(API_WIFI, 0), "{\"required\": [\"ssid\"]}");
     ASSERT_NE(freopen("/dev/null", "w", stdout), nullptr);
@@ -233,15 +263,16 @@ TEST(Stress, LosesAndTearsNothing) {
     auto const end = std::chrono::steady_clock::now() +
                      std::chrono::seconds(seconds != nullptr ? atoi(seconds) : 3);
     auto const isOver = [end] {  // not before everything has been done, however slow the disk is
-        return std::chrono::steady_clock::now() >= end && attempts > 0 &&
+        return std::chrono::steady_clock::now() >= end && attempts > 0 && transfersDone > 0 &&
+               sumsTaken > 0 &&
                std::find(updates, updates + WITHOUT_A_FILE, 0) == updates + WITHOUT_A_FILE;
     };
     std::vector<std::jthread> threads;
     for (auto* work :
-         {writesAllTypes, writesOneType, transacts, readsInATransaction, savesInSessions,
-          savesInSessions, readsTheFile, readsSnapshots, makesASessionOfItsOwn, removesASession,
-          savesInAPassingSession, takesTurnsAfterNullResults, releasesAFreeDatabase, logs, logsIn,
-          asksForNames, checks}) {
+         {writesAllTypes, writesOneType, transacts, readsInATransaction, transfers, addsUp,
+          savesInSessions, savesInSessions, readsTheFile, readsSnapshots, makesASessionOfItsOwn,
+          removesASession, savesInAPassingSession, takesTurnsAfterNullResults,
+          releasesAFreeDatabase, logs, logsIn, asksForNames, checks}) {
         for (int copy = 0; copy < 2; ++copy) {
             threads.emplace_back([work, isOver] {
                 for (int round = 1; !isOver(); ++round) {

@@ -77,6 +77,12 @@ bool ChangeFolder::isMarked() const {
     return faccessat(AT_FDCWD, NameBelow(path_, RECORD), F_OK, 0) == 0;
 }
 
+bool ChangeFolder::isRecorded() const {
+    ChangeRecord record;
+    return isMarked() && (read(NameBelow(path_, RECORD), record) == ChangeState::UNFINISHED ||
+                          record.count() > 0);
+}
+
 ChangeState ChangeFolder::lock(bool waits) {
     if (faccessat(AT_FDCWD, path_, W_OK | X_OK, AT_EACCESS) != 0 && isRefusal(errno)) {
         return ChangeState::NOT_PERMITTED;

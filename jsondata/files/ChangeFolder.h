@@ -43,6 +43,10 @@ class ChangeFolder {
     // Whether there may be something to finish. Takes one system call, and no lock.
     bool isMarked() const;
 
+    // Whether there is a record: of a change that counts, as long as not all files are known to be
+    // new, or is about to. Takes one system call if there is none, and no lock.
+    bool isRecorded() const;
+
     // Takes the lock, and returns NONE; waits for it, or returns BUSY.
     ChangeState lock(bool waits);
 

@@ -154,6 +154,20 @@ void end(Call& c, int (LocalDbTransaction::*finish)()) {
     }
 }
 
+// Takes the types in the other words at one instant.
+void take(Call& c) {
+    std::vector<unsigned int> types;
+    for (size_t i = 1; i < c.words.size(); ++i) {
+        types.push_back(c.number(i));
+    }
+    std::vector<LocalDbSnapshot> out(types.size());
+    c.answer(LocalDbSnapshot::take(types.data(), static_cast<int>(types.size()), out.data()));
+    for (LocalDbSnapshot const& snapshot : out) {
+        std::unique_ptr<TreeMapObject> const copy(snapshot ? snapshot.copy("") : nullptr);
+        c.result += " " + (copy ? text(copy->jobj) : std::to_string(snapshot.status()));
+    }
+}
+
 // Compares the version of a transaction, which may have ended, with that of the file.
 void showVersion(Call& c) {
     std::scoped_lock const lock(c.session.guard);
@@ -212,5 +226,6 @@ Commands const DATABASE_COMMANDS = {
     {"commit", [](Call& c) { end(c, &LocalDbTransaction::save); }},
     {"keep", [](Call& c) { end(c, &LocalDbTransaction::keep); }},
     {"version", showVersion},
+    {"take", take},
     {"discard", [](Call& c) { end(c, nullptr); }},
 };
