@@ -210,6 +210,7 @@ TEST_F(DataFiles, OfAnyShapeGetAnAnswer) {
 TEST_F(DataFiles, AreChangedOnConditionByOneAtATime) {
     fs::create_directories("data/misc");
     TempDir::write("data/misc/misc.ldb", R"({"n": 0})");
+    TempDir::write("data/misc/misc_SCHEMA.ldb", R"({"properties": {"n": {"minimum": 0}}})");
     LocalDbCtrl::init();
     Routes routes;
     std::atomic<int> changes = 0;
