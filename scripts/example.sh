@@ -45,12 +45,19 @@ if [ "${1-}" = --serve ]; then
 fi
 
 token=
-# Sends a request as the page does, and shows it with the answer and its status.
+# Sends a request as the page does, and shows it with the answer and its status. A change at an index is made to
+# the version that the last answer had.
 ask() { # METHOD PATH [BODY]
     printf '\n> %s %s %s\n' "$1" "$2" "${3-}"
+    condition=
+    case "$1 $2" in
+        GET*) ;;
+        *\[*) condition="If-Match: $(sed -n 's/^ETag: \(.*\)\r$/\1/p' $build/headers.txt)" ;;
+    esac
     curl --silent --globoff --max-time 10 --request "$1" \
         ${3+--data "$3" --header 'Content-Type: application/json'} \
-        ${token:+--header "Authorization: Bearer $token"} --write-out '\n< %{http_code}\n' "$url$2" |
+        ${token:+--header "Authorization: Bearer $token"} ${condition:+--header "$condition"} \
+        --dump-header $build/headers.txt --write-out '\n< %{http_code}\n' "$url$2" |
         tee $build/answer.txt
 }
 
@@ -60,13 +67,16 @@ ask POST /login '{"username": "admin", "password": "guessed"}'
 ask POST /login '{"username": "admin", "password": "sample-admin-password"}'
 token=$(sed -n 's/.*"token": "\([0-9a-f]*\)".*/\1/p' $build/answer.txt)
 ask GET '/api/network/lan.ipv4.address'
+ask GET '/api/wifi/ssids.[2].name'
 ask PUT '/api/wifi/ssids.[2].name' '"garden"'
 ask PUT '/api/wifi/ssids.[2].security.mode' '"none"'
 ask PUT '/api/wifi/ssids.[2]' '{"id": 3, "enabled": false}'
+ask PATCH '/api/gateway/led' '{"nightMode": {"from": "22:00"}}'
 ask POST '/api/service/portForwarding.rules' '{"name": "garden-camera", "protocol": "tcp",
   "externalPort": 8555, "internalPort": 554, "internalClient": "192.168.1.40", "enabled": true}'
 ask GET '/api/service/portForwarding?find=externalPort&value=8555'
 ask DELETE '/api/service/portForwarding.rules.[0]'
+ask GET /api/me
 ask POST /logout
 ask GET '/api/wifi/ssids.[2].name'
 show_changes

@@ -2,8 +2,6 @@
 #ifndef BACKEND_ACCESS_H
 #define BACKEND_ACCESS_H
 
-#include <json-c/json.h>
-
 #include <optional>
 #include <string>
 
@@ -16,8 +14,8 @@ bool isSecret(Place const& place, std::string const& name);
 // Whether the path of the place leads through a secret.
 bool namesSecret(Place const& place);
 
-// Answers with a copy of a value, out of which it takes the secrets. 503 for null: no memory for a copy.
-Reply show(Place const& place, int status, json_object* copy);
+// Removes the secrets in a copy of the value at the place, or in the whole database.
+void removeSecrets(Place const& place, TreeMapObject& copy);
 
 // Why a place cannot be written to, if it cannot.
 std::optional<Reply> refuseWriting(Place const& place);

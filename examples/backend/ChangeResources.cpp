@@ -1,15 +1,12 @@
-// Changes what is at a place: puts a value there, appends one, removes one.
+// Changes what is at a place: puts a value there, merges one into it, appends one, removes one.
 #include <JsonData.h>
 #include <LocalDbTransaction.h>
 
 #include <functional>
-#include <limits>
-#include <memory>
 #include <optional>
 #include <set>
 
 #include "Access.h"
-#include "Json.h"
 #include "Limits.h"
 #include "Messages.h"
 #include "Resources.h"
@@ -18,16 +15,24 @@
 namespace {
 
 char const SHARED[] = "default";
+int64_t const MAX_ID = (INT64_C(1) << 53) - 1;  // a page holds no larger number exactly
 
-bool canHold(TreeMapObject const& container, std::string const& token) {
-    return !Path::isIndex(token) && json_object_is_type(container.jobj, json_type_object);
+bool isIndex(std::string const& step) { return step.starts_with('['); }
+bool hasIndex(std::string const& path) { return ("." + path).find(".[") != std::string::npos; }
+
+std::string join(std::string const& path, std::string const& step) {
+    return path.empty() ? step : path + "." + step;
+}
+
+std::string indexed(std::string const& path, int index) {
+    return join(path, "[" + std::to_string(index) + "]");
 }
 
 // The "id" of each element; none when one has none.
-std::set<int> idsIn(TreeMapObject& array) {
-    std::set<int> ids;
+std::set<int64_t> idsIn(TreeMapObject& array) {
+    std::set<int64_t> ids;
     for (unsigned int i = 0; Node const element{array.at(i)}; ++i) {
-        int id = 0;
+        int64_t id = 0;
         if (!element->get_ex("id", id)) {
             return {};
         }
@@ -38,15 +43,15 @@ std::set<int> idsIn(TreeMapObject& array) {
 
 // Gives a new element an id like those of the others, if they have any. False when its own is taken,
 // or there is none left.
-bool settleId(TreeMapObject& element, std::set<int> const& ids) {
-    int id = 0;
+bool settleId(TreeMapObject& element, std::set<int64_t> const& ids) {
+    int64_t id = 0;
     if (ids.empty()) {
         return true;
     }
     if (element.get_ex("id", id)) {
         return !ids.contains(id);
     }
-    if (*ids.rbegin() == std::numeric_limits<int>::max()) {
+    if (*ids.rbegin() >= MAX_ID) {
         return false;
     }
     element.set("id", *ids.rbegin() + 1);
@@ -56,56 +61,57 @@ bool settleId(TreeMapObject& element, std::set<int> const& ids) {
 // What a request does where there is nothing at its place.
 enum Missing { IS_REFUSED, IS_MADE };
 
-// Why there is nothing to change, if so.
+// Why there is nothing to change, if so. A new element has to be appended.
 std::optional<Reply> refuseMissing(Place const& place, TreeMapObject& document, Missing missing) {
-    if (missing == IS_REFUSED) {
-        return refuse(404, "nothing at this path");
-    }
-    Node const container(document.get(place.path.parent().text().c_str()));
-    if (container == nullptr || !canHold(*container, place.path.last())) {
-        return refuse(404, "nothing at this path, and nothing that could hold it");
-    }
-    return std::nullopt;
+    bool const canBeMade =
+        missing == IS_MADE && !isIndex(JsonData::lastStep(place.path)) &&
+        document.presence(place.path.c_str()) == TreeMapObject::VACANT &&
+        document.presence(JsonData::parentPath(place.path).c_str()) == TreeMapObject::PRESENT;
+    return canBeMade ? std::nullopt : std::optional(refuse(404, "nothing at this path"));
 }
 
 // Why this version of the database must not be changed, if so. The session sees it from now on: a request
 // that is refused because the session knows another one would be refused for ever.
 std::optional<Reply> refuseVersion(Place const& place, std::uint64_t version, bool isThere) {
     Conditions const& conditions = place.conditions;
-    EntityTag const tag = isThere ? EntityTag(tagOf(version, true)) : std::nullopt;
-    if (!conditions.isWanted(tag) || conditions.isKnown(tag)) {
-        place.session.seeSaved(place.type);
-        return refuse(412, "there is another version of this: read it again");
-    }
-    if (conditions.namesVersion() || !place.path.hasIndex() || !seesOther(place, version)) {
+    EntityTag const tag = tagOf(version, true);
+    EntityTag const existing = isThere ? tag : std::nullopt;
+    // intended: a version is that of the database, so it can be named for what is made in it
+    if (conditions.isWanted(conditions.namesVersion() ? tag : existing) &&
+        !conditions.isKnown(existing)) {
         return std::nullopt;
     }
     place.session.seeSaved(place.type);
-    return refuse(409, "this has been changed in another session: read it again");
+    return refuse(412, "there is another version of this: read it again");
 }
 
 // Changes the document at a place that may be changed. Answers with a refusal, or with what is to be
-// answered once the change is saved. `existing` is null when there is nothing at the place.
-typedef std::function<Reply(TreeMapObject& document, TreeMapObject* existing)> Change;
+// answered once the change is saved.
+typedef std::function<Reply(TreeMapObject& document)> Change;
 
 Reply apply(Place const& place, LocalDbTransaction& database, Missing missing,
             Change const& change) {
     TreeMapObject& document = *database.object();
-    Node const existing(document.get(place.path.text().c_str()));
+    bool const isThere = document.presence(place.path.c_str()) == TreeMapObject::PRESENT;
     std::optional<Reply> refusal;
-    if (existing == nullptr) {
+    if (!isThere) {
         refusal = refuseMissing(place, document, missing);
     }
     if (!refusal) {
-        refusal = refuseVersion(place, database.version(), existing != nullptr);
+        refusal = refuseVersion(place, database.version(), isThere);
     }
-    return refusal ? *refusal : change(document, existing.get());
+    if (refusal) {
+        return *refusal;
+    }
+    Reply reply = change(document);
+    reply.status = reply.status == 200 && !isThere ? 201 : reply.status;
+    return reply;
 }
 
 // Changes the shared document and saves it.
 Reply writing(Place const& place, Missing missing, Change const& change) {
-    if (std::optional<Reply> const refusal = refuseWriting(place)) {
-        return *refusal;
+    if (hasIndex(place.path) && !place.conditions.namesVersion()) {
+        return refuse(428, "an index needs If-Match: it means another element in another version");
     }
     LocalDbTransaction database(place.type, "", SHARED, MAX_WAIT_MS);
     if (!database) {
@@ -125,88 +131,129 @@ Reply writing(Place const& place, Missing missing, Change const& change) {
     return reply;
 }
 
-bool isFull(TreeMapObject& document, Path const& array, int length) {
-    Node const parent(document.get(array.parent().text().c_str()));
+// A whole database is only changed in parts.
+std::optional<Reply> refuseWhole(Place const& place) {
+    return place.path.empty() ? std::optional(refuseMethod("GET, HEAD, PATCH, OPTIONS",
+                                                           "cannot replace a whole database: give "
+                                                           "a path inside it, or use PATCH"))
+                              : std::nullopt;
+}
+
+// The body of a change; null when there is a refusal. It is the message that does this at the place, if
+// there is one.
+Node bodyFor(Place const& place, char const* method, std::string const& body, Reply& refusal) {
+    if (auto const forbidden = refuseWriting(place)) {
+        refusal = *forbidden;
+        return nullptr;
+    }
+    Node value = parseBody(body, refusal);
+    Message const* const message = messageOf(method, place.type, place.path);
+    if (value != nullptr && message != nullptr) {
+        if (auto const invalid = refuseMessage(place.type, message->request, *value)) {
+            refusal = *invalid;
+            return nullptr;
+        }
+    }
+    return value;
+}
+
+// What is at the place now.
+Reply show(Place const& place, TreeMapObject& document) {
+    Node const copy(document.clone(place.path.c_str()));
+    if (copy == nullptr) {
+        TreeMapObject null;
+        return replyWith(null);
+    }
+    removeSecrets(place, *copy);
+    return replyWith(*copy);
+}
+
+Reply merge(Place const& place, TreeMapObject& document, TreeMapObject& patch) {
+    return document.merge(place.path.c_str(), &patch) == 0
+               ? show(place, document)
+               : refuse(400, "the value cannot be merged in here");
+}
+
+bool isFull(TreeMapObject& document, std::string const& array, int length) {
     int maximum = MAX_ARRAY_LENGTH;
-    return length >= MAX_ARRAY_LENGTH ||
-           (parent != nullptr && parent->get_ex("maxRules", maximum) && length >= maximum);
+    document.get_ex(join(JsonData::parentPath(array), "maxRules").c_str(), maximum);
+    return length >= std::min(maximum, MAX_ARRAY_LENGTH);
+}
+
+Reply append(Place const& place, TreeMapObject& document, TreeMapObject& element) {
+    Node const array(document.get(place.path.c_str()));
+    int const length = array != nullptr ? array->len() : -1;
+    if (length < 0) {
+        return refuseMethod("GET, HEAD, PUT, PATCH, DELETE, OPTIONS", "no array at this path");
+    }
+    if (isFull(document, place.path, length)) {
+        return refuse(409, "the array is full");
+    }
+    if (!settleId(element, idsIn(*array))) {
+        return refuse(409, "this id is taken, or none is left");
+    }
+    int const index = array->addArrayItem(&element);
+    if (index < 0) {
+        return refuse(400, "null cannot be appended");
+    }
+    Reply reply = replyWith(element, 201);
+    reply.location = std::string("/api/") + LocalDbCtrl::getApiDir(place.type) + "/" +
+                     indexed(place.path, index);
+    return reply;
 }
 
 }  // namespace
 
 Reply changeResource(Place const& place, std::string const& body) {
-    Json const value = parseJson(body);
-    if (!value) {
-        return refuse(400, "the body is not one JSON value");
+    if (auto const refusal = refuseWhole(place)) {
+        return *refusal;
     }
-    Message const* const message = messageOf("PUT", place.type, place.path);
-    if (message != nullptr) {
-        if (auto const refusal = refuseMessage(place.type, message->request, value.get())) {
-            return *refusal;
-        }
+    Reply refusal;
+    Node const value = bodyFor(place, "PUT", body, refusal);
+    if (value == nullptr) {
+        return refusal;
     }
-    return writing(place, IS_MADE, [&](TreeMapObject& document, TreeMapObject* existing) {
-        std::string const path = place.path.text();
-        bool const isMerged = message != nullptr && existing != nullptr &&
-                              json_object_is_type(existing->jobj, json_type_object) &&
-                              json_object_is_type(value.get(), json_type_object);
-        if (isMerged) {
-            merge(existing->jobj, value.get());
-        } else if (JsonData::setJObj(document.jobj, path.c_str(), value.get()) != 0) {
-            return refuse(500, "the value cannot be stored");
+    bool const isMessage = messageOf("PUT", place.type, place.path) != nullptr;
+    return writing(place, IS_MADE, [&](TreeMapObject& document) {
+        if (isMessage) {
+            return merge(place, document, *value);
         }
-        Json const stored = copyOf(JsonData::getJObj(document.jobj, path.c_str()));
-        return show(place, existing != nullptr ? 200 : 201, stored.get());
+        document.set(place.path.c_str(), value.get());
+        return show(place, document);
     });
 }
 
+Reply mergeResource(Place const& place, std::string const& body) {
+    Reply refusal;
+    Node const patch = bodyFor(place, "PATCH", body, refusal);
+    if (patch == nullptr) {
+        return refusal;
+    }
+    if (place.path.empty() && place.type == API_GATEWAY &&
+        patch->presence("users") == TreeMapObject::PRESENT) {
+        return refuse(403, "users cannot be changed here");
+    }
+    return writing(place, IS_MADE,
+                   [&](TreeMapObject& document) { return merge(place, document, *patch); });
+}
+
 Reply appendResource(Place const& place, std::string const& body) {
-    Json const value = parseJson(body);
-    if (!value) {
-        return refuse(400, "the body is not one JSON value");
-    }
-    Message const* const message = messageOf("POST", place.type, place.path);
-    if (message != nullptr) {
-        if (auto const refusal = refuseMessage(place.type, message->request, value.get())) {
-            return *refusal;
-        }
-    }
-    return writing(place, IS_REFUSED, [&](TreeMapObject& document, TreeMapObject* array) {
-        int const length = array->len();
-        if (length < 0) {
-            return refuseMethod("GET, HEAD, PUT, DELETE, OPTIONS", "no array at this path");
-        }
-        if (isFull(document, place.path, length)) {
-            return refuse(409, "the array is full");
-        }
-        TreeMapObject element(json_object_get(value.get()));
-        if (!settleId(element, idsIn(*array))) {
-            return refuse(409, "this id is taken, or none is left");
-        }
-        int const index = array->addArrayItem(&element);
-        if (index < 0) {
-            return refuse(500, "the value cannot be stored");
-        }
-        Reply reply = show(place, 201, copyOf(element.jobj).get());
-        reply.location = std::string("/api/") + LocalDbCtrl::getApiDir(place.type) + "/" +
-                         place.path.text() + ".[" + std::to_string(index) + "]";
-        return reply;
+    Reply refusal;
+    Node const element = bodyFor(place, "POST", body, refusal);
+    return element == nullptr ? refusal : writing(place, IS_REFUSED, [&](TreeMapObject& document) {
+        return append(place, document, *element);
     });
 }
 
 Reply removeResource(Place const& place) {
-    return writing(place, IS_REFUSED, [&](TreeMapObject& document, TreeMapObject*) {
-        Path const parent = place.path.parent();
-        Node const container(document.get(parent.text().c_str()));
-        // removal replaces the array in its handle: for the root that must be the document's own
-        TreeMapObject& array = parent.isRoot() ? document : *container;
-        if (!Path::isIndex(place.path.last())) {
-            document.del(place.path.text().c_str());
-        } else if (array.delArrayItem(place.path.lastIndex()) < 0) {
-            return refuse(409, "cannot remove an element of a nested array");
-        }
-        Reply reply;
-        reply.status = 204;
-        return reply;
+    if (auto const refusal = refuseWriting(place)) {
+        return *refusal;
+    }
+    if (auto const refusal = refuseWhole(place)) {
+        return *refusal;
+    }
+    return writing(place, IS_REFUSED, [&](TreeMapObject& document) {
+        document.remove(place.path.c_str());
+        return Reply{.status = 204};
     });
 }

@@ -7,30 +7,34 @@
 //
 // Each writer has a part of a database to itself, and keeps a model of it: the part as it was last
 // acknowledged and, when no answer came to the last request, as it would be had that been served.
+#include <JsonData.h>
+#include <TreeMapObject.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "Json.h"
 #include "LoadClient.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 typedef std::chrono::steady_clock Clock;
+typedef std::unique_ptr<TreeMapObject> Node;
 
 char const* const TYPES[] = {"gateway",    "wifi", "network", "security", "service",
                              "mediashare", "qos",  "misc",    "fac"};
 char const* const WRITTEN[] = {"misc", "qos", "wifi"};
 unsigned int const WRITERS = 6;
 unsigned int const READERS = 6;
-size_t const LONGEST_LIST = 40;
+int const LONGEST_LIST = 40;
 
 struct Figures {
     std::vector<double> milliseconds;  // of the requests that were served
@@ -45,9 +49,9 @@ class Client {
         std::string answer;
         int const status = http_.ask(
             "POST", "/login", R"({"username":"admin","password":"sample-admin-password"})", answer);
-        Json const login = parseJson(answer);
-        char const* const token = stringAt(login.get(), "token");
-        if (token == nullptr || status != 200) {
+        TreeMapObject login(answer.c_str());
+        char const* token = nullptr;
+        if (status != 200 || !login.get_ex("token", token)) {
             figures.failure = "cannot log in";
             return;
         }
@@ -93,45 +97,44 @@ class Part {
     explicit Part(unsigned int writer)
         : name_("load" + std::to_string(writer)),
           type_(WRITTEN[writer % 3]),
-          acknowledged_(nullptr),
-          next_(parseJson(R"({"counter":0,"list":[]})")) {}
+          next_(std::make_unique<TreeMapObject>(R"({"counter":0,"list":[]})")) {}
 
-    // One step: makes the part, counts, and every third time appends to the list or shortens it.
+    // One step: makes the part, counts, and every third time appends to the list, or replaces it by a shorter one.
     void change(Client& client, int step) {
         std::string const place = "/api/" + type_ + "/" + name_;
-        json_object* const list = json_object_object_get(next_.get(), "list");
-        size_t const length = json_object_array_length(list);
+        Node const list(next_->get("list"));
         bool served = false;
         if (step == 0) {
-            served = client.ask("PUT", place, textOf(next_.get()));
+            served = client.ask("PUT", place, JsonData::getJson(next_.get()));
         } else if (step % 3 != 0) {
-            json_object_object_add(next_.get(), "counter", json_object_new_int(step));
+            next_->set("counter", step);
             served = client.ask("PUT", place + ".counter", std::to_string(step));
-        } else if (length < LONGEST_LIST) {
-            json_object_array_add(list, json_object_new_int(step));
+        } else if (list->len() < LONGEST_LIST) {
+            list->addArrayItem(step);
             served = client.ask("POST", place + ".list", std::to_string(step));
         } else {
-            json_object_array_del_idx(list, 0, 1);
-            served = client.ask("DELETE", place + ".list.[0]", "");
+            list->remove("[0]");
+            served = client.ask("PUT", place + ".list", JsonData::getJson(list.get()));
         }
         if (served) {
-            acknowledged_ = copyOf(next_.get());
+            acknowledged_.reset(next_->clone(""));
         }
     }
 
-    void write(json_object* journal) const {
-        Json entry(json_object_new_object());
-        json_object_object_add(entry.get(), "type", json_object_new_string(type_.c_str()));
-        json_object_object_add(entry.get(), "acknowledged", json_object_get(acknowledged_.get()));
-        json_object_object_add(entry.get(), "next", json_object_get(next_.get()));
-        json_object_object_add(journal, name_.c_str(), entry.release());
+    void write(TreeMapObject& journal) const {
+        TreeMapObject entry(false);
+        entry.set("name", name_.c_str());
+        entry.set("type", type_.c_str());
+        entry.set("acknowledged", acknowledged_.get());
+        entry.set("next", next_.get());
+        journal.addArrayItem(&entry);
     }
 
   private:
     std::string const name_;
     std::string const type_;
-    Json acknowledged_;  // null before the first answer
-    Json next_;
+    Node acknowledged_;  // null before the first answer
+    Node next_;
 };
 
 std::string randomPlace(std::minstd_rand& random) {
@@ -206,48 +209,56 @@ int run(int port, int seconds, char const* journalFile) {
         thread.join();
     }
     double const lasted = std::chrono::duration<double>(Clock::now() - start).count();
-    Json const journal(json_object_new_object());
+    TreeMapObject journal(true);
     for (Part const& part : parts) {
-        part.write(journal.get());
+        part.write(journal);
     }
-    bool const written = json_object_to_file(journalFile, journal.get()) == 0;
+    bool const written = JsonData::saveObjectToFile(journalFile, &journal) == 0;
     bool const writersGood = report("writers", writers, lasted);
     bool const readersGood = report("readers", readers, lasted);
     return written && writersGood && readersGood ? 0 : 1;
 }
 
+bool isSame(TreeMapObject* one, TreeMapObject* other) {
+    TreeMapObject none;  // a null handle cannot be compared
+    Node const difference(
+        JsonData::difference(one != nullptr ? one : &none, other != nullptr ? other : &none));
+    return difference != nullptr && difference->len() == 0;
+}
+
 // Takes the writers' parts out of a document. False when one is neither as it was acknowledged nor
 // as it would be after the request that was not answered.
-bool takeParts(json_object* document, std::string const& type, json_object* journal) {
+bool takeParts(TreeMapObject& document, std::string const& type, TreeMapObject& journal) {
     bool isGood = true;
-    for (auto const& [name, entry] : membersOf(journal)) {
-        char const* const itsType = stringAt(entry, "type");
-        if (itsType == nullptr || type != itsType) {
+    for (unsigned int i = 0; Node const entry{journal.at(i)}; ++i) {
+        if (type != entry->get<char const*>("type")) {
             continue;
         }
-        json_object* const found = json_object_object_get(document, name);
-        if (!json_object_equal(found, json_object_object_get(entry, "acknowledged")) &&
-            !json_object_equal(found, json_object_object_get(entry, "next"))) {
-            std::printf("lost: %s %s is %s\n", type.c_str(), name, textOf(found).c_str());
+        char const* const name = entry->get<char const*>("name");
+        Node const found(document.get(name));
+        Node const acknowledged(entry->get("acknowledged"));
+        Node const next(entry->get("next"));
+        if (!isSame(found.get(), acknowledged.get()) && !isSame(found.get(), next.get())) {
+            std::printf("lost: %s %s is\n", type.c_str(), name);
+            document.dump(name);
             isGood = false;
         }
-        json_object_object_del(document, name);
+        document.remove(name);
     }
     return isGood;
 }
 
 int check(char const* journalFile, fs::path const& before, fs::path const& after) {
-    Json const journal(json_object_from_file(journalFile));
-    bool isGood = static_cast<bool>(journal);
+    Node const journal(JsonData::createObjectFromFile(journalFile));
+    bool isGood = journal != nullptr && journal->len() >= 0;
     for (std::string const type : TYPES) {
         std::string const file = type + "/" + type + ".ldb";
-        Json const old(json_object_from_file((before / file).c_str()));
-        Json const now(json_object_from_file((after / file).c_str()));
-        if (!json_object_is_type(now.get(), json_type_object)) {
+        Node const old(JsonData::createObjectFromFile((before / file).c_str()));
+        Node const now(JsonData::createObjectFromFile((after / file).c_str()));
+        if (now == nullptr || now->jobj == nullptr) {
             std::printf("torn: %s\n", file.c_str());
             isGood = false;
-        } else if (isGood && takeParts(now.get(), type, journal.get()) &&
-                   json_object_equal(old.get(), now.get())) {
+        } else if (isGood && takeParts(*now, type, *journal) && isSame(old.get(), now.get())) {
             continue;
         } else {
             std::printf("changed: %s\n", file.c_str());

@@ -7,7 +7,7 @@
 
 #include <optional>
 
-#include "Json.h"
+#include "Limits.h"
 #include "Messages.h"
 #include "Password.h"
 #include "http/ClientAddress.h"
@@ -17,16 +17,9 @@ namespace {
 char const REQUEST[] = "GATEWAY_LOGIN_REQ";
 char const RESPONSE[] = "GATEWAY_LOGIN_RESP";
 
-struct User {
-    bool isKnown = false;
-    bool isEnabled = false;
-    std::string role;
-    std::string password;  // hashed
-};
-
 // Why the users cannot be searched, if they cannot. Names are compared one by one: the search of a document
 // looks everywhere in it. An entry that lacks something is nobody's.
-std::optional<Reply> findUser(std::string const& name, User& user) {
+std::optional<Reply> findUser(std::string const& name, Login::User& user) {
     LocalDbSnapshot const gateway(API_GATEWAY);
     if (gateway.status() == LocalDbSnapshot::NO_MEMORY) {
         return refuse(503, "out of memory", 1);
@@ -57,67 +50,59 @@ Reply welcome(std::string const& token, std::string const& role) {
     response.set("token", token.c_str());
     response.set("expires", BEConfig::AUTH_EXPIRATION);
     response.set("role", role.c_str());
-    if (BEConfig::VALIDATION_ON_RESPONSE != 0 && !isValid(API_GATEWAY, RESPONSE, response.jobj)) {
+    if (BEConfig::VALIDATION_ON_RESPONSE != 0 && !isValid(API_GATEWAY, RESPONSE, response)) {
         return refuse(500, "internal error: response does not match GATEWAY_LOGIN_RESP");
     }
-    Reply reply;
-    reply.body = textOf(response.jobj);
-    return reply;
+    return replyWith(response);
 }
 
 }  // namespace
 
-Login::Login(Sessions& sessions) : sessions_(sessions), records_(BELoginRecord::isRunning) {}
+Login::Login(Sessions& sessions) : sessions_(sessions), records_(BELoginRecord::isRunning) {
+    BELoginRecord::setMaximum(MAX_CLIENTS);
+}
 
 Reply Login::attempt(std::string const& address, std::string const& body) {
-    Json const value = parseJson(body);
-    if (!value) {
-        return refuse(400, "the body is not one JSON value");
+    Reply refusal;
+    Node const request = parseBody(body, refusal);
+    if (request == nullptr) {
+        return refusal;
     }
-    if (std::optional<Reply> const refusal = refuseMessage(API_GATEWAY, REQUEST, value.get())) {
-        return *refusal;
+    if (std::optional<Reply> const invalid = refuseMessage(API_GATEWAY, REQUEST, *request)) {
+        return *invalid;
     }
-    char const* const username = stringAt(value.get(), "username");
-    char const* const password = stringAt(value.get(), "password");
-    if (username == nullptr || password == nullptr) {
+    char const* name = nullptr;
+    char const* password = nullptr;
+    if (!request->get_ex("username", name) || !request->get_ex("password", password)) {
         return refuse(400, "a login needs a username and a password");
     }
-    std::string const name = username;
+    User user;
+    if (std::optional<Reply> const refused = verify(address, name, password, user)) {
+        return *refused;
+    }
+    std::string const token = sessions_.open(name, user.role);
+    return token.empty() ? refuse(503, "too many sessions", 60) : welcome(token, user.role);
+}
 
+std::optional<Reply> Login::verify(std::string const& address, std::string const& name,
+                                   std::string const& password, User& user) {
     std::string const client = networkOf(address);
     std::lock_guard<std::mutex> const guard(oneAtATime_);
     if (unsigned int const minutes = BELoginRecord::getAttempt(client.c_str()).lockMinutes) {
         return refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);
     }
-    if (records_ && !BELoginRecord::setAttempt(client.c_str())) {
-        return refuse(503, "the login attempt cannot be recorded");
-    }
-    User user;
     if (std::optional<Reply> const refusal = findUser(name, user)) {
         return *refusal;
     }
+    std::string const subject = user.isKnown ? name : "";
+    if (records_ && !BELoginRecord::setAttemptAt(client.c_str(), subject.c_str())) {
+        return refuse(503, "the login attempt cannot be recorded");
+    }
     if (!passwordMatches(user.password, password) || !user.isEnabled) {
-        ++failures_[client][user.isKnown ? name : ""];
         Logger::print(LOG_TYPE_WARN, LOG_GROUP_APIV1_GATEWAY, "login from %s refused\n",
                       address.c_str());
         return refuse(401, "wrong user name or password");
     }
-    forgive(client, name);
-    std::string const token = sessions_.open(name, user.role);
-    return token.empty() ? refuse(503, "too many sessions", 60) : welcome(token, user.role);
-}
-
-// Otherwise whoever has an account could guess at another one for ever, and log in between.
-void Login::forgive(std::string const& client, std::string const& name) {
-    Failures& failures = failures_[client];
-    failures.erase(name);
-    BELoginRecord::eraseAttempt(client.c_str());
-    for (auto const& [user, count] : failures) {
-        for (unsigned int i = 0; i < count; ++i) {
-            BELoginRecord::setAttempt(client.c_str());
-        }
-    }
-    if (failures.empty()) {
-        failures_.erase(client);
-    }
+    BELoginRecord::eraseAttemptAt(client.c_str(), subject.c_str());
+    return std::nullopt;
 }

@@ -2,8 +2,8 @@
 #ifndef BACKEND_LOGIN_H
 #define BACKEND_LOGIN_H
 
-#include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "Reply.h"
@@ -21,14 +21,19 @@ class Login {
     // what was guessed at other users. Addresses of IPv6 count by their network of 64 bits.
     Reply attempt(std::string const& address, std::string const& body);
 
-  private:
-    typedef std::map<std::string, unsigned int> Failures;  // by user name, "" for all unknown ones
+    struct User {
+        bool isKnown = false;
+        bool isEnabled = false;
+        std::string role;
+        std::string password;  // hashed
+    };
 
-    void forgive(std::string const& client, std::string const& name);
+  private:
+    std::optional<Reply> verify(std::string const& address, std::string const& name,
+                                std::string const& password, User& user);
 
     Sessions& sessions_;
-    bool const records_;                        // brute-force prevention is on
-    std::map<std::string, Failures> failures_;  // by client, since its record was last erased
+    bool const records_;  // brute-force prevention is on
     std::mutex oneAtATime_;
 };
 

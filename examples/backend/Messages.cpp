@@ -1,23 +1,16 @@
 #include "Messages.h"
 
 #include <CommLabel.h>
+#include <JsonData.h>
 #include <LocalDbSnapshot.h>
 #include <Logger.h>
-#include <TreeMapObject.h>
-#include <json-c/json_pointer.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "Json.h"
+#include <iterator>
+#include <sstream>
 
 namespace {
-
-char const ANY[] = "[]";
 
 Message const MESSAGES[] = {
     {"GET", API_GATEWAY, "about", "GATEWAY_ABOUT_REQ", "GATEWAY_ABOUT_RESP"},
@@ -34,100 +27,89 @@ Message const MESSAGES[] = {
      "SERVICE_PORTFORWARDING_UPDATE_RESP"},
 };
 
-std::vector<std::string> placeOf(Message const& message) {
-    std::vector<std::string> tokens;
-    for (char const* text = message.place; *text != '\0'; text += strspn(text, ".")) {
-        size_t const length = strcspn(text, ".");
-        tokens.emplace_back(text, length);
-        text += length;
+// The path with any index in it as "[]".
+std::string placeOf(std::string const& path) {
+    std::string place;
+    for (std::string rest = path; !rest.empty(); rest = JsonData::parentPath(rest)) {
+        std::string const step = JsonData::lastStep(rest);
+        place = (step.starts_with('[') ? "[]" : step) + (place.empty() ? "" : "." + place);
     }
-    return tokens;
-}
-
-bool fits(std::string const& token, std::string const& wanted) {
-    return wanted == ANY ? Path::isIndex(token) : token == wanted;
+    return place;
 }
 
 unsigned int numberOf(unsigned int type, char const* label) {
-    for (unsigned int number = 0;; ++number) {
-        char const* const name = COMM_LABEL(type, number);
-        if (name == nullptr || strcmp(name, label) == 0 || strcmp(name, "unknown") == 0) {
-            return number;
-        }
+    return static_cast<unsigned int>(COMM_TYPE(type, label));
+}
+
+// A JSON pointer as a path, as far as names in schemas go.
+std::string pathOf(std::string const& pointer) {
+    std::string path;
+    std::istringstream steps(pointer.substr(std::min<size_t>(pointer.size(), 1)));
+    for (std::string step; std::getline(steps, step, '/');) {
+        bool const isIndex = step.find_first_not_of("0123456789") == std::string::npos;
+        path += (path.empty() ? "" : ".") + (isIndex ? "[" + step + "]" : step);
     }
-}
-
-char const* schemaFileOf(unsigned int type, char const* label) {
-    return LocalDbCtrl::getSchemaFile(type, numberOf(type, label));
-}
-
-// Nothing when there is no such file.
-std::optional<CompiledSchema> schemaIn(char const* file) {
-    return file != nullptr && access(file, F_OK) == 0 ? std::optional<CompiledSchema>(file)
-                                                      : std::nullopt;
+    return path;
 }
 
 // The description of the refused value in the schema: it is for people what a pattern is for
-// programs. "" if there is none.
-std::string descriptionOf(CompiledSchema::Fault const& fault, char const* schemaFile) {
-    Json const schema(json_object_from_file(schemaFile));
-    std::string place = fault.schemaPath;
-    place.replace(place.rfind('/') + 1, std::string::npos, "description");
-    json_object* found = nullptr;
-    json_pointer_get(schema.get(), place.c_str(), &found);
-    return json_object_is_type(found, json_type_string) ? json_object_get_string(found) : "";
+// programs. Null if there is none.
+char const* descriptionIn(TreeMapObject* schema, CompiledSchema::Fault const& fault) {
+    std::string const place = JsonData::parentPath(pathOf(fault.schemaPath));
+    std::string const path = place + (place.empty() ? "" : ".") + "description";
+    char const* text = nullptr;
+    return schema != nullptr && schema->get_ex(path.c_str(), text) ? text : nullptr;
 }
 
 Reply refuseFault(int status, CompiledSchema::Fault const& fault, char const* schemaFile,
                   char const* where) {
     TreeMapObject reason(false);
     reason.set("error", fault.message);
-    std::string const hint = descriptionOf(fault, schemaFile);
-    if (!hint.empty()) {
-        reason.set("hint", hint.c_str());
+    Node const schema(JsonData::createObjectFromFile(schemaFile));
+    if (char const* const hint = descriptionIn(schema.get(), fault)) {
+        reason.set("hint", hint);
     }
     reason.set("path", fault.path);
     reason.set("keyword", fault.keyword);
     reason.set("in", where);
-    Reply reply;
-    reply.status = status;
-    reply.body = textOf(reason.jobj);
-    return reply;
+    return replyWith(reason, status);
 }
 
 }  // namespace
 
-Message const* messageOf(char const* method, unsigned int type, Path const& path) {
-    for (Message const& message : MESSAGES) {
-        std::vector<std::string> const place = placeOf(message);
-        if (message.type == type && strcmp(message.method, method) == 0 &&
-            std::equal(path.tokens.begin(), path.tokens.end(), place.begin(), place.end(), fits)) {
-            return &message;
-        }
-    }
-    return nullptr;
+Message const* messageOf(char const* method, unsigned int type, std::string const& path) {
+    auto const* const found =
+        std::find_if(std::begin(MESSAGES), std::end(MESSAGES), [&](Message const& message) {
+            return message.type == type && strcmp(message.method, method) == 0 &&
+                   placeOf(path) == message.place;
+        });
+    return found != std::end(MESSAGES) ? found : nullptr;
 }
 
-bool isValid(unsigned int type, char const* label, json_object* value) {
-    std::optional<CompiledSchema> const schema = schemaIn(schemaFileOf(type, label));
-    return !schema || schema->accepts(value);
+std::string schemaFileOf(unsigned int type) {
+    std::string file = LocalDbCtrl::getFileName(type);
+    return file.insert(file.rfind('.'), "_SCHEMA");
 }
 
-std::optional<Reply> refuseMessage(unsigned int type, char const* label, json_object* body) {
-    char const* const file = schemaFileOf(type, label);
-    std::optional<CompiledSchema> const schema = schemaIn(file);
-    CompiledSchema::Fault fault;
-    if (!schema || schema->accepts(body, &fault)) {
+bool isValid(unsigned int type, char const* label, TreeMapObject& value) {
+    return LocalDbCtrl::validateObject(&value, type, numberOf(type, label)) == 0;
+}
+
+std::optional<Reply> refuseMessage(unsigned int type, char const* label, TreeMapObject& body) {
+    if (isValid(type, label, body)) {
         return std::nullopt;
     }
     Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: not valid, refused\n", label);
-    return refuseFault(*schema ? 400 : 500, fault, file, "body");
+    char const* const file = LocalDbCtrl::getSchemaFile(type, numberOf(type, label));
+    CompiledSchema const schema(file);
+    CompiledSchema::Fault fault = {};
+    schema.accepts(body.jobj, &fault);
+    return refuseFault(schema ? 400 : 500, fault, file, "body");
 }
 
 Reply refuseDocument(unsigned int type, CompiledSchema::Fault const& fault) {
-    std::string file = LocalDbCtrl::getFileName(type);
-    file.insert(file.rfind('.'), "_SCHEMA");
-    std::unique_ptr<TreeMapObject> const saved(LocalDbSnapshot(type).copy(""));
+    std::string const file = schemaFileOf(type);
+    Node const saved(LocalDbSnapshot(type).copy(""));
     bool const wasValid = CompiledSchema(file.c_str()).accepts(saved ? saved->jobj : nullptr);
     Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: the changed database is refused\n",
                   LocalDbCtrl::getApiDir(type));

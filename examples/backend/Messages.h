@@ -5,11 +5,10 @@
 
 #include <CompiledSchema.h>
 #include <LocalDbCtrl.h>
-#include <json-c/json.h>
 
 #include <optional>
+#include <string>
 
-#include "Path.h"
 #include "Reply.h"
 
 struct Message {
@@ -21,17 +20,20 @@ struct Message {
 };
 
 // The message of a request to exactly this place; null when it is a plain value.
-Message const* messageOf(char const* method, unsigned int type, Path const& path);
+Message const* messageOf(char const* method, unsigned int type, std::string const& path);
+
+// The file beside a database that says what its document may be.
+std::string schemaFileOf(unsigned int type);
 
 // Whether a value is the message of that name, by its schema file. Any is, when there is no such file.
-bool isValid(unsigned int type, char const* label, json_object* value);
+bool isValid(unsigned int type, char const* label, TreeMapObject& value);
 
 // A refusal for a fault is {"error": message, "hint": ..., "path": ..., "keyword": ..., "in": "body" or
 // "database"}. "in" says what the path leads into; the hint is the schema's description of the value, if it
 // has one.
 
 // Why a body is not that message, if so: 400, and 500 when the schema file cannot be used.
-std::optional<Reply> refuseMessage(unsigned int type, char const* label, json_object* body);
+std::optional<Reply> refuseMessage(unsigned int type, char const* label, TreeMapObject& body);
 
 // Says why a changed database was not saved: 400, and 500 when it was not valid before the change, or its
 // schema file cannot be used.

@@ -1,20 +1,24 @@
 #include "Reply.h"
 
-#include <TreeMapObject.h>
+#include <JsonData.h>
 
 #include <new>
 
-#include "Json.h"
+Reply replyWith(TreeMapObject& value, int status) {
+    char const* const text = value.jobj != nullptr ? JsonData::getJson(&value) : "null";
+    if (text == nullptr) {
+        throw std::bad_alloc();
+    }
+    return Reply{.status = status, .body = text};
+}
 
 Reply refuse(int status, std::string const& reason, unsigned int retryAfter) {
     TreeMapObject error(false);
+    error.set("error", reason.c_str());
     if (error.jobj == nullptr) {
         throw std::bad_alloc();
     }
-    error.set("error", reason.c_str());
-    Reply reply;
-    reply.status = status;
-    reply.body = textOf(error.jobj);
+    Reply reply = replyWith(error, status);
     reply.retryAfter = retryAfter;
     return reply;
 }
@@ -23,4 +27,17 @@ Reply refuseMethod(std::string const& allowed, std::string const& reason) {
     Reply reply = refuse(405, reason);
     reply.headers.emplace_back("Allow", allowed);
     return reply;
+}
+
+Node parseBody(std::string const& body, Reply& refusal) {
+    JsonFault fault = {};
+    Node value(JsonData::parse(body.data(), body.size(), &fault));
+    if (value != nullptr) {
+        return value;
+    }
+    refusal = fault.line == 0 ? refuse(503, fault.reason, 1)
+                              : refuse(400, "the body is not one JSON value: line " +
+                                                std::to_string(fault.line) + ", column " +
+                                                std::to_string(fault.column) + ": " + fault.reason);
+    return value;
 }

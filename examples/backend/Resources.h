@@ -13,14 +13,13 @@
 #include <string>
 
 #include "Conditions.h"
-#include "Path.h"
 #include "Reply.h"
 #include "Sessions.h"
 
 // A place in a database, who asks for it, and on what conditions.
 struct Place {
     unsigned int type;
-    Path path;
+    std::string path;  // JsonData::isPath
     Session const& session;
     Conditions conditions;
 };
@@ -33,10 +32,18 @@ Reply readResource(Place const& place);
 // Boolean), as an array.
 Reply findResources(Place const& place, std::string const& key, std::string const& value);
 
+// All databases: {TYPE: {"etag": ..., "value": ..., "schema": ...}}, each as readResource gives it, with
+// {"error": ...} in place of one that cannot be read.
+Reply readEverything(Session const& session);
+
 // Stores the value in the body. Where a message changes the place, the body is that message and
 // changes the members it names; elsewhere a value is replaced, or a new member made. 200 or 201 with
 // the new value.
 Reply changeResource(Place const& place, std::string const& body);
+
+// Merges the value in the body into what is at the place, or into the whole database (RFC 7396): members
+// replace others, null removes one. 200 or 201 with the new value.
+Reply mergeResource(Place const& place, std::string const& body);
 
 // Appends the value in the body to an array. An object gets the next "id", where its neighbours
 // have one. 201 with the new element.

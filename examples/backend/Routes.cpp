@@ -1,17 +1,18 @@
 #include "Routes.h"
 
 #include <BEConfig.h>
+#include <JsonData.h>
 #include <LocalDbCtrl.h>
 #include <TreeMapObject.h>
 
 #include <algorithm>
-#include <cstring>
+#include <cctype>
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <map>
 
-#include "Json.h"
 #include "Limits.h"
-#include "Path.h"
 #include "Resources.h"
 
 namespace {
@@ -25,25 +26,25 @@ SessionRef const& anybody() {
     return session;
 }
 
-unsigned int typeNamed(std::string const& name) {
-    auto const* const found =
-        std::find_if(API_DATA_DIR, API_DATA_DIR + API_TYPE_COUNT,
-                     [&](char const* folder) { return folder != nullptr && name == folder; });
-    return static_cast<unsigned int>(found - API_DATA_DIR);
-}
-
-Reply listTypes() {
+Reply listTypes(Request const&, Session const&) {
     TreeMapObject types(true);
     for (char const* const folder : API_DATA_DIR) {
         types.addArrayItem(folder != nullptr ? folder : "");
     }
-    Reply reply;
-    reply.body = textOf(types.jobj);
-    return reply;
+    return replyWith(types);
+}
+
+Reply everything(Request const&, Session const& session) { return readEverything(session); }
+
+Reply whoIsThere(Request const&, Session const& session) {
+    TreeMapObject me(false);
+    me.set("user", session.user.c_str());
+    me.set("role", session.role.c_str());
+    return replyWith(me);
 }
 
 // The last lines of the log, whole ones.
-Reply logTail(Session const& session) {
+Reply logTail(Request const&, Session const& session) {
     if (!session.isAdministrator()) {
         return refuse(403, "only an administrator may read the log");
     }
@@ -58,8 +59,13 @@ Reply logTail(Session const& session) {
     return reply;
 }
 
+bool isPlainText(std::string const& text) {
+    return std::none_of(text.begin(), text.end(),
+                        [](char c) { return std::iscntrl(static_cast<unsigned char>(c)) != 0; });
+}
+
 bool isPlain(Request const& request) {
-    return request.path.rfind('/', 0) == 0 && isPlainText(request.path) &&
+    return request.path.starts_with('/') && isPlainText(request.path) &&
            std::all_of(request.parameters.begin(), request.parameters.end(),
                        [](auto const& parameter) { return isPlainText(parameter.second); });
 }
@@ -69,49 +75,66 @@ std::string parameter(Request const& request, char const* name) {
     return found != request.parameters.end() ? found->second : "";
 }
 
-Reply answerPlace(Request const& request, Place const& place) {
-    if (request.method == "GET") {
-        std::string const key = parameter(request, "find");
-        bool const isSearch = request.parameters.contains("find");
-        if (isSearch && (key.empty() || !request.parameters.contains("value"))) {
-            return refuse(400, "a search needs find=<key> and value=<value>");
-        }
-        return isSearch ? findResources(place, key, parameter(request, "value"))
-                        : readResource(place);
+Reply readPlace(Request const& request, Place const& place) {
+    std::string const key = parameter(request, "find");
+    if (!request.parameters.contains("find")) {
+        return readResource(place);
     }
-    if (request.method == "PUT") {
-        return changeResource(place, request.body);
-    }
-    if (request.method == "POST") {
-        return appendResource(place, request.body);
-    }
-    if (request.method == "DELETE") {
-        return removeResource(place);
-    }
-    return refuse(405, "method not allowed: use GET, PUT, POST or DELETE");
+    return !key.empty() && request.parameters.contains("value")
+               ? findResources(place, key, parameter(request, "value"))
+               : refuse(400, "a search needs find=<key> and value=<value>");
 }
 
-// /api lists the types; /api/<type>/<path> is a place.
+Reply answerPlace(Request const& request, Place const& place) {
+    typedef Reply (*Change)(Place const& place, std::string const& body);
+    static std::map<std::string, Change> const CHANGES = {
+        {"PUT", changeResource},
+        {"PATCH", mergeResource},
+        {"POST", appendResource},
+        {"DELETE", [](Place const& there, std::string const&) { return removeResource(there); }},
+    };
+    auto const change = CHANGES.find(request.method);
+    return change != CHANGES.end() ? change->second(place, request.body)
+                                   : readPlace(request, place);
+}
+
+// /api/<type>/<path> is a place.
 Reply answerResource(Request const& request, Session const& session) {
-    std::string const rest = request.path.substr(std::min(sizeof(API), request.path.size()));
-    if (rest.empty()) {
-        return request.method == "GET" ? listTypes() : refuse(405, "method not allowed: use GET");
-    }
+    std::string const rest = request.path.substr(sizeof(API));
     size_t const slash = std::min(rest.find('/'), rest.size());
-    unsigned int const type = typeNamed(rest.substr(0, slash));
+    unsigned int const type = LocalDbCtrl::getApiType(rest.substr(0, slash).c_str());
     if (type == API_TYPE_COUNT) {
         return refuse(404, "no such API type");
     }
-    std::optional<Path> const path = Path::parse(rest.substr(std::min(slash + 1, rest.size())));
-    if (!path) {
+    std::string const path = rest.substr(std::min(slash + 1, rest.size()));
+    if (!JsonData::isPath(path.c_str())) {
         return refuse(400,
                       "malformed path: expected names and indexes like [0], separated by dots");
     }
     Conditions const conditions = {request.header("if-match"), request.header("if-none-match")};
-    return answerPlace(request, {type, *path, session, conditions});
+    return answerPlace(request, {type, path, session, conditions});
+}
+
+// As a function of Routes.
+template <Reply (*ANSWER)(Request const&, Session const&)>
+Reply withoutRoutes(Routes&, Request const& request, Session const& session) {
+    return ANSWER(request, session);
 }
 
 }  // namespace
+
+// What a session may ask for, except places in the databases.
+struct Routes::Route {
+    char const* path;
+    char const* method;
+    std::function<Reply(Routes&, Request const&, Session const&)> answer;
+};
+
+Routes::Route const Routes::ROUTES[] = {
+    {"/api", "GET", withoutRoutes<listTypes>},      {"/api/", "GET", withoutRoutes<listTypes>},
+    {"/api/all", "GET", withoutRoutes<everything>}, {"/api/me", "GET", withoutRoutes<whoIsThere>},
+    {"/log", "GET", withoutRoutes<logTail>},        {"/logout", "POST", &Routes::logOut},
+};
 
 Routes::Routes() : login_(sessions_), documents_(BEConfig::WEBSERVER_DOCROOT) {}
 
@@ -120,37 +143,35 @@ SessionRef Routes::sessionOf(Request const& request) {
     return session == nullptr && BEConfig::ENABLE_BYPASS_TOKEN != 0 ? anybody() : session;
 }
 
+Reply Routes::logOut(Request const& request, Session const&) {
+    sessions_.close(request.token);
+    return Reply{.status = 204};
+}
+
 Reply Routes::answer(Request const& request) {
     if (!isPlain(request)) {
         return refuse(
             400, "malformed path: it must begin with a slash and contain no control characters");
     }
-    bool const isPost = request.method == "POST";
-    if (request.path == "/login" && isPost) {
+    if (request.path == "/login" && request.method == "POST") {
         return login_.attempt(request.address, request.body);
     }
-    bool const isResource =
-        request.path == API || request.path.rfind(std::string(API) + "/", 0) == 0;
-    if (!isResource && request.path != "/logout" && request.path != "/log") {
+    auto const* const route =
+        std::find_if(std::begin(ROUTES), std::end(ROUTES),
+                     [&](Route const& one) { return request.path == one.path; });
+    bool const isResource = request.path.starts_with(std::string(API) + "/");
+    if (route == std::end(ROUTES) && !isResource) {
         return request.method == "GET" ? documents_.get(request.path)
-                                       : refuse(405, "method not allowed: use GET");
+                                       : refuseMethod("GET, HEAD, OPTIONS", "method not allowed");
     }
     SessionRef const session = sessionOf(request);
     if (session == nullptr) {
         return refuse(401, "log in first");
     }
-    if (isResource) {
+    if (route == std::end(ROUTES)) {
         return answerResource(request, *session);
     }
-    if (request.path == "/log") {
-        return request.method == "GET" ? logTail(*session)
-                                       : refuse(405, "method not allowed: use GET");
-    }
-    if (!isPost) {
-        return refuse(405, "method not allowed: use POST");
-    }
-    sessions_.close(request.token);
-    Reply reply;
-    reply.status = 204;
-    return reply;
+    return request.method == route->method
+               ? route->answer(*this, request, *session)
+               : refuseMethod(std::string(route->method) + ", OPTIONS", "method not allowed");
 }

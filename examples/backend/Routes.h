@@ -33,7 +33,11 @@ class Routes {
     Reply answer(Request const& request);
 
   private:
+    struct Route;
+    static Route const ROUTES[];
+
     SessionRef sessionOf(Request const& request);
+    Reply logOut(Request const& request, Session const& session);
 
     Sessions sessions_;
     Login login_;

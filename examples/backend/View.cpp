@@ -1,6 +1,5 @@
 #include "View.h"
 
-#include "Json.h"
 #include "Limits.h"
 
 namespace {
@@ -10,7 +9,7 @@ typedef LocalDbSnapshot Snapshot;
 
 }  // namespace
 
-View::View(Place const& place) : path_(place.path.text()) {
+View::View(Place const& place) : path_(place.path) {
     if (place.session.seesOwn(place.type)) {
         own_.emplace(place.type, path_.c_str(), place.session.databaseKey.c_str(), MAX_WAIT_MS,
                      Transaction::READ);
@@ -38,8 +37,7 @@ Node View::copy() const {
     if (saved_) {
         return Node(saved_->copy(path_.c_str()));
     }
-    Json copied = copyOf(own_->object()->jobj);
-    return copied ? std::make_unique<TreeMapObject>(copied.release()) : nullptr;
+    return Node(own_->object()->clone(""));
 }
 
 Reply refuseDatabase(Transaction::Status status) {
@@ -58,9 +56,4 @@ Reply refuseDatabase(Snapshot::Status status) {
         case Snapshot::NO_FILE: return refuseDatabase(Transaction::NO_FILE);
         default: return refuseDatabase(Transaction::UNREADABLE);
     }
-}
-
-bool seesOther(Place const& place, std::uint64_t version) {
-    Place const whole = {place.type, Path(), place.session, Conditions()};  // the place may be new
-    return place.session.seesOwn(place.type) && View(whole).version() != version;
 }

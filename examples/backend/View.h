@@ -6,15 +6,11 @@
 
 #include <LocalDbSnapshot.h>
 #include <LocalDbTransaction.h>
-#include <TreeMapObject.h>
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 
 #include "Resources.h"
-
-typedef std::unique_ptr<TreeMapObject> Node;
 
 class View {
   public:
@@ -34,8 +30,5 @@ class View {
 
 Reply refuseDatabase(LocalDbTransaction::Status status);
 Reply refuseDatabase(LocalDbSnapshot::Status status);
-
-// Whether the session reads another version of the database in a controller of its own, or may do so.
-bool seesOther(Place const& place, std::uint64_t version);
 
 #endif

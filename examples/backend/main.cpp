@@ -66,8 +66,9 @@ char const* faultOfConfiguration(char const* file) {
     if (document->jobj == nullptr) {
         return "it cannot be read, or is not JSON";
     }
-    return json_object_is_type(document->jobj, json_type_object) ? nullptr
-                                                                 : "it is not a JSON object";
+    return JsonData::validateObject(document.get(), R"({"type": "object"})") == 0
+               ? nullptr
+               : "it is not a JSON object";
 }
 
 void warnOfOpenDoors() {

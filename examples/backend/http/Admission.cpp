@@ -19,9 +19,12 @@ struct Route {
 
 // The first that fits counts.
 Route const ROUTES[] = {
-    {"/api", false, "GET, HEAD, OPTIONS"}, {"/api/", true, "GET, HEAD, PUT, POST, DELETE, OPTIONS"},
-    {"/login", false, "POST, OPTIONS"},    {"/logout", false, "POST, OPTIONS"},
-    {"/log", false, "GET, HEAD, OPTIONS"}, {"", true, "GET, HEAD, OPTIONS"},
+    {"/api", false, "GET, HEAD, OPTIONS"},
+    {"/api/", true, "GET, HEAD, PUT, PATCH, POST, DELETE, OPTIONS"},
+    {"/login", false, "POST, OPTIONS"},
+    {"/logout", false, "POST, OPTIONS"},
+    {"/log", false, "GET, HEAD, OPTIONS"},
+    {"", true, "GET, HEAD, OPTIONS"},
 };
 
 std::string methodsAt(std::string const& path) {

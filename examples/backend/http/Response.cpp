@@ -22,7 +22,7 @@ Headers const ALWAYS = {
 Headers const CROSS_DOMAIN = {
     {"Access-Control-Allow-Origin", "*"},
     {"Access-Control-Allow-Headers", "Authorization, Content-Type, If-Match, If-None-Match"},
-    {"Access-Control-Allow-Methods", "GET, PUT, POST, DELETE"},
+    {"Access-Control-Allow-Methods", "GET, PUT, PATCH, POST, DELETE"},
     {"Access-Control-Expose-Headers", "ETag, Location, Retry-After"},
 };
 
