@@ -14,6 +14,10 @@ set_setting() { # FOLDER NAME VALUE
     sed -i "s|\"$2\": .*|\"$2\": $3,|" "$1/backend.json"
 }
 
+keep_passwords() { # FOLDER: the sample's users need not change theirs first
+    sed -i '/"mustChangePassword"/d' "$1/data/gateway/gateway.ldb"
+}
+
 # Starts the back end and waits until it listens. Sets backend_pid. Its stacks have BACKEND_STACK bytes if that
 # is set.
 start_backend() { # PROGRAM FOLDER [ARGUMENT...]

@@ -6,7 +6,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev diffutils curl \
-    libmicrohttpd-dev libssl-dev
+    libmicrohttpd-dev libssl-dev libcrypt-dev
 
 build=build/example
 copy=$build/gateway
@@ -38,27 +38,30 @@ trap 'kill $backend_pid 2>/dev/null || true' EXIT
 trap exit INT TERM
 
 if [ "${1-}" = --serve ]; then
-    echo "Open $url/ and log in as admin, with the password sample-admin-password."
+    echo "Open $url/ and log in as admin, with the password sample-admin-password, which has to be changed first."
     echo "It works on $copy. Control-C ends it."
     wait $backend_pid
     exit
 fi
 
 token=
+version=
 # Sends a request as the page does, and shows it with the answer and its status. A change at an index is made to
-# the version that the last answer had.
+# the version that an answer had last.
 ask() { # METHOD PATH [BODY]
     printf '\n> %s %s %s\n' "$1" "$2" "${3-}"
     condition=
     case "$1 $2" in
         GET*) ;;
-        *\[*) condition="If-Match: $(sed -n 's/^ETag: \(.*\)\r$/\1/p' $build/headers.txt)" ;;
+        *\[*) condition="If-Match: $version" ;;
     esac
     curl --silent --globoff --max-time 10 --request "$1" \
         ${3+--data "$3" --header 'Content-Type: application/json'} \
         ${token:+--header "Authorization: Bearer $token"} ${condition:+--header "$condition"} \
         --dump-header $build/headers.txt --write-out '\n< %{http_code}\n' "$url$2" |
         tee $build/answer.txt
+    etag=$(sed -n 's/^ETag: \(.*\)\r$/\1/p' $build/headers.txt)
+    version=${etag:-$version}
 }
 
 echo "The back end listens on $url."
@@ -66,6 +69,8 @@ ask GET /api/wifi
 ask POST /login '{"username": "admin", "password": "guessed"}'
 ask POST /login '{"username": "admin", "password": "sample-admin-password"}'
 token=$(sed -n 's/.*"token": "\([0-9a-f]*\)".*/\1/p' $build/answer.txt)
+ask GET /api/network/lan
+ask PUT /api/me/password '{"old": "sample-admin-password", "new": "example-admin-password"}'
 ask GET '/api/network/lan.ipv4.address'
 ask GET '/api/wifi/ssids.[2].name'
 ask PUT '/api/wifi/ssids.[2].name' '"garden"'
@@ -76,7 +81,7 @@ ask POST '/api/service/portForwarding.rules' '{"name": "garden-camera", "protoco
   "externalPort": 8555, "internalPort": 554, "internalClient": "192.168.1.40", "enabled": true}'
 ask GET '/api/service/portForwarding?find=externalPort&value=8555'
 ask DELETE '/api/service/portForwarding.rules.[0]'
-ask GET /api/me
+ask GET /audit
 ask POST /logout
 ask GET '/api/wifi/ssids.[2].name'
 show_changes

@@ -6,7 +6,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libmicrohttpd-dev \
-    libssl-dev
+    libssl-dev libcrypt-dev
 
 seconds=${1-30}
 kills=${2-10}
@@ -23,6 +23,7 @@ backend=$build/examples/backend/backend
 
 begin() {
     prepare_gateway $copy $port
+    keep_passwords $copy
     set_setting $copy duplicate_login_enable '"1"'
     set_setting $copy enable_multidb_mode "$1"
     set_setting $copy log_warning_enable 0

@@ -20,10 +20,14 @@ unsigned int const WORKERS = 8;                  // threads that answer requests
 std::size_t const MAX_URL_PATH = 1024;           // characters, decoded
 int const MAX_ARRAY_LENGTH = 256;                // elements a POST may fill an array up to
 std::size_t const MAX_SESSIONS = 32;
-unsigned int const MAX_CLIENTS = 256;  // and what they guessed at, in the login record
-long const MAX_SESSIONS_OF_ONE = 16;   // user
-unsigned int const MAX_WAIT_MS = 500;  // for a busy API type
-std::size_t const MAX_FILE = 1 << 20;  // bytes of a file below the document root
-std::size_t const LOG_TAIL = 16384;    // bytes of the log that are shown
+std::size_t const MIN_PASSWORD = 8;  // bytes of a new password
+std::size_t const MAX_PASSWORD = 128;
+std::size_t const MAX_AUDIT_FILE = 65536;  // bytes; there are two
+std::size_t const MAX_UNWRITTEN = 64;      // clients and users whose attempts are only in memory
+unsigned int const MAX_CLIENTS = 256;      // and what they guessed at, in the login record
+long const MAX_SESSIONS_OF_ONE = 16;       // user
+unsigned int const MAX_WAIT_MS = 500;      // for a busy API type
+std::size_t const MAX_FILE = 1 << 20;      // bytes of a file below the document root
+std::size_t const LOG_TAIL = 16384;        // bytes of the log that are shown
 
 #endif

@@ -1,4 +1,4 @@
-// Logging in, with the lock-out of addresses that guess.
+// Logging in, with the lock-out of clients that guess, and the password of one's own.
 #ifndef BACKEND_LOGIN_H
 #define BACKEND_LOGIN_H
 
@@ -6,34 +6,44 @@
 #include <optional>
 #include <string>
 
+#include "Attempts.h"
+#include "Audit.h"
 #include "Reply.h"
 #include "Sessions.h"
 
 class Login {
   public:
-    explicit Login(Sessions& sessions);
+    Login(Sessions& sessions, Audit& audit) : sessions_(sessions), audit_(audit) {}
 
-    // The body is a GATEWAY_LOGIN_REQ, the answer a GATEWAY_LOGIN_RESP. 401 for a wrong password, an
-    // unknown user and one who is disabled, alike. 429 with the minutes to wait once an address is
-    // locked out, whatever password comes then. Every attempt is recorded before the password is
-    // looked at, and one attempt at a time: guessing in parallel gains nothing, and when an attempt
-    // cannot be recorded, nobody gets in (503). A success erases the record of the address, but for
-    // what was guessed at other users. Addresses of IPv6 count by their network of 64 bits.
+    // The body is a GATEWAY_LOGIN_REQ, the answer a GATEWAY_LOGIN_RESP and a cookie with the token. 401 for a
+    // wrong password, an unknown user and one who is disabled, alike. 429 with the minutes to wait once a
+    // client is locked out, whatever password comes then. Every attempt is counted before the password is
+    // looked at, and one attempt at a time: guessing in parallel gains nothing. A success takes back what the
+    // client tried at this user. Addresses of IPv6 count by their network of 64 bits.
     Reply attempt(std::string const& address, std::string const& body);
+
+    // The body is {"old": ..., "new": ...}. 403 for a wrong old password, which counts as an attempt to log in.
+    // The user's other sessions end. 204.
+    Reply changePassword(Session const& session, std::string const& address,
+                         std::string const& body);
 
     struct User {
         bool isKnown = false;
         bool isEnabled = false;
+        bool mustChangePassword = false;
+        std::string path;  // in the gateway's database
         std::string role;
         std::string password;  // hashed
     };
 
   private:
+    // The user, whose password this is; or why not.
     std::optional<Reply> verify(std::string const& address, std::string const& name,
                                 std::string const& password, User& user);
 
     Sessions& sessions_;
-    bool const records_;  // brute-force prevention is on
+    Audit& audit_;
+    Attempts attempts_;
     std::mutex oneAtATime_;
 };
 

@@ -1,11 +1,20 @@
 #include "Password.h"
 
+#include <crypt.h>
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 #include <sys/random.h>
 
+#include <memory>
+
 namespace {
+
+char const METHOD[] = "$y$";
+unsigned long const COST = 4;
+
+// A setting that belongs to no password.
+char const NOBODY[] = "$y$j8T$PvYC9jOZnkVIQKKkxEGrB/$";
 
 std::string hexOf(unsigned char const* bytes, size_t size) {
     std::string text;
@@ -16,24 +25,33 @@ std::string hexOf(unsigned char const* bytes, size_t size) {
     return text;
 }
 
-std::string sha256(std::string const& text) {
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int size = 0;
-    EVP_Digest(text.data(), text.size(), digest, &size, EVP_sha256(), nullptr);
-    return hexOf(digest, size);
+// Empty when that is not a setting, or there is no memory.
+std::string hashWith(std::string const& setting, std::string const& password) {
+    auto const work = std::make_unique<crypt_data>();  // too large for a small stack
+    char const* const hash =
+        crypt_rn(password.c_str(), setting.c_str(), work.get(), sizeof(crypt_data));
+    return hash != nullptr ? hash : "";
 }
 
 }  // namespace
 
 bool passwordMatches(std::string const& stored, std::string const& password) {
-    size_t const salt = stored.find('$') + 1;
-    size_t const hash = stored.find('$', salt) + 1;
-    bool const isHash = salt == 7 && hash > salt && stored.rfind("sha256$", 0) == 0;
-    std::string const expected = isHash ? stored.substr(hash) : std::string(64, '-');
-    std::string const actual =
-        sha256((isHash ? stored.substr(salt, hash - 1 - salt) : "00000000") + password);
-    return expected.size() == actual.size() &&
-           CRYPTO_memcmp(expected.data(), actual.data(), actual.size()) == 0;
+    bool const isSlow =
+        stored.starts_with(METHOD) || stored.starts_with("$6$");  // not of one round
+    std::string const actual = isSlow ? hashWith(stored, password) : "";
+    if (actual.empty()) {
+        hashWith(NOBODY, password);
+        return false;
+    }
+    return stored.size() == actual.size() &&
+           CRYPTO_memcmp(stored.data(), actual.data(), actual.size()) == 0;
+}
+
+std::string hashOf(std::string const& password) {
+    char setting[CRYPT_GENSALT_OUTPUT_SIZE];
+    bool const isMade =
+        crypt_gensalt_rn(METHOD, COST, nullptr, 0, setting, sizeof(setting)) != nullptr;
+    return isMade ? hashWith(setting, password) : "";
 }
 
 std::string randomToken() {

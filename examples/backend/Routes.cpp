@@ -40,6 +40,7 @@ Reply whoIsThere(Request const&, Session const& session) {
     TreeMapObject me(false);
     me.set("user", session.user.c_str());
     me.set("role", session.role.c_str());
+    me.set("mustChangePassword", session.mustChangePassword.load());
     return replyWith(me);
 }
 
@@ -128,15 +129,21 @@ struct Routes::Route {
     char const* path;
     char const* method;
     std::function<Reply(Routes&, Request const&, Session const&)> answer;
+    bool isForNewPassword = false;  // also before the user has set a password
 };
 
 Routes::Route const Routes::ROUTES[] = {
-    {"/api", "GET", withoutRoutes<listTypes>},      {"/api/", "GET", withoutRoutes<listTypes>},
-    {"/api/all", "GET", withoutRoutes<everything>}, {"/api/me", "GET", withoutRoutes<whoIsThere>},
-    {"/log", "GET", withoutRoutes<logTail>},        {"/logout", "POST", &Routes::logOut},
+    {"/api", "GET", withoutRoutes<listTypes>},
+    {"/api/", "GET", withoutRoutes<listTypes>},
+    {"/api/all", "GET", withoutRoutes<everything>},
+    {"/api/me", "GET", withoutRoutes<whoIsThere>, true},
+    {"/api/me/password", "PUT", &Routes::changePassword, true},
+    {"/audit", "GET", &Routes::audit},
+    {"/log", "GET", withoutRoutes<logTail>},
+    {"/logout", "POST", &Routes::logOut, true},
 };
 
-Routes::Routes() : login_(sessions_), documents_(BEConfig::WEBSERVER_DOCROOT) {}
+Routes::Routes() : login_(sessions_, audit_), documents_(BEConfig::WEBSERVER_DOCROOT) {}
 
 SessionRef Routes::sessionOf(Request const& request) {
     SessionRef const session = sessions_.find(request.token);
@@ -145,7 +152,36 @@ SessionRef Routes::sessionOf(Request const& request) {
 
 Reply Routes::logOut(Request const& request, Session const&) {
     sessions_.close(request.token);
-    return Reply{.status = 204};
+    return Reply{.status = 204, .headers = {sessionCookie("")}};
+}
+
+Reply Routes::changePassword(Request const& request, Session const& session) {
+    return login_.changePassword(session, request.address, request.body);
+}
+
+Reply Routes::audit(Request const&, Session const& session) {
+    return session.isAdministrator() ? audit_.read()
+                                     : refuse(403, "only an administrator may read the audit");
+}
+
+Reply Routes::answerSession(Request const& request, Session const& session) {
+    auto const* const route =
+        std::find_if(std::begin(ROUTES), std::end(ROUTES),
+                     [&](Route const& one) { return request.path == one.path; });
+    if (session.mustChangePassword && (route == std::end(ROUTES) || !route->isForNewPassword)) {
+        return refuse(403, "change the password first: PUT /api/me/password");
+    }
+    if (route == std::end(ROUTES)) {
+        Reply reply = answerResource(request, session);
+        if (request.method != "GET" && reply.status < 300) {
+            audit_.record(session.user, request.address, request.method,
+                          request.path.substr(sizeof(API)));
+        }
+        return reply;
+    }
+    return request.method == route->method
+               ? route->answer(*this, request, session)
+               : refuseMethod(std::string(route->method) + ", OPTIONS", "method not allowed");
 }
 
 Reply Routes::answer(Request const& request) {
@@ -156,22 +192,13 @@ Reply Routes::answer(Request const& request) {
     if (request.path == "/login" && request.method == "POST") {
         return login_.attempt(request.address, request.body);
     }
-    auto const* const route =
-        std::find_if(std::begin(ROUTES), std::end(ROUTES),
-                     [&](Route const& one) { return request.path == one.path; });
-    bool const isResource = request.path.starts_with(std::string(API) + "/");
-    if (route == std::end(ROUTES) && !isResource) {
+    bool const isFile = !request.path.starts_with(std::string(API) + "/") &&
+                        std::none_of(std::begin(ROUTES), std::end(ROUTES),
+                                     [&](Route const& one) { return request.path == one.path; });
+    if (isFile) {
         return request.method == "GET" ? documents_.get(request.path)
                                        : refuseMethod("GET, HEAD, OPTIONS", "method not allowed");
     }
     SessionRef const session = sessionOf(request);
-    if (session == nullptr) {
-        return refuse(401, "log in first");
-    }
-    if (route == std::end(ROUTES)) {
-        return answerResource(request, *session);
-    }
-    return request.method == route->method
-               ? route->answer(*this, request, *session)
-               : refuseMethod(std::string(route->method) + ", OPTIONS", "method not allowed");
+    return session != nullptr ? answerSession(request, *session) : refuse(401, "log in first");
 }

@@ -37,9 +37,13 @@ class Routes {
     static Route const ROUTES[];
 
     SessionRef sessionOf(Request const& request);
+    Reply answerSession(Request const& request, Session const& session);
     Reply logOut(Request const& request, Session const& session);
+    Reply changePassword(Request const& request, Session const& session);
+    Reply audit(Request const& request, Session const& session);
 
     Sessions sessions_;
+    Audit audit_;
     Login login_;
     DocumentRoot const documents_;
 };

@@ -10,8 +10,11 @@
 #include "Limits.h"
 #include "Password.h"
 
-Session::Session(std::string name, std::string itsRole, std::string key)
-    : user(std::move(name)), role(std::move(itsRole)), databaseKey(std::move(key)) {
+Session::Session(std::string name, std::string itsRole, std::string key, bool mustChange)
+    : user(std::move(name)),
+      role(std::move(itsRole)),
+      databaseKey(std::move(key)),
+      mustChangePassword(mustChange) {
     if (hasDatabase()) {
         LocalDbCtrl::cloneNewDB(databaseKey.c_str());
     }
@@ -21,6 +24,12 @@ Session::~Session() {
     if (hasDatabase()) {
         LocalDbCtrl::removeDB(databaseKey.c_str());
     }
+}
+
+std::pair<std::string, std::string> sessionCookie(std::string const& token) {
+    return {"Set-Cookie", "session=" + token + "; Path=/; HttpOnly; SameSite=Strict" +
+                              (token.empty() ? "; Max-Age=0" : "") +
+                              (BEConfig::ENABLE_HTTPS != 0 ? "; Secure" : "")};
 }
 
 Sessions::Sessions() : cleaner_([this] { cleanUpRegularly(); }) {}
@@ -63,7 +72,8 @@ void Sessions::cleanUpRegularly() {
     }
 }
 
-std::string Sessions::open(std::string const& user, std::string const& role) {
+std::string Sessions::open(std::string const& user, std::string const& role,
+                           bool mustChangePassword) {
     std::string token = randomToken();
     if (token.empty()) {
         return token;
@@ -74,7 +84,8 @@ std::string Sessions::open(std::string const& user, std::string const& role) {
     });
     std::string const id = keyedHash(BEConfig::AUTH_SECRET_STR, token);
     auto const session = std::make_shared<Session const>(
-        user, role, BEConfig::MULTIDB_MODE_ENABLE != 0 ? "session-" + id : "default");
+        user, role, BEConfig::MULTIDB_MODE_ENABLE != 0 ? "session-" + id : "default",
+        mustChangePassword);
     std::lock_guard<std::mutex> const guard(mutex_);
     auto const ofUser = std::count_if(entries_.begin(), entries_.end(), [&](auto const& entry) {
         return entry.second.session->user == user;
@@ -105,4 +116,10 @@ void Sessions::close(std::string const& token) {
         ended = std::move(entry->second.session);
         entries_.erase(entry);
     }
+}
+
+void Sessions::closeOthers(Session const& session) {
+    endThose([&](Entry const& entry) {
+        return entry.session->user == session.user && entry.session.get() != &session;
+    });
 }

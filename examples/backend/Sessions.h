@@ -10,12 +10,13 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 
 // One logged-in user. In multi-database mode a session has a controller of its own, which lives as
 // long as the session or the last request that uses it. The session reads each database in there until
 // it has to see a newer version: from then on it reads that database as all others do.
 struct Session {
-    Session(std::string name, std::string itsRole, std::string key);
+    Session(std::string name, std::string itsRole, std::string key, bool mustChange = false);
     ~Session();
     Session(Session const&) = delete;
     Session& operator=(Session const&) = delete;
@@ -32,10 +33,16 @@ struct Session {
     std::string const role;
     std::string const databaseKey;  // of its controller
 
+    // Until the user has a new password, it may do nothing else than set one.
+    std::atomic<bool> mutable mustChangePassword;
+
   private:
     std::atomic<unsigned int> mutable renewed_ = 0;  // a bit for each API type
 };
 typedef std::shared_ptr<Session const> SessionRef;
+
+// The header that gives a page the token, or takes it away when that is empty.
+std::pair<std::string, std::string> sessionCookie(std::string const& token);
 
 // A session ends by logging out, and BEConfig::AUTH_EXPIRATION seconds after its last request. A
 // thread removes what has expired every BEConfig::AUTH_CLEANUP seconds. Safe from any thread.
@@ -46,10 +53,11 @@ class Sessions {
 
     // The token of a new session; empty when there are too many, or no random numbers. Earlier
     // sessions of the user end, unless BEConfig::DUPLICATE_LOGIN_ENABLE is "1".
-    std::string open(std::string const& user, std::string const& role);
+    std::string open(std::string const& user, std::string const& role, bool mustChangePassword);
 
     SessionRef find(std::string const& token);  // null for a token that is unknown or expired
     void close(std::string const& token);
+    void closeOthers(Session const& session);  // of its user
 
   private:
     typedef std::chrono::steady_clock Clock;

@@ -26,7 +26,7 @@ extern "C" [[gnu::visibility("default")]] int fsync(int) { return 0; }
 
 namespace {
 
-fs::path const SAMPLE = SAMPLE_GATEWAY;
+fs::path const SAMPLE = "sample";  // a copy of the sample gateway
 
 // Members that the back end itself knows: they are changed two levels deeper.
 std::set<std::string> const KNOWN = {"users", "led", "lan", "ssids", "portForwarding"};
@@ -110,7 +110,12 @@ std::string plain(std::string const& document) {
 class DataFiles : public testing::Test {
   protected:
     DataFiles() {
+        fs::create_directories("sample");
         fs::create_directories("data");
+        fs::copy(SAMPLE_GATEWAY "/data", SAMPLE / "data", fs::copy_options::recursive);
+        Node const gateway(JsonData::createObjectFromFile("sample/data/gateway/gateway.ldb"));
+        gateway->removeAll("mustChangePassword");
+        JsonData::saveObjectToFile("sample/data/gateway/gateway.ldb", gateway.get());
         fs::copy(SAMPLE / "data/gateway", "data/gateway");  // for logging in
         BEConfig::DATA_LOCATION = "./data";
         BEConfig::MULTIDB_MODE_ENABLE = 1;
