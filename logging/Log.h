@@ -1,7 +1,8 @@
 // Macros with which the library logs: one for each level, always in the group UTIL.
 //
-// A disabled line costs one flag test. Its arguments are then not evaluated, so they must have no
-// side effects.
+// A disabled line of the levels INFO and DEBUG, which ordinary calls log, costs a test without a
+// call, and its arguments are not evaluated: they must have no side effects. Warnings and errors are
+// rare. Each is a call, which tests by itself.
 #ifndef VOBIUTILS_LOGGING_LOG_H
 #define VOBIUTILS_LOGGING_LOG_H
 
@@ -25,30 +26,32 @@ inline bool enabled(LOG_TYPE_T level, LOG_GROUP_T group) {
     return (Logger::mask & (1U << (group % 32U))) != 0 && levelEnabled(level);
 }
 
+// Logger::print for the group UTIL. As the group is not passed with each line, one more argument of
+// it is in a register.
+[[gnu::cold, gnu::format(printf, 2, 3)]] void logLine(LOG_TYPE_T level, char const* format, ...);
+
 // A string for "%s": not every C library accepts a null there.
 inline char const* printable(char const* string) { return string != nullptr ? string : "(null)"; }
 
 }  // namespace vobiutils
 
-#define VOBIUTILS_LOG(level, ...)                                       \
-    do {                                                                \
-        if (::vobiutils::enabled(level, LOG_GROUP_UTIL)) [[unlikely]] { \
-            Logger::print(level, LOG_GROUP_UTIL, __VA_ARGS__);          \
-        }                                                               \
-    } while (false)
-
-#define UTIL_INFO(...) VOBIUTILS_LOG(LOG_TYPE_INFO, __VA_ARGS__)
-#define UTIL_WARN(...) VOBIUTILS_LOG(LOG_TYPE_WARN, __VA_ARGS__)
-#define UTIL_DEBUG(...) VOBIUTILS_LOG(LOG_TYPE_DEBUG, __VA_ARGS__)
-#define UTIL_ERROR(...) VOBIUTILS_LOG(LOG_TYPE_ERROR, __VA_ARGS__)
+#define UTIL_WARN(...) ::vobiutils::logLine(LOG_TYPE_WARN, __VA_ARGS__)
+#define UTIL_ERROR(...) ::vobiutils::logLine(LOG_TYPE_ERROR, __VA_ARGS__)
+#define UTIL_INFO(...)                                                                   \
+    VOBIUTILS_LOG_IF(::vobiutils::enabled(LOG_TYPE_INFO, LOG_GROUP_UTIL), LOG_TYPE_INFO, \
+                     __VA_ARGS__)
+#define UTIL_DEBUG(...) \
+    UTIL_DEBUG_IF(::vobiutils::enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL), __VA_ARGS__)
 
 // For a walk of many steps, which calls ::vobiutils::enabled for the level DEBUG once and passes
 // the result as `enabled` to the line of each step.
-#define UTIL_DEBUG_IF(enabled, ...)                                     \
-    do {                                                                \
-        if (enabled) [[unlikely]] {                                     \
-            Logger::print(LOG_TYPE_DEBUG, LOG_GROUP_UTIL, __VA_ARGS__); \
-        }                                                               \
+#define UTIL_DEBUG_IF(enabled, ...) VOBIUTILS_LOG_IF(enabled, LOG_TYPE_DEBUG, __VA_ARGS__)
+
+#define VOBIUTILS_LOG_IF(enabled, level, ...)         \
+    do {                                              \
+        if (enabled) [[unlikely]] {                   \
+            ::vobiutils::logLine(level, __VA_ARGS__); \
+        }                                             \
     } while (false)
 
 #endif

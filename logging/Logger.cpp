@@ -158,4 +158,14 @@ void Logger::print(LOG_TYPE_T level, LOG_GROUP_T group, char const* format, ...)
     va_end(arguments);
 }
 
+void vobiutils::logLine(LOG_TYPE_T level, char const* format, ...) {
+    if (!enabled(level, LOG_GROUP_UTIL)) {
+        return;
+    }
+    va_list arguments;
+    va_start(arguments, format);
+    write(level, LOG_GROUP_UTIL, format, arguments);
+    va_end(arguments);
+}
+
 void be_sig_handler(int) {}
