@@ -11,26 +11,34 @@
 
 namespace vobiutils {
 
-// A file that was read, and what was made of it. Not changed once other threads can find it.
+// A file that was read, and what was made of it. Once other threads can find it, only `usedAt` is
+// changed.
 struct FileCache::Kept : Counted {
+    explicit Kept(Read const& from) : read(from) {}
+
+    Read const read;
     FileContent content;  // open; its bytes are kept only if it is recent
     Shared<Made> made;
+    uint64_t usedAt = 0;  // guarded by the cache's mutex
 };
 
-FileCache::Entry* FileCache::find(uint64_t key, Maker const& maker) {
-    for (Entry& entry : entries_) {
-        if (entry.kept != nullptr && entry.key == key && entry.maker == &maker) {
-            return &entry;
+FileCache::Kept** FileCache::find(Read const& read) {
+    for (Kept*& kept : kept_) {
+        if (kept != nullptr && kept->read.key == read.key && &kept->read.maker == &read.maker) {
+            return &kept;
         }
     }
     return nullptr;
 }
 
-// An empty entry has never been used.
-FileCache::Entry& FileCache::leastRecentlyUsed() {
-    Entry* oldest = entries_;
-    for (Entry& entry : entries_) {
-        oldest = entry.usedAt < oldest->usedAt ? &entry : oldest;
+// The first place where nothing is kept, if there is one.
+FileCache::Kept*& FileCache::leastRecentlyUsed() {
+    Kept** oldest = kept_;
+    for (Kept*& kept : kept_) {
+        if (kept == nullptr) {
+            return kept;
+        }
+        oldest = kept->usedAt < (*oldest)->usedAt ? &kept : oldest;
     }
     return *oldest;
 }
@@ -41,44 +49,41 @@ bool FileCache::share(Read& read, FileIdentity const& file, Shared<Made>& made,
                       Shared<Kept>& recent) {
     MutexGuard const guard(mutex_);
     read.begunAt = ++clock_;
-    Entry* const entry = find(read.key, read.maker);
-    if (entry == nullptr) {
+    Kept** const place = find(read);
+    if (place == nullptr) {
         return false;
     }
-    entry->usedAt = clock_;
-    FileContent const& content = entry->kept->content;
-    if (content.isRecent) {
-        recent = Shared<Kept>(addOwner(entry->kept));
+    Kept& kept = **place;
+    kept.usedAt = clock_;
+    if (kept.content.isRecent) {
+        recent = Shared<Kept>(addOwner(&kept));
         return false;
     }
-    if (content.identity != file) {
+    if (kept.content.identity != file) {
         return false;
     }
-    made = entry->kept->made;
+    made = kept.made;
     return true;
 }
 
 // Does nothing if a read that began later has been kept, or dropped, already.
-void FileCache::keep(Read const& read, Shared<Kept> kept) {
+void FileCache::keep(Shared<Kept> kept) {
+    Read const& read = kept->read;
     Kept* replaced = kept.release();
     {
         MutexGuard const guard(mutex_);
-        Entry* entry = find(read.key, read.maker);
-        uint64_t const newest = entry != nullptr ? entry->begunAt : forgottenAt_;
+        Kept** const place = find(read);
+        uint64_t const newest = place != nullptr ? (*place)->read.begunAt : forgottenAt_;
         if (read.begunAt > newest) {
-            entry = entry != nullptr ? entry : &leastRecentlyUsed();
-            std::swap(entry->kept, replaced);
-            entry->maker = &read.maker;
-            entry->key = read.key;
-            entry->begunAt = read.begunAt;
-            entry->usedAt = ++clock_;
+            replaced->usedAt = ++clock_;
+            std::swap(place != nullptr ? *place : leastRecentlyUsed(), replaced);
         }
     }
     removeOwner(replaced);
 }
 
 int FileCache::make(Read const& read, char const* file, Kept const* recent, Shared<Made>& made) {
-    Shared<Kept> kept(new (std::nothrow) Kept);
+    Shared<Kept> kept(new (std::nothrow) Kept(read));
     if (!kept) {
         return ENOMEM;
     }
@@ -100,7 +105,7 @@ int FileCache::make(Read const& read, char const* file, Kept const* recent, Shar
             content.bytes.clear();
         }
         kept->made = made;
-        keep(read, kept);
+        keep(kept);
     }
     return 0;
 }
@@ -119,13 +124,12 @@ int FileCache::get(char const* file, struct stat const& status, Maker const& mak
 }
 
 void FileCache::forget() {
-    for (Entry& entry : entries_) {
+    for (Kept*& kept : kept_) {
         Kept* dropped = nullptr;
         {
             MutexGuard const guard(mutex_);
             forgottenAt_ = clock_;
-            std::swap(entry.kept, dropped);
-            entry.usedAt = 0;
+            std::swap(kept, dropped);
         }
         removeOwner(dropped);
     }

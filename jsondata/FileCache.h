@@ -60,13 +60,6 @@ class FileCache {
 
   private:
     struct Kept;
-    struct Entry {
-        Kept* kept = nullptr;
-        Maker const* maker = nullptr;
-        uint64_t key = 0;
-        uint64_t begunAt = 0;  // of the read that it is from
-        uint64_t usedAt = 0;
-    };
     // One call that found nothing it could use.
     struct Read {
         uint64_t key;
@@ -74,15 +67,15 @@ class FileCache {
         uint64_t begunAt;
     };
 
-    Entry* find(uint64_t key, Maker const& maker);
-    Entry& leastRecentlyUsed();
+    Kept** find(Read const& read);
+    Kept*& leastRecentlyUsed();
     bool share(Read& read, FileIdentity const& file, Shared<Made>& made, Shared<Kept>& recent);
     int make(Read const& read, char const* file, Kept const* recent, Shared<Made>& made);
-    void keep(Read const& read, Shared<Kept> kept);
+    void keep(Shared<Kept> kept);
 
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
-    Entry entries_[SIZE];
-    uint64_t clock_ = 0;  // counts the calls
+    Kept* kept_[SIZE] = {};  // null where nothing is kept
+    uint64_t clock_ = 0;     // counts the calls
     uint64_t forgottenAt_ = 0;
 };
 
