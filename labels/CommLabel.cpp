@@ -53,12 +53,11 @@ constexpr auto NAMES = pack<GATEWAY_NAMES, WIFI_NAMES, NETWORK_NAMES, SECURITY_N
 // the priority (the first one that is not the compiler's own) puts this before all ordinary static
 // initializers.
 [[gnu::constructor(101)]] void fillTables() {
-    char const* name = NAMES.chars;
-    unsigned char const* size = NAMES.sizes;
+    char const* name = NAMES.data();
     for (Table const& table : TABLES) {
         for (unsigned int i = 0; i < table.size; ++i) {
             table.labels[i] = name;
-            name += *size++;
+            name += strlen(name) + 1;
         }
     }
 }
