@@ -1,21 +1,16 @@
 // Search by value: walks over a document, and collects a handle on each object that matches.
 #include <string.h>
 
-#include <memory>
-#include <new>
-
 #include "JsonData.h"
 #include "TreeMapObject.h"
 #include "jsondata/JsonRef.h"
 #include "logging/Log.h"
-#include "treemap/NewHandle.h"
+#include "treemap/Hits.h"
 #include "treemap/ValueTraits.h"
 
 using namespace vobiutils;
 
 namespace {
-
-typedef std::list<TreeMapObject*> Hits;
 
 // One search: depth-first, in document order.
 class Search {
@@ -88,19 +83,6 @@ bool Search::matches(char const* name, json_object* member) {
            JsonData::compareObjVal(value_, type_, member, json_object_get_type(member));
 }
 
-// Appends a new handle with a reference of its own on `node`. False, with nothing appended, when
-// out of memory.
-bool append(Hits& hits, json_object* node) {
-    try {
-        std::unique_ptr<TreeMapObject> handle(newOwningHandle(json_object_get(node)));
-        hits.push_back(handle.get());
-        handle.release();
-        return true;
-    } catch (std::bad_alloc const&) {
-        return false;
-    }
-}
-
 bool Search::add(json_object* object) {
     bool const added = append(hits_, object);
     complete_ = complete_ && added;
@@ -125,16 +107,17 @@ int searchDocument(Search& search, json_object* document, int primitiveCount) {
 }
 
 // intended: a search for a string fails when it finds nothing. A search for any other value fails
-// when it finds something, so that it never returns a hit.
-Hits findNode(json_object* document, char const* key, json_object* wanted, bool isStringSearch) {
+// when it finds something, so that it never returns a hit. Takes over the reference on `value`.
+Hits findNode(json_object* document, char const* key, json_object* value, bool isStringSearch) {
+    JsonRef const wanted(value);
     Hits hits;
     if (key == nullptr || *key == '\0') {
         UTIL_ERROR("Key is null or empty\n");
         return hits;
     }
     int count = 0;
-    if (wanted != nullptr) {
-        Search search(hits, key, wanted);
+    if (wanted && document != nullptr) {
+        Search search(hits, key, wanted.get());
         count = searchDocument(search, document, isStringSearch ? 0 : 1);
         if (!search.isComplete()) {
             deleteAll(hits);
@@ -150,8 +133,7 @@ Hits findNode(json_object* document, char const* key, json_object* wanted, bool 
 
 template <typename T>
 Hits findValue(json_object* document, char const* key, T value) {
-    JsonRef const wanted(document != nullptr ? ValueTraits<T>::make(value) : nullptr);
-    return findNode(document, key, wanted.get(), isCString<T>);
+    return findNode(document, key, ValueTraits<T>::make(value), isCString<T>);
 }
 
 bool areGiven(char const* function, char const* key, json_object* value, json_object* container) {
