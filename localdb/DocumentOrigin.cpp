@@ -2,28 +2,35 @@
 #include "localdb/DocumentOrigin.h"
 
 #include <pthread.h>
+#include <stdint.h>
 #include <sys/stat.h>
 
-#include <map>
-
+#include "localdb/Chain.h"
 #include "logging/MutexGuard.h"
 
 namespace vobiutils {
 
 namespace {
 
-typedef std::map<LOCALDB_HANDLER const*, Origins> Table;
-
-// Not destroyed: a program may use and remove controllers while the process ends.
-union Kept {
-    Kept() : table() {}
-    ~Kept() {}
-    Table table;
-};
-
-// Early for a static build; see BEConfig.cpp.
-[[gnu::init_priority(101)]] Kept kept;
+// A hash table. Chains have no destructor: a program may use and remove controllers while the
+// process ends.
+size_t const CHAIN_COUNT = 31;  // a prime, as addresses are multiples of 8 or more
+constinit Chain<Origins> table[CHAIN_COUNT];
 pthread_mutex_t tableLock = PTHREAD_MUTEX_INITIALIZER;
+
+// The caller of these two holds the mutex.
+
+Chain<Origins>& chainOf(LOCALDB_HANDLER const* controller) {
+    return table[reinterpret_cast<uintptr_t>(controller) % CHAIN_COUNT];
+}
+
+Origins* find(LOCALDB_HANDLER const* controller) {
+    Origins* origins = chainOf(controller).first;
+    while (origins != nullptr && origins->controller != controller) {
+        origins = origins->next;
+    }
+    return origins;
+}
 
 }  // namespace
 
@@ -41,23 +48,26 @@ bool Origin::isCurrent(char const* name) const {
            FileIdentity(status) == file->identity;
 }
 
-Origins& addOrigins(LOCALDB_HANDLER const& controller, bool areReadAgain) {
+void addOrigins(Origins* origins) {
     MutexGuard const guard(tableLock);
-    Origins& origins = kept.table[&controller];
-    origins.areReadAgain = areReadAgain;
-    return origins;
+    chainOf(origins->controller).append(origins);
 }
 
 Origins* findOrigins(LOCALDB_HANDLER const& controller) {
     MutexGuard const guard(tableLock);
-    Table::iterator const entry = kept.table.find(&controller);
-    return entry != kept.table.end() ? &entry->second : nullptr;
+    return find(&controller);
 }
 
 void removeOrigins(LOCALDB_HANDLER const& controller) {
-    Table::node_type removed;  // is destroyed without the mutex
-    MutexGuard const guard(tableLock);
-    removed = kept.table.extract(&controller);
+    Origins* removed = nullptr;
+    {
+        MutexGuard const guard(tableLock);
+        removed = find(&controller);
+        if (removed != nullptr) {
+            chainOf(&controller).remove(removed);
+        }
+    }
+    delete removed;
 }
 
 }  // namespace vobiutils

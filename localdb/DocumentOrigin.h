@@ -34,13 +34,18 @@ struct Origin {
 
 // The origins of one controller's documents.
 struct Origins {
+    Origins(LOCALDB_HANDLER const& owner, bool followFiles)
+        : controller(&owner), areReadAgain(followFiles) {}
+
+    LOCALDB_HANDLER const* const controller;
+    bool const areReadAgain;  // an unchanged document follows its file, as in the default
+                              // controller; a session's own keeps what it was made with
     Origin of[API_TYPE_COUNT];
-    bool areReadAgain = false;  // an unchanged document follows its file, as in the default
-                                // controller; a session's own keeps what it was made with
+    Origins* next = nullptr;  // in a chain of the table
 };
 
-// Begins to know the documents of a controller, which has none yet. May throw std::bad_alloc.
-Origins& addOrigins(LOCALDB_HANDLER const& controller, bool areReadAgain);
+// Begins to know the documents of a controller, which has none yet. Takes over `origins`.
+void addOrigins(Origins* origins);
 
 // The origins of a controller's documents, or null. They live as long as the controller.
 Origins* findOrigins(LOCALDB_HANDLER const& controller);

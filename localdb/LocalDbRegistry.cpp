@@ -181,7 +181,7 @@ void LocalDbCtrl::init() {
         controllers.clear();  // intended: leaks the controllers of the entries
     }
     std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
-    addOrigins(*controller, true);
+    addOrigins(new Origins(*controller, true));
     MutexGuard const guard(registryLock);
     controllerOf(DEFAULT_KEY) = controller.get();
     controller.release();
@@ -196,9 +196,10 @@ int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
         return refuseRegistered(sessionKey);
     }
     std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
-    Origins& origins = addOrigins(*controller, false);
+    auto* const origins = new Origins(*controller, false);
+    addOrigins(origins);
     for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
-        Database database(*controller, type, &origins);
+        Database database(*controller, type, origins);
         database.load("cloneNewDB", static_cast<int>(type));
         database.setState(database.idleState());
     }
