@@ -8,7 +8,6 @@
 #include <stdint.h>
 #include <string.h>
 
-#include <algorithm>
 #include <charconv>
 #include <string_view>
 #include <system_error>
@@ -33,7 +32,7 @@ class PathToken {
 
     // With start(), the two arguments of "%.*s"; see TOKEN_ARGS. A token too long for an int is
     // cut.
-    int width() const { return static_cast<int>(std::min<size_t>(slice_.size(), INT_MAX)); }
+    int width() const { return static_cast<int>(slice_.size() & INT_MAX); }
 
   private:
     std::string_view slice_;
