@@ -115,7 +115,8 @@ class LocalDbSnapshot {
     TreeMapObject* copy(char const* path) const;
 
     /// Identifies the content of the file: equal for equal content, also after a restart and on
-    /// another machine, and different for different content. 0 only if not READ.
+    /// another machine, and different for different content, unless that was made to be alike: it
+    /// is a hash of 64 bits, and no secret. 0 only if not READ.
     uint64_t version() const;
 
     /// Releases what is kept for later snapshots, of every type, and for later validations, and

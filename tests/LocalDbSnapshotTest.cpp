@@ -265,10 +265,12 @@ TEST_F(LocalDbSnapshotTest, NamesTheContentByItsVersion) {
         char const* content;
         uint64_t version;
     } const rows[] = {
-        {"{}", 0xaf9ef44c29f8a218},
-        {"{\"a\": \"12345678\"}", 0x923574279a6af86c},
-        {"{\"a\": \"12345679\"}", 0xf25e741b0598f850},
-        {"{\"a\": \"12345678\"} ", 0xc00ef927f68b9f6d},
+        {"{}", 0x19e971d9a5398ae8},
+        {"{\"a\": \"12345678\"}", 0xd1bda199a346002c},
+        {"{\"a\": \"12345679\"}", 0x583b282386268329},
+        {"{\"a\": \"12345678\"} ", 0x3775cc8710dfc893},
+        {"{\"a\": \"62342678212345678b12345678\"}", 0x3e624d1c24941fa9},
+        {"{\"a\": \"82340678012345678b12345678\"}", 0xfbd67a5925889766},
     };
     for (auto const& row : rows) {
         dir.write(LAN_FILE, row.content);
