@@ -28,7 +28,7 @@ inline bool enabled(LOG_TYPE_T level, LOG_GROUP_T group) {
 
 // Logger::print for the group UTIL. As the group is not passed with each line, one more argument of
 // it is in a register.
-[[gnu::cold, gnu::format(printf, 2, 3)]] void logLine(LOG_TYPE_T level, char const* format, ...);
+[[gnu::format(printf, 2, 3)]] void logLine(LOG_TYPE_T level, char const* format, ...);
 
 // A string for "%s": not every C library accepts a null there.
 inline char const* printable(char const* string) { return string != nullptr ? string : "(null)"; }
