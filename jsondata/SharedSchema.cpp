@@ -75,8 +75,16 @@ char const* reasonOf(int error) {
     return error == ENOMEM ? NO_MEMORY : "cannot be checked: the schema cannot be read";
 }
 
+// Null if the bytes are not one value. What follows it, other than white space, is of a file that was
+// written over or damaged, and there is no telling which part of it counts.
+json_object* parseAlone(FileBytes const& bytes) {
+    size_t end = 0;
+    JsonRef document(bytes.parse(&end));  // sets errno
+    return document && bytes.isBlankFrom(end) ? document.release() : nullptr;
+}
+
 int compileBytes(FileBytes const& bytes, Shared<Made>& made) {
-    JsonRef const document(bytes.parse());
+    JsonRef const document(parseAlone(bytes));
     if (!document && errno == ENOMEM) {
         return ENOMEM;
     }
@@ -143,11 +151,10 @@ SharedSchema* compileSchemaFile(char const* file) {
 
 bool satisfiesSchemaFile(json_object* value, char const* file, Fault& fault) {
     struct stat status;
-    if (stat(file, &status) != 0) {
-        int const error = errno;
-        return isMissing(error) || refuse(faultOf(reasonOf(error)), &fault);
+    if (lstat(file, &status) != 0 && isMissing(errno)) {
+        return true;
     }
-    Shared<SharedSchema> const schema(shareSchema(file, status));
+    Shared<SharedSchema> const schema(compileSchemaFile(file));
     return schema ? schema->accepts(value, &fault) : refuse(faultOf(NO_MEMORY), &fault);
 }
 

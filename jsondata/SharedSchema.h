@@ -30,7 +30,7 @@ SharedSchema* compileSchema(json_object* document);
 SharedSchema* compileSchemaFile(char const* file);
 
 // Whether a value satisfies the schema in a file, or there is no such file: one that cannot be used
-// refuses every value. If not, `fault` says why.
+// refuses every value, and so does a link to nowhere. If not, `fault` says why.
 bool satisfiesSchemaFile(json_object* value, char const* file, CompiledSchema::Fault& fault);
 
 // Drops the compiled schemas of files, and closes these.

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <string_view>
 
 namespace vobiutils {
 
@@ -121,7 +122,12 @@ bool FileBytes::operator==(FileBytes const& other) const {
            (length_ == 0 || memcmp(bytes_, other.bytes_, static_cast<size_t>(length_)) == 0);
 }
 
-json_object* FileBytes::parse() const {
+bool FileBytes::isBlankFrom(size_t start) const {
+    std::string_view const all(bytes_, length());
+    return all.find_first_not_of(" \t\r\n", start) == std::string_view::npos;
+}
+
+json_object* FileBytes::parse(size_t* end) const {
     json_tokener* const tokener = json_tokener_new();
     if (tokener == nullptr) {
         errno = ENOMEM;
@@ -130,6 +136,9 @@ json_object* FileBytes::parse() const {
     errno = 0;
     json_object* value = json_tokener_parse_ex(tokener, bytes_, length_);
     int const error = errno;  // json-c before 0.17 has no code for this
+    if (end != nullptr) {
+        *end = json_tokener_get_parse_end(tokener);
+    }
     json_tokener_free(tokener);
     if (error == ENOMEM && value != nullptr) {  // members may be missing
         json_object_put(value);

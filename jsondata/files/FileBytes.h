@@ -46,8 +46,11 @@ class FileBytes {
     bool operator==(FileBytes const& other) const;
 
     // The value that the bytes begin with, the caller's to release. Null if there is none, if it is
-    // JSON null, and, with ENOMEM in errno, when out of memory.
-    json_object* parse() const;
+    // JSON null, and, with ENOMEM in errno, when out of memory. Sets `end`, unless null, to the number
+    // of bytes that the value takes.
+    json_object* parse(size_t* end = nullptr) const;
+
+    bool isBlankFrom(size_t start) const;  // whether nothing but white space follows
 
     uint64_t version() const { return hashOf(bytes_, length()); }
 
