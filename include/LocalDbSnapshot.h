@@ -14,9 +14,9 @@
 /// parsed document for as long as the file is the same: making one then takes one stat() of the
 /// file, reading a value a lookup, copying a snapshot a count. A file that was replaced or changed,
 /// by a save, by another process or by hand, is read by the next snapshot. So is one that was
-/// changed less than 20 ms ago: file times have a limited resolution, and a second change may leave
-/// no trace in them. A change that updates no time, through a mapping in memory, is noticed only
-/// within these 20 ms.
+/// changed less than 20 ms ago, or 2 s where times are whole seconds: a second change may leave no
+/// trace in them. A change that updates no time, through a mapping in memory, is noticed only
+/// within this time.
 ///
 /// Snapshots of several types that are made one after the other may be from before and after a
 /// change that was saved as one; take() takes them at the same instant:

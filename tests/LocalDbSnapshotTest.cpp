@@ -240,6 +240,10 @@ TEST_F(LocalDbSnapshotTest, CallsRecentWhatMayChangeUnseen) {
         EXPECT_EQ(vobiutils::FileIdentity(status).isRecentAt(now), isRecent);
         std::swap(status.st_mtim, status.st_ctim);  // the later of the two counts
     }
+    status.st_ctim = {100, 0};
+    status.st_mtim = status.st_ctim;  // of a file system that keeps whole seconds
+    EXPECT_TRUE(vobiutils::FileIdentity(status).isRecentAt({101, 999999999}));
+    EXPECT_FALSE(vobiutils::FileIdentity(status).isRecentAt({102, 0}));
 }
 
 // A reader of a pipe waits for its writer; others find the file that has taken its place.

@@ -20,8 +20,12 @@ FileIdentity::FileIdentity(struct stat const& status)
       changed_(nanoseconds(status.st_ctim)) {}
 
 bool FileIdentity::isRecentAt(timespec const& now) const {
-    int64_t const longestStep = 20000000;  // twice the 10 ms of a kernel with 100 ticks a second
-    return std::max(modified_, changed_) > nanoseconds(now) - longestStep;
+    int64_t const second = 1000000000;
+    int64_t const latest = std::max(modified_, changed_);
+    bool const isWhole = latest % second == 0;  // JFFS2 counts seconds, FAT every other one
+    int64_t const tick = 10000000;              // of a kernel with 100 ticks a second
+    int64_t const longestStep = isWhole ? 2 * second : 2 * tick;
+    return latest > nanoseconds(now) - longestStep;
 }
 
 }  // namespace vobiutils

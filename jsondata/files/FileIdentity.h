@@ -20,7 +20,8 @@ class FileIdentity {
 
     bool operator==(FileIdentity const&) const = default;
 
-    // Whether the file was changed less than 20 ms before `now`, or after it. Such a file may be
+    // Whether the file was changed less than 20 ms before `now`, or after it; less than 2 s if its
+    // times are whole seconds, as some file systems for flash keep no others. Such a file may be
     // changed once more without a trace. `now` is a time of CLOCK_REALTIME from before the file was
     // read.
     bool isRecentAt(timespec const& now) const;
