@@ -139,6 +139,19 @@ std::optional<Reply> refuseWhole(Place const& place) {
                               : std::nullopt;
 }
 
+// Why a patch must not be merged into a whole database, if so.
+std::optional<Reply> refusePatch(Place const& place, TreeMapObject& patch) {
+    if (!place.path.empty()) {
+        return std::nullopt;
+    }
+    if (JsonData::validateObject(&patch, R"({"type": "object"})") != 0) {
+        return refuse(400, "only an object can be merged into a whole database");
+    }
+    return place.type == API_GATEWAY && patch.presence("users") == TreeMapObject::PRESENT
+               ? std::optional(refuse(403, "users cannot be changed here"))
+               : std::nullopt;
+}
+
 // The body of a change; null when there is a refusal. It is the message that does this at the place, if
 // there is one.
 Node bodyFor(Place const& place, char const* method, std::string const& body, Reply& refusal) {
@@ -229,9 +242,8 @@ Reply mergeResource(Place const& place, std::string const& body) {
     if (patch == nullptr) {
         return refusal;
     }
-    if (place.path.empty() && place.type == API_GATEWAY &&
-        patch->presence("users") == TreeMapObject::PRESENT) {
-        return refuse(403, "users cannot be changed here");
+    if (auto const forbidden = refusePatch(place, *patch)) {
+        return *forbidden;
     }
     return writing(place, IS_MADE,
                    [&](TreeMapObject& document) { return merge(place, document, *patch); });
