@@ -9,11 +9,15 @@ function say(text, kind) {
   element("message").className = kind || "";
 }
 
+const versions = {}; // of the databases, as they were last seen: by type
+
 // The answer as a value, or as text; an Error with the back end's reason otherwise.
 async function ask(method, path, value) {
   const options = { method, headers: { "Content-Type": "application/json" } };
   if (token) options.headers.Authorization = "Bearer " + token;
   if (value !== undefined) options.body = JSON.stringify(value);
+  const type = path.split("/")[2];
+  if (method !== "GET" && versions[type]) options.headers["If-Match"] = versions[type];
   const answer = await fetch(path, options);
   const text = await answer.text();
   const isJson = (answer.headers.get("Content-Type") || "").startsWith("application/json");
@@ -21,6 +25,7 @@ async function ask(method, path, value) {
     if (answer.status === 401 && token) leave();
     throw new Error(isJson ? JSON.parse(text).error : answer.statusText);
   }
+  versions[type] = answer.headers.get("ETag") || versions[type];
   return isJson ? JSON.parse(text) : text;
 }
 
