@@ -78,9 +78,12 @@ bool ChangeFolder::isMarked() const {
 }
 
 bool ChangeFolder::isRecorded() const {
+    if (!isMarked()) {
+        return false;
+    }
     ChangeRecord record;
-    return isMarked() && (read(NameBelow(path_, RECORD), record) == ChangeState::UNFINISHED ||
-                          record.count() > 0);
+    ChangeState const state = read(NameBelow(path_, RECORD), record);
+    return state == ChangeState::UNFINISHED || (state == ChangeState::NONE && record.count() > 0);
 }
 
 ChangeState ChangeFolder::lock(bool waits) {
