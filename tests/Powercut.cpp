@@ -1,0 +1,169 @@
+// powercut [TYPES]: tries every disk that a loss of power may leave during a save of so many
+// databases, 1 and then 2 unless given, and during the recovery from each of these disks, and so on.
+// Each time a reader has to find all files old or all new: new once the save has returned, and what
+// an earlier reader has found. Without any one of the save's syncs that has to fail.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <deque>
+
+#include "DiskModel.h"
+#include "LocalDbCtrl.h"
+#include "LocalDbSnapshot.h"
+#include "LocalDbTransaction.h"
+#include "Logger.h"
+#include "Support.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+DiskModel* model = nullptr;  // of the action that is being watched
+std::set<Disk> left;         // what losses of power during it may leave
+int syncs = 0;
+int droppedSync = 0;  // its number; 0 for none
+
+std::string plain(fs::path const& name) { return name.lexically_normal(); }
+std::string nameOf(int fd) {
+    return fs::proximate(fs::read_symlink("/proc/self/fd/" + std::to_string(fd)));
+}
+
+// Called before the model does what the process has done.
+bool isWatched() {
+    if (model != nullptr) {
+        left.merge(model->disks());
+    }
+    return model != nullptr;
+}
+int moved(int result, std::string const& from, std::string const& to) {
+    if (result == 0 && isWatched()) {
+        model->move(from, to);
+    }
+    return result;
+}
+
+typedef std::string Action(int types);
+
+// What a reader finds.
+std::string read(int types) {
+    static unsigned int const all[] = {0, 1, 2, 3, 4, 5, 6, 7, 8};
+    LocalDbSnapshot taken[API_TYPE_COUNT];
+    bool const areRead = LocalDbSnapshot::take(all, types, taken);
+    int sum = 0;
+    for (LocalDbSnapshot const& snapshot : taken) {
+        sum += snapshot ? snapshot.get<int>("a") : 0;
+    }
+    return !areRead ? "unreadable" : sum == 0 ? "old" : sum == types ? "new" : "mixed";
+}
+
+std::string save(int types) {
+    LocalDbTransaction change(0, "", "default");
+    for (int type = 0; type < types; ++type) {
+        change.also(static_cast<unsigned int>(type), "")->set("a", 1);
+    }
+    return change.save() == 0 ? "new" : "refused";
+}
+
+// The disks to be tried, each with what a reader has to find, if that is decided.
+struct Search {
+    // Does something on a disk, and adds those that a loss of power may leave meanwhile.
+    bool follow(Disk const& disk, std::string const& wanted, int types, Action* action) {
+        fs::remove_all("data");
+        for (auto const& [name, content] : disk) {
+            TempDir::write(name, content);
+        }
+        LocalDbSnapshot::forget();
+        DiskModel watching(disk);
+        syncs = 0;
+        left.clear();
+        model = &watching;
+        std::string const found = action(types);
+        model = nullptr;
+        add(left, wanted);
+        add(watching.disks(), found);
+        return (found == "old" || found == "new") && (wanted.empty() || found == wanted);
+    }
+
+    void add(std::set<Disk> const& disks, std::string const& wanted) {
+        for (Disk const& disk : disks) {
+            auto const [entry, isNew] = expected.emplace(disk, wanted);
+            if (isNew || (entry->second.empty() && !wanted.empty())) {
+                entry->second = wanted;
+                untried.push_back(disk);
+            }
+        }
+    }
+
+    std::map<Disk, std::string> expected;
+    std::deque<Disk> untried;
+};
+
+// Whether a save without one of its syncs, or with all, is right. Counts them.
+bool isRight(int types, int without, int& count) {
+    Search search;
+    Disk disk;
+    for (int type = 0; type < types; ++type) {
+        disk[plain(LocalDbCtrl::getFileName(static_cast<unsigned int>(type)))] = "{\"a\":0}";
+    }
+    droppedSync = without;
+    bool right = search.follow(disk, "", types, save);
+    count = syncs;
+    droppedSync = 0;
+    while (right && !search.untried.empty()) {
+        disk = search.untried.front();
+        search.untried.pop_front();
+        right = search.follow(disk, search.expected[disk], types, read);
+    }
+    fprintf(stderr, "%d at once, without sync %d of %d: %zu disks, %s\n", types, without, count,
+            search.expected.size(), right ? "right" : "wrong");
+    return right;
+}
+
+bool check(int types) {
+    int count = 0;
+    bool isAsItMustBe = true;
+    for (int without = 0; without <= count; ++without) {
+        isAsItMustBe = isRight(types, without, count) == (without == 0) && isAsItMustBe;
+    }
+    return isAsItMustBe;
+}
+
+}  // namespace
+
+#define WRAP(RESULT, NAME, PARAMETERS)          \
+    extern "C" RESULT __real_##NAME PARAMETERS; \
+    extern "C" RESULT __wrap_##NAME PARAMETERS; \
+    RESULT __wrap_##NAME PARAMETERS
+
+WRAP(int, open64, (char const* name, int flags, mode_t mode)) {
+    bool const isNew = (flags & O_CREAT) != 0 && access(name, F_OK) != 0;
+    int const fd = __real_open64(name, flags, mode);
+    moved(isNew && fd >= 0 ? 0 : -1, "", plain(name));
+    return fd;
+}
+WRAP(int, open, (char const* name, int flags, mode_t mode)) {
+    return __wrap_open64(name, flags, mode);
+}
+WRAP(ssize_t, write, (int fd, void const* bytes, size_t size)) {
+    if (isWatched()) {
+        model->files[model->now[nameOf(fd)]].content.append(static_cast<char const*>(bytes), size);
+    }
+    return __real_write(fd, bytes, size);
+}
+WRAP(int, fsync, (int fd)) {  // a real one would only take time
+    if (++syncs != droppedSync && isWatched()) {
+        model->sync(nameOf(fd));
+    }
+    return 0;
+}
+WRAP(int, rename, (char const* from, char const* to)) {
+    return moved(__real_rename(from, to), plain(from), plain(to));
+}
+WRAP(int, unlink, (char const* name)) { return moved(__real_unlink(name), plain(name), ""); }
+
+int main(int count, char** words) {
+    TempDir const dir;
+    Logger::mask = 0;
+    LocalDbCtrl::init();
+    return (count > 1 ? check(atoi(words[1])) : check(1) && check(2)) ? 0 : 1;
+}
