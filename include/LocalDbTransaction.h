@@ -176,7 +176,7 @@ class LocalDbTransaction {
     int keep();
 
   private:
-    __attribute__((visibility("hidden"))) Status lock(vobiutils::Database const& database,
+    __attribute__((visibility("hidden"))) Status lock(vobiutils::Database const& wanted,
                                                       char const* path, Mode mode,
                                                       TreeMapObject*& object);
     __attribute__((visibility("hidden"))) Status openAlso(unsigned int apiType, char const* path,

@@ -132,6 +132,7 @@ class TreeMapObject {
         VACANT,      ///< there is not, but set or merge would store one exactly there
         IMPOSSIBLE,  ///< not well-formed, an index beyond the end, or a step into a plain value
     };
+    /// Tells whether there is a value at `path`, and if not, whether one could be stored there.
     Presence presence(char const* path);
 
     /// Removes the member or the element at `path`, JSON null included. True when there was one.

@@ -179,7 +179,8 @@ TreeMapObject* LocalDbTransaction::object() const { return isHeld() ? object_ : 
 TreeMapObject* LocalDbTransaction::operator->() const { return object(); }
 
 LocalDbTransaction::Fault const& LocalDbTransaction::fault() const {
-    return status() == INVALID ? locks_->fault : NO_FAULT;
+    TransactionLock const* const first = status() == INVALID ? locks_.get() : nullptr;
+    return first != nullptr ? first->fault : NO_FAULT;
 }
 
 template <typename Finish>
