@@ -63,7 +63,7 @@ export const whoAmI = () => exchange("GET", "/api/me").then(({ body }) => (user 
 // Everything that the page needs, in two requests at the same time.
 export async function loadAll() {
   const [all, me] = await Promise.all([request("GET", "/api/all"), request("GET", "/api/me")]);
-  databases = all.body;
+  databases = Object.fromEntries(Object.entries(all.body).filter(([, { schema }]) => schema)); // none: not shown
   user = me.body;
 }
 
@@ -71,10 +71,10 @@ const urlOf = (type, path) => "/api/" + type + "/" + encodeURIComponent(path);
 
 // Reads a database again. True if it has changed.
 export async function reload(type) {
+  const before = databases[type];
   const { body, etag } = await request("GET", urlOf(type, ""));
-  const isNew = etag !== databases[type].etag;
-  databases[type] = { schema: databases[type].schema, value: body, etag };
-  return isNew;
+  if (databases[type] === before) databases[type] = { ...before, value: body, etag }; // else this is older
+  return databases[type].etag !== before.etag;
 }
 
 // The places that the change would set and that others have set meanwhile to something else.
