@@ -1,5 +1,6 @@
 #!/bin/sh
-# Makes docs/page.png, the picture of the example back end's page in the README.
+# Makes pictures of the example back end's page, on a desktop, on a phone and in dark colours; docs/page.png, in the
+# README, is one of them.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libmicrohttpd-dev libssl-dev libcrypt-dev \
@@ -7,5 +8,6 @@ scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev
 build=build/example
 cmake -S . -B "$build" -DVOBIUTILS_BUILD_TESTS=OFF >/dev/null
 cmake --build "$build" --parallel "$(nproc)" >/dev/null
-tests/backend/page.sh "$build/examples/backend/backend" docs/page.png 1100,820
-echo "docs/page.png is made: look at it."
+tests/backend/page.sh "$build/examples/backend/backend" "$build"
+cp "$build/desktop.png" docs/page.png
+echo "docs/page.png, $build/phone.png and $build/dark.png are made: look at them."

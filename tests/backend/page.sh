@@ -1,6 +1,7 @@
 #!/bin/sh
-# The page of the web back end in a headless browser. PROGRAM [PICTURE.png WIDTH,HEIGHT]
-# Run from the project's folder. Skipped (77) without a browser.
+# The page of the web back end in a headless browser. PROGRAM [FOLDER for pictures of it]
+# Run from the project's folder. Skipped (77) without a browser. With AXE=FILE, the axe.min.js of the npm package
+# axe-core, the page must also be without serious faults for those who cannot see or point.
 set -eu
 for tool in chromium chromedriver curl jq; do
     command -v $tool >/dev/null || { echo "skipped: there is no $tool"; exit 77; }
@@ -16,20 +17,33 @@ chromedriver --port=$((port + 1)) >"$work/driver.txt" 2>&1 &
 driver_pid=$!
 trap 'kill $backend_pid $driver_pid 2>/dev/null || true; wait; rm -rf "$work"' EXIT
 
-post() { # PATH JSON
+post() { # PATH [JSON], else from standard input
     curl --silent --fail-with-body --retry 120 --retry-connrefused --retry-delay 1 \
-        --header 'Content-Type: application/json' --data "$2" "$driver/session$1"
+        --header 'Content-Type: application/json' --data "${2-@-}" "$driver/session$1"
+}
+
+emulate() { # NAME PARAMETERS of the browser's own protocol
+    post "/$session/goog/cdp/execute" "{\"cmd\": \"Emulation.$1\", \"params\": $2}" >/dev/null
+}
+
+picture() { # FILE WIDTH HEIGHT light|dark
+    emulate setDeviceMetricsOverride "{\"width\": $2, \"height\": $3, \"deviceScaleFactor\": 1, \"mobile\": true}"
+    emulate setEmulatedMedia "{\"features\": [{\"name\": \"prefers-color-scheme\", \"value\": \"$4\"}]}"
+    curl --silent "$driver/session/$session/screenshot" | jq -r .value | base64 -d >"$1"
 }
 
 session=$(post "" '{"capabilities": {"alwaysMatch": {"goog:chromeOptions":
-    {"args": ["--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--window-size='"${3-1280,1400}"'"]}}}}' |
+    {"args": ["--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--window-size=1280,900"]}}}}' |
     jq -r .value.sessionId)
 post "/$session/url" "{\"url\": \"http://127.0.0.1:$port/\"}" >/dev/null
 post "/$session/timeouts" '{"script": 500000}' >/dev/null
-failures=$(post "/$session/execute/async" "$(jq -Rs '{script: ., args: []}' tests/backend/page.js)" |
-    jq -c .value)
+failures=$(cat ${AXE:+"$AXE"} tests/backend/page.js | jq -Rs '{script: ., args: []}' |
+    post "/$session/execute/async" | jq -c .value)
 if [ -n "${2-}" ]; then
-    curl --silent "$driver/session/$session/screenshot" | jq -r .value | base64 -d >"$2"
+    sleep 7 # what the page announces is gone by then
+    picture "$2/desktop.png" 1100 677 light
+    picture "$2/phone.png" 390 844 light
+    picture "$2/dark.png" 1100 677 dark
 fi
 curl --silent --request DELETE "$driver/session/$session" >/dev/null
 echo "failures: $failures"

@@ -1,186 +1,123 @@
-// The page of the back end: logs in, shows the databases as trees, changes values, shows the log.
-"use strict";
+// The page: menu, search, login, and which view belongs to which address.
+import { databases, isAdministrator, loadAll, logIn, onExpired, request, user, whoAmI } from "./gateway.js";
+import { byId, h, heading } from "./dom.js";
+import { placeOf, placeView } from "./place.js";
+import { addressOf, go, start } from "./router.js";
+import { isContainer, schemaAt, titleOf } from "./schema.js";
+import { auditView, expertView, homeView, logView, passwordView, searchView } from "./views.js";
 
-const element = (id) => document.getElementById(id);
-let token = sessionStorage.getItem("token");
+// The menu by task. The sections that it does not name follow under "More".
+const TASKS = {
+  "Internet": "network/wan network/dsl network/cable network/mobile service/ddns",
+  "Wi-Fi": "wifi/ wifi/ssids wifi/guest wifi/radios wifi/schedule wifi/accessControl wifi/wps wifi/stations",
+  "Home network": "network/lan gateway/devices network/routes service/wol",
+  "Open to the Internet": "service/portForwarding service/portTriggering service/dmz service/upnp security/vpn",
+  "Protection": "security/firewall security/parentalControl service/macFiltering service/ipFiltering security/login",
+  "Traffic priority": "qos/ qos/classes qos/rules qos/bandwidth qos/iptv",
+  "USB and media": "mediashare/usb mediashare/networkFolders mediashare/fileServer mediashare/mediaServer",
+  "Gateway": "gateway/about gateway/users gateway/led gateway/dateTime gateway/powersave misc/notifications misc/backup",
+};
 
-function say(text, kind) {
-  element("message").textContent = text;
-  element("message").className = kind || "";
+function showMenu() {
+  const all = Object.entries(databases).flatMap(([type, { schema }]) => ["", ...Object.keys(schema.properties)]
+    .filter((name) => isContainer(schemaAt(schema, name))).map((name) => `${type}/${name}`));
+  const named = Object.values(TASKS).join(" ").split(" ");
+  const item = (hash, text) => h("li", {}, h("a", { href: hash }, text));
+  const placeItem = ([type, path]) => item(addressOf(type, path), titleOf(databases[type], path));
+  const group = (title, places) => h("details", { name: "menu" }, h("summary", {}, title),
+    h("ul", {}, places.filter((place) => all.includes(place)).map((place) => placeItem(place.split("/")))));
+  byId("menu").replaceChildren(h("ul", {}, item("#/", "Overview")),
+    ...Object.entries(TASKS).map(([title, places]) => group(title, places.split(" "))),
+    group("More", all.filter((place) => !named.includes(place) && !place.endsWith("/"))), h("ul", {},
+    isAdministrator() && [item("#/audit", "Changes and logins"), item("#/log", "Log")],
+    item("#/expert", "Expert view"), item("#/password", "Change password")));
 }
 
-const versions = {}; // of the databases, as they were last seen: by type
-
-// The answer as a value, or as text; an Error with the back end's reason otherwise.
-async function ask(method, path, value) {
-  const options = { method, headers: { "Content-Type": "application/json" } };
-  if (token) options.headers.Authorization = "Bearer " + token;
-  if (value !== undefined) options.body = JSON.stringify(value);
-  const type = path.split("/")[2];
-  if (method !== "GET" && versions[type]) options.headers["If-Match"] = versions[type];
-  const answer = await fetch(path, options);
-  const text = await answer.text();
-  const isJson = (answer.headers.get("Content-Type") || "").startsWith("application/json");
-  if (!answer.ok) {
-    if (answer.status === 401 && token) leave();
-    throw new Error(isJson ? JSON.parse(text).error : answer.statusText);
-  }
-  versions[type] = answer.headers.get("ETag") || versions[type];
-  return isJson ? JSON.parse(text) : text;
+// Marks where the address is in the menu, and closes that of a small screen.
+function markMenu(hash) {
+  const isAt = (link) => hash === link.hash || hash.startsWith(link.hash + ".") || (link.hash === "#/" && hash === "");
+  byId("menu").querySelector("[aria-current]")?.removeAttribute("aria-current");
+  const here = [...byId("menu").querySelectorAll("a")].findLast(isAt);
+  here?.setAttribute("aria-current", "page");
+  here?.closest("details")?.setAttribute("open", "");
+  openMenu(false);
 }
 
-const urlOf = (type, path) => "/api/" + type + "/" + encodeURIComponent(path);
-const join = (path, step) => (path ? path + "." + step : step);
+function openMenu(isOpen) {
+  byId("menu").classList.toggle("open", isOpen);
+  byId("menu-button").setAttribute("aria-expanded", String(isOpen));
+}
 
-// One line for a plain value, a part that opens for an object or an array.
-function nodeFor(type, path, name, value) {
-  if (value === null || typeof value !== "object") return leafFor(type, path, name, value);
-  const isArray = Array.isArray(value);
-  const names = Object.keys(value);
-  const part = document.createElement("details");
-  const title = document.createElement("summary");
-  const count = document.createElement("span");
-  title.textContent = name;
-  count.className = "count";
-  count.textContent = isArray ? "[" + names.length + "]" : "{" + names.length + "}";
-  title.append(count);
-  part.append(title);
-  part.addEventListener("toggle", () => {  // filled when it is opened first
-    if (part.open && part.children.length === 1) {
-      for (const key of names) {
-        const step = isArray ? "[" + key + "]" : key;
-        part.append(nodeFor(type, join(path, step), step, value[key]));
-      }
-    }
+const VIEWS = { "": homeView, search: searchView, expert: expertView, log: logView, audit: auditView, password: passwordView };
+
+// As decodeURIComponent, but nothing is wrong with any text.
+const decoded = (text) => new URLSearchParams("text=" + text.replace(/[+&]/g, encodeURIComponent)).get("text");
+
+function viewOf(hash) {
+  const [kind, first = ""] = hash.replace(/^#\/?/, "").split("/").map(decoded);
+  document.body.classList.toggle("locked", user.mustChangePassword === true);
+  if (user.mustChangePassword) return passwordView();
+  markMenu(hash);
+  if (VIEWS[kind]) return VIEWS[kind](first);
+  if (!databases[kind]) return { title: "Not there", node: heading("There is nothing at this address.") };
+  const place = placeOf(kind, first);
+  return { ...placeView(kind, place), inside: first === place ? "" : first };
+}
+
+// Logs in, in place; all that wait for a session wait for the same dialog.
+const login = byId("login");
+let [pending, isAsking] = [null, false];
+function logInAgain() {
+  const before = user?.user;
+  pending ??= new Promise((resolve) => {
+    const reason = "Your session has ended. What you have typed is still there: log in to go on.";
+    byId("login-reason").textContent = before ? reason : "";
+    byId("username").value ||= before ?? "";
+    login.returnValue = "";
+    login.showModal();
+    byId(before ? "password" : "username").focus();
+    login.onclose = () => (login.returnValue === "in" ? resolve() : login.showModal()); // Escape does not help
+  }).then(async () => {
+    pending = null;
+    if (before && (before !== user.user || user.mustChangePassword)) enter().then(() => go(location.hash));
   });
-  return part;
+  return pending;
 }
 
-function leafFor(type, path, name, value) {
-  const line = document.createElement("div");
-  const label = document.createElement("span");
-  const button = document.createElement("button");
-  line.className = "leaf";
-  label.className = "name";
-  label.textContent = name + " ";
-  button.type = "button";
-  button.className = typeof value === "string" ? "text" : "";
-  button.textContent = value === "" ? "(empty)" : String(value);
-  button.dataset.place = type + "/" + path;
-  button.addEventListener("click", () => edit(button, type, path, value));
-  line.append(label, button);
-  return line;
-}
-
-// A text stays a text; for anything else what is typed is read as JSON.
-function typed(text, old) {
-  if (typeof old === "string") return text;
+login.addEventListener("submit", async (event) => {
+  event.preventDefault();
+  if (isAsking) return; // a second click
+  isAsking = true;
+  byId("login-reason").textContent = "Logging in ...";
   try {
-    return JSON.parse(text);
-  } catch {
-    return text;
+    await logIn(byId("username").value, byId("password").value);
+    login.close("in");
+  } catch (refusal) {
+    byId("login-reason").textContent = refusal.message;
   }
-}
+  byId("password").value = "";
+  isAsking = false;
+});
 
-function edit(button, type, path, old) {
-  const line = button.parentNode;
-  const input = document.createElement("input");
-  let isOver = false;
-  const finish = (value) => {
-    if (isOver) return;
-    isOver = true;
-    const name = path.split(".").pop();
-    line.replaceWith(leafFor(type, path, name, value));
-  };
-  input.value = String(old);
-  input.setAttribute("aria-label", path);
-  input.addEventListener("blur", () => finish(old));
-  input.addEventListener("keydown", async (event) => {
-    if (event.key === "Escape") finish(old);
-    if (event.key !== "Enter" || input.readOnly) return;
-    input.readOnly = true;
-    try {
-      const value = await ask("PUT", urlOf(type, path), typed(input.value, old));
-      say(type + " " + path + " is saved", "good");
-      finish(value);
-    } catch (error) {
-      say("Refused: " + error.message, "bad");
-      input.readOnly = false;
-    }
-    showLog();
-  });
-  button.replaceWith(input);
-  input.select();
-  input.focus();
-}
-
-async function showLog() {
-  try {
-    element("log").textContent = await ask("GET", "/log");
-  } catch (error) {
-    element("log").textContent = error.message;
-  }
-  element("log").scrollTop = element("log").scrollHeight;
-}
-
-async function showDatabases() {
-  const parts = [];
-  for (const type of await ask("GET", "/api")) {
-    parts.push(nodeFor(type, "", type, await ask("GET", urlOf(type, ""))));
-  }
-  element("databases").replaceChildren(...parts);
-}
-
-function leave() {
-  token = null;
-  sessionStorage.clear();
-  element("databases").replaceChildren();
-  element("log").textContent = "";
-  show();
-}
-
-function show() {
-  element("login").hidden = Boolean(token);
-  element("desk").hidden = !token;
-  element("logout").hidden = !token;
-  element("who").textContent = token ? sessionStorage.getItem("user") : "";
-}
+// Another tab may have logged in meanwhile.
+addEventListener("focus", async () => pending && !isAsking && (await whoAmI()) && login.close("in"));
 
 async function enter() {
-  show();
-  if (!token) return;
-  try {
-    await showDatabases();
-    await showLog();
-  } catch (error) {
-    say(error.message, "bad");
-  }
+  await loadAll();
+  showMenu();
+  byId("user").hidden = false;
+  byId("who").textContent = user.user;
 }
 
-element("login").addEventListener("submit", async (event) => {
+byId("logout").addEventListener("click", async () => {
+  if (await go("#/")) await request("POST", "/logout").finally(() => location.reload());
+});
+byId("menu-button").addEventListener("click", () => openMenu(!byId("menu").classList.contains("open")));
+byId("search").addEventListener("submit", (event) => {
   event.preventDefault();
-  const username = element("username").value;
-  try {
-    const answer = await ask("POST", "/login", { username, password: element("password").value });
-    token = answer.token;
-    sessionStorage.setItem("token", token);
-    sessionStorage.setItem("user", username + " (" + answer.role + ")");
-    say("", "");
-    await enter();
-  } catch (error) {
-    say(error.message, "bad");
-  }
-  element("password").value = "";
+  go("#/search/" + encodeURIComponent(byId("query").value));
 });
 
-element("logout").addEventListener("click", async () => {
-  try {
-    await ask("POST", "/logout");
-  } catch (error) {
-    say(error.message, "bad");
-  }
-  leave();
-});
-
-element("refresh").addEventListener("click", showLog);
-enter();
+onExpired(logInAgain);
+enter().then(() => start(viewOf), ({ message }) => byId("main").replaceChildren(heading("Not connected"), message, " ",
+  h("p", {}, h("button", { type: "button", onclick: () => location.reload() }, "Try again"))));
