@@ -60,11 +60,11 @@ export async function logIn(username, password) {
 // Who is logged in, if anyone is.
 export const whoAmI = () => exchange("GET", "/api/me").then(({ body }) => (user = body), () => null);
 
-// Everything that the page needs, in two requests at the same time.
+// Everything that the page needs, in two requests at the same time. Nothing but "me" while a password must be changed.
 export async function loadAll() {
-  const [all, me] = await Promise.all([request("GET", "/api/all"), request("GET", "/api/me")]);
-  databases = Object.fromEntries(Object.entries(all.body).filter(([, { schema }]) => schema)); // none: not shown
-  user = me.body;
+  const all = request("GET", "/api/all").catch((refusal) => (refusal.status === 403 ? {} : Promise.reject(refusal)));
+  user = (await request("GET", "/api/me")).body;
+  databases = Object.fromEntries(Object.entries((await all).body ?? {}).filter(([, { schema }]) => schema)); // or not shown
 }
 
 const urlOf = (type, path) => "/api/" + type + "/" + encodeURIComponent(path);

@@ -112,7 +112,7 @@ export function passwordView() {
     try {
       await request("PUT", "/api/me/password", { old: old.value, new: fresh.value });
       announce("The password is changed");
-      user.mustChangePassword = false;
+      if (user.mustChangePassword) return location.replace("/"); // loads everything
       go("#/", true);
     } catch (error) {
       fault.textContent = error.message;
