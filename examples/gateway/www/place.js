@@ -41,7 +41,7 @@ export function placeView(type, path) {
   const crumbs = h("nav", { class: "crumbs", "aria-label": "Places above" },
     above.map((at) => link(type, at, titleOf(database, at))));
   return { ...view, title, node: h("div", {}, crumbs, heading(title), hintOf(schema),
-    type === "wifi" && path === "guest" && guestSwitch(), view.node) };
+    view.node) };
 }
 
 const hintOf = (schema) => schema.description && h("p", { class: "hint" }, schema.description);
@@ -84,22 +84,4 @@ function table(type, path, schema, rows) {
   return h("div", {}, rows.length > 0 && h("table", { class: "rows", "aria-label": schema.title }, head,
     h("tbody", {}, rows.slice(0, 200).map(line))), note && h("p", { class: "hint" }, note),
   canChange && rows.length < schema.maxItems && h("p", {}, link(type, join(path, NEW), "Add", add)));
-}
-
-// On and off for guests in one step, wherever its parts are.
-function guestSwitch() {
-  const { ssids, guest } = databases.wifi.value;
-  const isOn = ssids.find(({ id }) => id === guest.ssidId)?.enabled === true;
-  const state = { role: "switch", class: "switch", "aria-checked": String(isOn), disabled: !isAdministrator() };
-  return h("p", {}, h("button", { ...state, type: "button", async onclick() {
-    announce("Saving ...");
-    try {
-      await request("POST", "/api/guest", { enabled: !isOn });
-      await Promise.all(["wifi", "network", "security"].map(reload));
-      announce("Saved");
-      go(location.hash);
-    } catch (error) {
-      announce(error.message);
-    }
-  } }, `The guest network is ${isOn ? "on" : "off"}`));
 }
