@@ -1,3 +1,4 @@
+// Compiles schemas with what the validator at hand offers, and asks it about values.
 #include "CompiledSchema.h"
 
 #include "jsondata/SharedSchema.h"

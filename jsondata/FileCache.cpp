@@ -1,3 +1,4 @@
+// Finds, makes, keeps and drops what was made of files.
 #include "jsondata/FileCache.h"
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// Lends a parsed schema to one validation at a time.
 #include "jsondata/SchemaFile.h"
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// Hands out memory that is freed as a whole.
 #include "jsonschema/Arena.h"
 
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+// Reads a schema once, checks it, and makes nodes and instructions of it.
 #include "jsonschema/Compiler.h"
 
 #include "jsonschema/Formats.h"

@@ -1,3 +1,4 @@
+// Applies the instructions of a compiled schema to a value.
 #include "jsonschema/Evaluation.h"
 
 #include <new>

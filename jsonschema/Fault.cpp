@@ -1,3 +1,4 @@
+// Writes a fault for the caller: its path, keyword and message.
 #include "jsonschema/Fault.h"
 
 #include "jsonschema/Json.h"

@@ -1,3 +1,4 @@
+// Keeps the first fault in the order of the document.
 #include "jsonschema/Finding.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Reads json-c values without writing to them.
 #include "jsonschema/Json.h"
 
 namespace jsonschema {

@@ -1,3 +1,4 @@
+// A table of member names that is filled once and only searched afterwards.
 #include "jsonschema/NameMap.h"
 
 #include "jsonschema/Hash.h"

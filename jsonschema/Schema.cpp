@@ -1,3 +1,4 @@
+// Makes and destroys what a compiled schema consists of.
 #include "jsonschema/Schema.h"
 
 #include "jsonschema/Pattern.h"

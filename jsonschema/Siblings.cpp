@@ -1,3 +1,4 @@
+// Links keywords that depend on others of the same schema.
 #include "jsonschema/Siblings.h"
 
 #include <string.h>

@@ -1,3 +1,4 @@
+// Writes text into a buffer of fixed size, cut between characters.
 #include "jsonschema/Text.h"
 
 #include <string.h>

@@ -1,3 +1,4 @@
+// The formats of dates and times.
 #include "jsonschema/TimeFormats.h"
 
 #include <stddef.h>

@@ -1,3 +1,4 @@
+// Makes the documents that snapshots share from the data files.
 #include "localdb/SnapshotStore.h"
 
 #include <errno.h>

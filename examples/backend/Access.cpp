@@ -1,3 +1,4 @@
+// Decides who may see and change what.
 #include "Access.h"
 
 #include <JsonData.h>

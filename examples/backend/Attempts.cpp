@@ -1,3 +1,4 @@
+// Counts login attempts in the record, or in memory while that cannot be written.
 #include "Attempts.h"
 
 #include <BELoginRecord.h>

@@ -1,3 +1,4 @@
+// Appends lines to the audit, and starts a new file when one is full.
 #include "Audit.h"
 
 #include <JsonData.h>

@@ -1,3 +1,4 @@
+// Compares entity tags.
 #include "Conditions.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Finds regular files below the document root.
 #include "DocumentRoot.h"
 
 #include <algorithm>

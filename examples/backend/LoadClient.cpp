@@ -1,3 +1,4 @@
+// Sends a request over a socket, and reads the answer.
 #include "LoadClient.h"
 
 #include <netinet/in.h>

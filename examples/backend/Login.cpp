@@ -1,3 +1,4 @@
+// Logs users in, and changes their passwords.
 #include "Login.h"
 
 #include <BEConfig.h>

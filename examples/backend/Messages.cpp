@@ -1,3 +1,4 @@
+// Knows which messages there are, and checks values against their schema files and those of the databases.
 #include "Messages.h"
 
 #include <CommLabel.h>
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <memory>
 #include <sstream>
 
 namespace {
@@ -89,6 +91,13 @@ Message const* messageOf(char const* method, unsigned int type, std::string cons
 std::string schemaFileOf(unsigned int type) {
     std::string file = LocalDbCtrl::getFileName(type);
     return file.insert(file.rfind('.'), "_SCHEMA");
+}
+
+bool isObject(TreeMapObject const& value) {
+    static std::unique_ptr<TreeMapObject> const schema(
+        JsonData::createObject(R"({"type": "object"})"));
+    static CompiledSchema const rule(schema != nullptr ? schema->jobj : nullptr);
+    return rule.accepts(value.jobj);
 }
 
 bool isValid(unsigned int type, char const* label, TreeMapObject& value) {

@@ -5,6 +5,7 @@
 
 #include <CompiledSchema.h>
 #include <LocalDbCtrl.h>
+#include <TreeMapObject.h>
 
 #include <optional>
 #include <string>
@@ -24,6 +25,8 @@ Message const* messageOf(char const* method, unsigned int type, std::string cons
 
 // The file beside a database that says what its document may be.
 std::string schemaFileOf(unsigned int type);
+
+bool isObject(TreeMapObject const& value);
 
 // Whether a value is the message of that name, by its schema file. Any is, when there is no such file.
 bool isValid(unsigned int type, char const* label, TreeMapObject& value);

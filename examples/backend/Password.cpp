@@ -1,3 +1,4 @@
+// Hashes passwords and tokens.
 #include "Password.h"
 
 #include <crypt.h>

@@ -1,3 +1,4 @@
+// Makes refusals.
 #include "Reply.h"
 
 #include <JsonData.h>

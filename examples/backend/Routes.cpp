@@ -1,3 +1,4 @@
+// The table of routes, and the way from a request to what answers it.
 #include "Routes.h"
 
 #include <BEConfig.h>

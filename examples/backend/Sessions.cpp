@@ -1,3 +1,4 @@
+// Opens, finds and ends sessions.
 #include "Sessions.h"
 
 #include <BEConfig.h>

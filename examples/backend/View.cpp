@@ -1,3 +1,4 @@
+// Reads a database as a session sees it.
 #include "View.h"
 
 #include "Limits.h"

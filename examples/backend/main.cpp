@@ -21,6 +21,7 @@
 #include <string>
 #include <vector>
 
+#include "Messages.h"
 #include "Routes.h"
 #include "http/HttpServer.h"
 
@@ -66,9 +67,7 @@ char const* faultOfConfiguration(char const* file) {
     if (document->jobj == nullptr) {
         return "it cannot be read, or is not JSON";
     }
-    return JsonData::validateObject(document.get(), R"({"type": "object"})") == 0
-               ? nullptr
-               : "it is not a JSON object";
+    return isObject(*document) ? nullptr : "it is not a JSON object";
 }
 
 void warnOfOpenDoors() {

@@ -1,3 +1,4 @@
+// Reads the bytes of a file, hashes and parses them.
 #include "jsondata/files/FileBytes.h"
 
 #include <endian.h>

@@ -1,3 +1,4 @@
+// Reads a file, again if it changes meanwhile.
 #include "jsondata/files/FileContent.h"
 
 #include <errno.h>

@@ -1,3 +1,4 @@
+// Compares files by what stat() says of them.
 #include "jsondata/files/FileIdentity.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Refuses requests that are not for this server, before anything is done for them.
 #include "Admission.h"
 
 #include <BEConfig.h>

@@ -1,3 +1,4 @@
+// Reduces addresses to what counts as one client.
 #include "ClientAddress.h"
 
 #include <arpa/inet.h>

@@ -1,3 +1,4 @@
+// Knows every connection, its client and its deadline.
 #include "ConnectionTable.h"
 
 #include <sys/socket.h>

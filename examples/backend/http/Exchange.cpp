@@ -1,3 +1,4 @@
+// Collects a request, has it answered by a worker, and resumes its connection.
 #include "Exchange.h"
 
 #include <Logger.h>

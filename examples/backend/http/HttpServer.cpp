@@ -1,3 +1,4 @@
+// Starts and stops the daemons of all ports.
 #include "HttpServer.h"
 
 #include <BEConfig.h>

@@ -1,3 +1,4 @@
+// Makes a listening socket of one family.
 #include "ListenSocket.h"
 
 #include <netdb.h>

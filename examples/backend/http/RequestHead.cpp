@@ -1,3 +1,4 @@
+// Reads and checks what comes before the body.
 #include "RequestHead.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Sends a reply with its headers.
 #include "Response.h"
 
 #include <BEConfig.h>

@@ -1,3 +1,4 @@
+// Runs jobs on a fixed number of threads.
 #include "Workers.h"
 
 Workers::Workers(unsigned int threads) {
