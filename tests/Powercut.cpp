@@ -130,6 +130,8 @@ bool check(int types) {
 
 }  // namespace
 
+#pragma GCC visibility push(default)  // a sanitizer looks for some of the names
+
 #define WRAP(RESULT, NAME, PARAMETERS)          \
     extern "C" RESULT __real_##NAME PARAMETERS; \
     extern "C" RESULT __wrap_##NAME PARAMETERS; \
@@ -160,6 +162,8 @@ WRAP(int, rename, (char const* from, char const* to)) {
     return moved(__real_rename(from, to), plain(from), plain(to));
 }
 WRAP(int, unlink, (char const* name)) { return moved(__real_unlink(name), plain(name), ""); }
+
+#pragma GCC visibility pop
 
 int main(int count, char** words) {
     TempDir const dir;
