@@ -84,7 +84,8 @@ struct DiskModel {
         return result;
     }
 
-    static std::set<Disk> with(std::set<Disk> const& disks, std::string const& name, File file) {
+    static std::set<Disk> with(std::set<Disk> const& disks, std::string const& name,
+                               File const& file) {
         std::set<Disk> more;
         for (Disk disk : disks) {
             for (size_t length :
