@@ -19,9 +19,10 @@
 class BEConfig {
   public:
     /// Reads the configuration file `file` (one JSON object). Only the first call of a process reads
-    /// anything; a later one logs a warning. A key that is missing or has the wrong type is reported on standard output and leaves its setting as it was. When a file was
-    /// read, BELoginRecord::init follows, unless its "enable_bruteforce_prevent" is false or a
-    /// number other than 1.
+    /// anything; a later one logs a warning. A key that is missing or has the wrong type is
+    /// reported on standard output and leaves its setting as it was. When a file was read,
+    /// BELoginRecord::init follows, unless its "enable_bruteforce_prevent" is false or a number
+    /// other than 1.
     ///
     /// A file that is missing, unreadable, not JSON or `null` (or a null `file`) leaves every
     /// default in force, silently. A file whose top value is not an object ENDS THE PROCESS with

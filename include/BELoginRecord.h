@@ -5,9 +5,9 @@
 /// start empties it. From the tenth attempt on, an address is locked out: for 1 minute after 10
 /// attempts and for 2 minutes more after each further one, counted from its last attempt.
 ///
-/// An attempt can also be counted for what it was aimed at, its subject: a user name. Then a success
-/// takes back what the client tried at that user, and nothing else. Otherwise a client with one
-/// account could guess at another for ever, and log in between:
+/// An attempt can also be counted for what it was aimed at, its subject: a user name. Then a
+/// success takes back what the client tried at that user, and nothing else. Otherwise a client with
+/// one account could guess at another for ever, and log in between:
 ///
 /// \code{.cpp}
 /// std::string const subject = isKnown ? name : "";  // one subject for all unknown names
@@ -26,9 +26,9 @@
 /// leave half of it. It is not synced. An existing file that the effective user may not write is
 /// left alone, and that counts as a failed write.
 ///
-/// A record file that cannot be read, or does not hold an array, is logged and stops the record: isRunning
-/// becomes false, and from then on every operation returns its failure result, silently, until init
-/// is called again.
+/// A record file that cannot be read, or does not hold an array, is logged and stops the record:
+/// isRunning becomes false, and from then on every operation returns its failure result, silently,
+/// until init is called again.
 ///
 /// Threads: init and deinit write the file without the lock: call them while no other thread is in
 /// any of these functions. The others may be called from any thread at any time.
@@ -69,9 +69,9 @@ class BELoginRecord {
     /// recorded and the file written; false otherwise, and then the file is left as it was.
     static bool eraseAttempt(char const* ipAddress);
 
-    /// Counts one attempt of `ipAddress` now, as setAttempt, and one of that client at `subject`, in
-    /// one write of the file. The latter is an element of its own, whose address is `ipAddress`, a
-    /// space and the subject; getAttempt answers for it under that name. False also for a null
+    /// Counts one attempt of `ipAddress` now, as setAttempt, and one of that client at `subject`,
+    /// in one write of the file. The latter is an element of its own, whose address is `ipAddress`,
+    /// a space and the subject; getAttempt answers for it under that name. False also for a null
     /// subject, and for an address with a space in it. Pass the names of existing users only, and
     /// one subject for all others: each makes an element.
     static bool setAttemptAt(char const* ipAddress, char const* subject);
@@ -84,9 +84,9 @@ class BELoginRecord {
 
     /// Bounds the record to `maximum` elements, two at least; 0, the default, is no bound. An
     /// attempt that would exceed it first removes others: elements that are not clients, then the
-    /// oldest that is not locked out, then the one whose lock-out ends first. Without a bound, every
-    /// address that ever tried stays in the file until the next start, and each attempt writes all
-    /// of them.
+    /// oldest that is not locked out, then the one whose lock-out ends first. Without a bound,
+    /// every address that ever tried stays in the file until the next start, and each attempt
+    /// writes all of them.
     static void setMaximum(unsigned int maximum);
 
     static bool isRunning;  ///< the record has been started and its file has been valid so far

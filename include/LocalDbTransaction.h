@@ -10,7 +10,7 @@
 /// return lan.save();
 /// \endcode
 ///
-/// A change on condition that nobody has been faster, and a reading of what may be unsaved:
+/// A change only if no other writer was faster, and a read of what may be unsaved:
 ///
 /// \code{.cpp}
 /// LocalDbTransaction wifi(API_WIFI, "ssids.[0]", "default", 500);
@@ -52,7 +52,7 @@
 /// Threads: a transaction belongs to the thread that made it. Any number of threads may make their
 /// own, and use the functions of LocalDbCtrl.h at the same time; those that wait for one database
 /// get it in the order in which they came. One that is refused holds nothing. Two that each want
-/// what the other one has do not wait for ever: at least one of them runs out of time. removeDB
+/// what the other one has do not deadlock: at least one of them times out. removeDB
 /// waits for a transaction of the controller to end.
 ///
 /// Transactions and plain operations are not mixed on one lock: a saveDbObject or unlockDbObject of
@@ -162,8 +162,8 @@ class LocalDbTransaction {
     /// With several databases, every file is written or none, whatever comes between, be it a loss
     /// of power. Documents that are as their files are left out. The result is 2, with nothing
     /// changed, too, where a file could only be written in place (docs/saving.md). If a step fails
-    /// when the change counts already, it is 2, and whoever next locks, reads or saves one of the
-    /// databases finishes the change.
+    /// when the change counts already, it is 2, and the next call that locks, reads or saves one
+    /// of the databases finishes the change.
     ///
     /// A document that does not satisfy the schema beside its file (network/network_SCHEMA.ldb) is
     /// not written, whether the change or an earlier one made it invalid; nor is any while that

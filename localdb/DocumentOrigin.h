@@ -1,7 +1,7 @@
-// What is known of the documents that the library has read and nobody has been given for writing
+// What is known of the documents that the library has read and no caller has been given for writing
 // since: which content of the file they are, and whether the file may be read again in their place.
 //
-// This stands beside the controllers, whose fields are public and fixed. A program may change these
+// This is kept beside the controllers, whose fields are public and fixed. A program may change these
 // fields itself, and make controllers of its own, of which nothing is known. So an origin counts
 // only if the controller still has the very value that was read (Database::origin).
 #ifndef VOBIUTILS_LOCALDB_DOCUMENTORIGIN_H

@@ -1,6 +1,6 @@
 // The folder in which changes of several files leave their traces, and how they are finished.
 //
-//     .change.lock   empty; whoever works on the others holds its flock. Never removed
+//     .change.lock   empty; a process that works on the others holds its flock. Never removed
 //     .change        empty: a change has begun, and does not count; else its record (ChangeRecord.h)
 //     .change.new    the record before it counts
 //     .change.N      the new content of the N-th file of the record, until the file gets it

@@ -7,7 +7,7 @@
 //      rename, sync the folders of the files, remove the record.
 //
 // That makes 2n + 2 syncs for n files. A failure, kill or loss of power before the change counts
-// leaves every file old; after it, whoever comes next finishes the change.
+// leaves every file old; after it, the next caller finishes the change.
 #ifndef VOBIUTILS_JSONDATA_FILES_FILECHANGE_H
 #define VOBIUTILS_JSONDATA_FILES_FILECHANGE_H
 
