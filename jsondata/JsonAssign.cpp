@@ -146,14 +146,14 @@ Assignment::Outcome Assignment::setMember(PathToken key) {
 
 // intended: enters an existing member whatever its type; the next step reports a mismatch.
 Assignment::Outcome Assignment::enterMember(PathToken key) {
-    std::optional<json_object*> const child = findMember(container_, key);
+    Member const child = findMember(container_, key);
     isNew_ = !child;
     UTIL_DEBUG_IF(debug_, "%s: get child object at '%.*s.%.*s' isNew=%s\n", SET_JOBJ,
                   TOKEN_ARGS(previous_), TOKEN_ARGS(key), boolText(isNew_));
     if (isNew_) {
         return createMember(key);
     }
-    enter(*child);
+    enter(child.value());
     return CONTINUE;
 }
 

@@ -55,11 +55,12 @@ void reportNoElement(json_object* array, unsigned int index) {
 // value then a null pointer; an element that is JSON null counts as missing.
 std::optional<json_object*> toMember(json_object* container, PathCursor const& at,
                                      Trace const& trace) {
-    std::optional<json_object*> const value = findMember(container, at.token());
-    if (value) {
-        trace.member(at);
+    Member const member = findMember(container, at.token());
+    if (!member) {
+        return std::nullopt;
     }
-    return value;
+    trace.member(at);
+    return member.value();
 }
 
 std::optional<json_object*> toElement(json_object* container, PathToken token) {

@@ -51,42 +51,35 @@ lh_entry* findByComparing(lh_table const* members, std::string_view name) {
     return entry;
 }
 
+// lh_table_lookup_entry does the same by one more call.
+lh_entry* findByHash(lh_table* members, char const* name) {
+    return lh_table_lookup_entry_w_hash(members, name, lh_get_hash(members, name));
+}
+
 // For a name of up to LONGEST_COPY characters.
 lh_entry* findByHashOfCopy(lh_table* members, std::string_view name) {
     char copy[LONGEST_COPY + 1];
     name.copy(copy, name.size());
     copy[name.size()] = '\0';
-    return lh_table_lookup_entry(members, copy);
+    return findByHash(members, copy);
 }
 
-lh_entry* findEntry(json_object* container, PathToken name) {
-    lh_table* const members = json_object_get_object(container);  // null unless it is an object
-    if (members == nullptr) {
-        return nullptr;
-    }
+lh_entry* findEntry(lh_table* members, PathToken name) {
     if (members->count <= FEW_MEMBERS) {  // lh_table_length would be one more call: 1 to 2 ns
         return findByComparing(members, name.text());
     }
     if (name.isTerminated()) {
-        return lh_table_lookup_entry(members, name.start());
+        return findByHash(members, name.start());
     }
     return name.text().size() <= LONGEST_COPY ? findByHashOfCopy(members, name.text())
                                               : findByComparing(members, name.text());
 }
 
-// Borrowed; null for JSON null.
-json_object* valueOf(lh_entry const* member) {
-    return static_cast<json_object*>(lh_entry_v(member));
-}
-
 }  // namespace
 
-std::optional<json_object*> findMember(json_object* container, PathToken name) {
-    lh_entry const* const member = findEntry(container, name);
-    if (member == nullptr) {
-        return std::nullopt;
-    }
-    return valueOf(member);
+Member findMember(json_object* container, PathToken name) {
+    lh_table* const members = json_object_get_object(container);  // null unless it is an object
+    return Member(members != nullptr ? findEntry(members, name) : nullptr);
 }
 
 bool addMember(json_object* container, PathToken name, json_object* value) {
@@ -104,23 +97,21 @@ bool addMember(json_object* container, PathToken name, json_object* value) {
 
 // json_object_object_add would release the value replaced at once.
 bool putMember(json_object* container, PathToken name, json_object* value, JsonRef& replaced) {
-    lh_entry* const member = findEntry(container, name);
-    if (member == nullptr) {
+    Member const member = findMember(container, name);
+    if (!member) {
         return addMember(container, name, value);
     }
     if (value == container) {
         return false;
     }
-    replaced.reset(valueOf(member));
-    lh_entry_set_val(member, value);
+    replaced.reset(member.value());
+    lh_entry_set_val(member.entry(), value);
     return true;
 }
 
-void deleteMember(json_object* container, PathToken name) {
-    lh_entry* const member = findEntry(container, name);
-    if (member != nullptr) {
-        lh_table_delete_entry(json_object_get_object(container), member);
-    }
+bool deleteMember(json_object* container, PathToken name) {
+    Member const member = findMember(container, name);
+    return member && lh_table_delete_entry(json_object_get_object(container), member.entry()) == 0;
 }
 
 }  // namespace vobiutils

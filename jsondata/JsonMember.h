@@ -9,16 +9,31 @@
 
 #include <json-c/json.h>
 
-#include <optional>
-
 #include "jsondata/JsonPath.h"
 #include "jsondata/JsonRef.h"
 
 namespace vobiutils {
 
-// The value of the member called `name`, borrowed; it is null for JSON null. Nothing when there is
-// no such member.
-std::optional<json_object*> findMember(json_object* container, PathToken name);
+// A member of an object, or none, as long as the object does not change. Not a std::optional of the
+// value: g++ 12 returns that by way of the stack, one byte written and eight read, for which the
+// processor has to wait. Finding one of 16 members took 32 ns instead of 24.
+class Member {
+  public:
+    explicit Member(lh_entry* entry) : entry_(entry) {}
+
+    explicit operator bool() const { return entry_ != nullptr; }
+    lh_entry* entry() const { return entry_; }
+
+    // Borrowed; null for JSON null, and when there is no member.
+    json_object* value() const {
+        return entry_ != nullptr ? static_cast<json_object*>(lh_entry_v(entry_)) : nullptr;
+    }
+
+  private:
+    lh_entry* entry_;
+};
+
+Member findMember(json_object* container, PathToken name);
 
 // Adds a member that does not exist yet, and takes over the caller's reference on `value`. False,
 // and the reference stays the caller's, when out of memory, for a container that is not an object,
@@ -29,8 +44,8 @@ bool addMember(json_object* container, PathToken name, json_object* value);
 // the document's reference on the value replaced.
 bool putMember(json_object* container, PathToken name, json_object* value, JsonRef& replaced);
 
-// Deletes a member, if it exists, and releases its value.
-void deleteMember(json_object* container, PathToken name);
+// Deletes a member and releases its value. False when there is no such member.
+bool deleteMember(json_object* container, PathToken name);
 
 }  // namespace vobiutils
 

@@ -18,9 +18,9 @@ Place step(json_object* container, PathToken token) {
         if (!json_object_is_type(container, json_type_object)) {
             return {};
         }
-        std::optional<json_object*> const member = findMember(container, token);
-        return {member ? TreeMapObject::PRESENT : TreeMapObject::VACANT, member.value_or(nullptr),
-                container, token};
+        Member const member = findMember(container, token);
+        return {member ? TreeMapObject::PRESENT : TreeMapObject::VACANT, member.value(), container,
+                token};
     }
     std::optional<size_t> const count = elementCount(container);
     size_t const index = static_cast<size_t>(indexOf(token));

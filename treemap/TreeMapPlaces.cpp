@@ -17,11 +17,7 @@ int const FAILED = 2;
 bool isObject(json_object* value) { return json_object_is_type(value, json_type_object) != 0; }
 
 int removeFrom(json_object* value, PathToken name) {
-    int count = 0;
-    if (findMember(value, name)) {
-        deleteMember(value, name);
-        ++count;
-    }
+    int count = deleteMember(value, name) ? 1 : 0;
     for (Children children(value); children.next();) {
         count += removeFrom(children.value(), name);
     }
@@ -47,7 +43,7 @@ bool mergeMember(json_object* target, PathToken name, json_object* patch) {
         deleteMember(target, name);
         return true;
     }
-    json_object* const old = findMember(target, name).value_or(nullptr);
+    json_object* const old = findMember(target, name).value();
     if (isObject(old) && isObject(patch)) {
         return mergeObjects(old, patch);
     }
