@@ -1,6 +1,7 @@
 // Finds, makes, keeps and drops what was made of files.
 #include "jsondata/FileCache.h"
 
+#include <assert.h>
 #include <errno.h>
 #include <string.h>
 
@@ -73,6 +74,7 @@ void FileCache::keep(Shared<Kept> kept) {
     Kept* replaced = kept.release();
     {
         MutexGuard const guard(mutex_);
+        assert(read.begunAt <= clock_ && replaced->content.isSettled);
         Kept** const place = find(read);
         uint64_t const newest = place != nullptr ? (*place)->read.begunAt : forgottenAt_;
         if (read.begunAt > newest) {

@@ -18,6 +18,7 @@
 // The same happens to an element that was appended as an object: in "list.[0].[0]" the first "[0]"
 // appends {}, the second one turns it into []. The order is visible: in the log, and in the
 // document when a later step fails, as what was created stays.
+#include <assert.h>
 #include <stdio.h>
 
 #include "JsonData.h"
@@ -113,6 +114,7 @@ Assignment::Outcome Assignment::walk(char const* path) {
         Outcome const outcome = step(at);
         previous_ = at.token();
         if (outcome != CONTINUE) {
+            assert(outcome != DONE || at.isLast());
             return outcome;
         }
         if (at.isLast()) {
@@ -213,6 +215,7 @@ bool Assignment::becomeArray() {
 bool Assignment::recreateAsArray() {
     UTIL_DEBUG_IF(debug_, "%s: recreate array object '%.*s' delete %p=%d\n", "setJObj",
                   TOKEN_ARGS(previous_), static_cast<void*>(container_), 1);
+    assert(json_object_object_length(container_) == 0);
     JsonRef array(json_object_new_array());
     if (!array || !replaceContainer(array.get())) {
         return false;
@@ -224,6 +227,7 @@ bool Assignment::recreateAsArray() {
 bool Assignment::replaceContainer(json_object* replacement) {
     if (json_object_is_type(parent_, json_type_array)) {
         size_t const last = json_object_array_length(parent_) - 1;
+        assert(json_object_array_get_idx(parent_, last) == container_);
         return json_object_array_put_idx(parent_, last, replacement) == 0;
     }
     JsonRef former(nullptr);

@@ -18,6 +18,7 @@
 // (Figures: x86-64 with two cores, g++ 12, -O2, json-c 0.16.)
 #include "jsondata/JsonMember.h"
 
+#include <assert.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -58,6 +59,7 @@ lh_entry* findByHash(lh_table* members, char const* name) {
 
 // For a name of up to LONGEST_COPY characters.
 lh_entry* findByHashOfCopy(lh_table* members, std::string_view name) {
+    assert(name.size() <= LONGEST_COPY);
     char copy[LONGEST_COPY + 1];
     name.copy(copy, name.size());
     copy[name.size()] = '\0';
@@ -86,6 +88,7 @@ bool addMember(json_object* container, PathToken name, json_object* value) {
     if (!json_object_is_type(container, json_type_object)) {
         return false;
     }
+    assert(!findMember(container, name));
     char* const copy = name.isTerminated() ? nullptr : duplicate(name);
     char const* const key = name.isTerminated() ? name.start() : copy;
     bool const isAdded =

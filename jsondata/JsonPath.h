@@ -3,6 +3,7 @@
 #ifndef VOBIUTILS_JSONDATA_JSONPATH_H
 #define VOBIUTILS_JSONDATA_JSONPATH_H
 
+#include <assert.h>
 #include <limits.h>
 #include <stddef.h>
 #include <stdint.h>
@@ -58,6 +59,7 @@ class PathCursor {
     bool isLast() const { return token_.isTerminated() || token_.end()[1] == '\0'; }
 
     void advance() {
+        assert(!isLast());
         ++index_;
         token_ = tokenAt(token_.end() + 1);
     }

@@ -2,6 +2,8 @@
 #ifndef VOBIUTILS_JSONDATA_SHARED_H
 #define VOBIUTILS_JSONDATA_SHARED_H
 
+#include <assert.h>
+
 #include <atomic>
 
 namespace vobiutils {
@@ -14,6 +16,7 @@ struct Counted {
 template <typename T>
 T* addOwner(T* shared) {
     if (shared != nullptr) {
+        assert(shared->owners > 0);
         shared->owners.fetch_add(1, std::memory_order_relaxed);
     }
     return shared;

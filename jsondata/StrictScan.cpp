@@ -1,6 +1,7 @@
 // The grammar of JSON.
 #include "jsondata/StrictScan.h"
 
+#include <assert.h>
 #include <string.h>
 
 #include "jsondata/JsonRef.h"
@@ -30,8 +31,8 @@ void StrictScan::skipSpace() {
     }
 }
 
-// `c` is not NUL.
 bool StrictScan::take(char c) {
+    assert(c != '\0');  // which next() gives at the end
     bool const isNext = next() == c;
     at_ += isNext ? 1 : 0;
     return isNext;
@@ -139,6 +140,7 @@ bool StrictScan::character(unsigned char first) {
     }
     size_t const length = first < 0x80 ? 1 : characterLength(at_, end_);
     at_ += length;
+    assert(at_ <= end_);
     return length > 0 || fail("not UTF-8");
 }
 

@@ -7,6 +7,8 @@
 #ifndef JSONSCHEMA_BUDGET_H
 #define JSONSCHEMA_BUDGET_H
 
+#include <assert.h>
+
 #include "jsonschema/Limits.h"
 
 namespace jsonschema {
@@ -15,6 +17,7 @@ class Budget {
   public:
     // False when the budget is used up, by this call or before.
     bool spend(size_t steps) {
+        assert(!undecided_ || steps_ == 0);
         if (steps > steps_) {
             giveUp();
             return false;
@@ -38,7 +41,10 @@ class Budget {
                 budget_.giveUp();
             }
         }
-        ~Level() { --budget_.depth_; }
+        ~Level() {
+            assert(budget_.depth_ > 0);
+            --budget_.depth_;
+        }
         Level(Level const&) = delete;
         Level& operator=(Level const&) = delete;
 

@@ -1,6 +1,8 @@
 // Reads a schema once, checks it, and makes nodes and instructions of it.
 #include "jsonschema/Compiler.h"
 
+#include <assert.h>
+
 #include "jsonschema/Formats.h"
 #include "jsonschema/Json.h"
 #include "jsonschema/Siblings.h"
@@ -123,6 +125,7 @@ bool Compiler::readKeywords(Source& source) {
             return note({source.node, keyword->name}, EXPECTED[static_cast<int>(keyword->form)]);
         }
     }
+    assert(first <= next && next <= silent && silent <= first + length);
     source.node->instructions = first;
     source.node->count = static_cast<size_t>(next - first);
     source.node->silentCount = length - source.node->count;

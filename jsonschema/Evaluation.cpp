@@ -1,6 +1,8 @@
 // Applies the instructions of a compiled schema to a value.
 #include "jsonschema/Evaluation.h"
 
+#include <assert.h>
+
 #include <new>
 
 namespace jsonschema {
@@ -62,6 +64,8 @@ Evaluation::Alternatives::Alternatives(Evaluation& evaluation)
 }
 
 Evaluation::Alternatives::~Alternatives() {
+    assert(evaluation_.finding_ == (pair_ != nullptr ? &pair_->current : nullptr));
+    assert(evaluation_.reports_ >= reports_);
     evaluation_.finding_ = outer_;
     evaluation_.reports_ = reports_;
     delete pair_;

@@ -1,6 +1,8 @@
 // Keeps the first fault in the order of the document.
 #include "jsonschema/Finding.h"
 
+#include <assert.h>
+
 #include <algorithm>
 
 namespace jsonschema {
@@ -14,6 +16,7 @@ unsigned int Finding::keep(Place const& place, Node const& schema, Instruction c
     found.ofName_ = place.isName;
     // a container takes a level of its own, so there are fewer than limits::DEPTH
     for (Place const* at = &place; at->container != nullptr; at = at->container) {
+        assert(found.depth_ < static_cast<unsigned int>(limits::DEPTH));
         found.numbers_[found.depth_++] = at->number;
     }
     std::reverse(found.numbers_, found.numbers_ + found.depth_);

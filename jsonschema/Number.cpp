@@ -1,6 +1,7 @@
 // Exact arithmetic on the numbers of json-c.
 #include "jsonschema/Number.h"
 
+#include <assert.h>
 #include <math.h>
 #include <stdlib.h>
 #include <string.h>
@@ -160,6 +161,7 @@ bool Number::isMultipleOf(Number const& divisor, Budget& budget) const {
     Decimal const value = absolute();
     Decimal const unit = divisor.absolute();
     int shift = value.exponent - unit.exponent;
+    assert(unit.mantissa != 0);  // the compiler refuses such a divisor
     if (value.mantissa == 0) {
         return true;
     }
