@@ -137,9 +137,9 @@ class LocalDbTransaction {
     Status status() const;           ///< LOCKED or INVALID, then ENDED; or why nothing was locked
     explicit operator bool() const;  ///< whether the database is locked: LOCKED or INVALID
 
-    /// Where and why a document is not valid, with a path inside the whole document; four empty
-    /// strings, and no API type, unless INVALID. Valid until the next call of also(), save() or
-    /// keep(), and as long as this object.
+    /// Where and why the last save() found a document not valid, with a path inside the whole
+    /// document; four empty strings, and no API type, if it did not. Changes with the next save(),
+    /// and is valid as long as this object.
     Fault const& fault() const;
 
     /// Identifies the content of the file that the document of the constructor's API type was read
@@ -192,6 +192,7 @@ class LocalDbTransaction {
     Status status_;
     uint64_t version_;
     timespec deadline_;  // on CLOCK_MONOTONIC
+    Fault fault_;
 };
 
 #pragma GCC visibility pop

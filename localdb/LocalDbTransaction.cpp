@@ -24,7 +24,10 @@ namespace {
 int const SUCCESS = 0;
 int const FAILURE = 2;
 
-LocalDbTransaction::Fault const NO_FAULT = {{"", "", "", ""}, API_TYPE_COUNT};
+void clear(LocalDbTransaction::Fault& fault) {
+    fault = {};
+    fault.apiType = API_TYPE_COUNT;
+}
 
 template <typename Action>
 void forAll(TransactionLock& first, Action const& action) {
@@ -90,6 +93,7 @@ int saveAll(TransactionLock& first, uint64_t& version) {
 LocalDbTransaction::LocalDbTransaction(unsigned int apiType, char const* path,
                                        char const* sessionKey, unsigned int milliseconds, Mode mode)
     : object_(nullptr), status_(BAD_ARGUMENTS), version_(0), deadline_(deadlineIn(milliseconds)) {
+    clear(fault_);
     ControllerUse use;
     std::optional<Database> const database =
         path != nullptr ? use.findDatabase(apiType, sessionKey) : std::optional<Database>();
@@ -178,10 +182,7 @@ TreeMapObject* LocalDbTransaction::object() const { return isHeld() ? object_ : 
 
 TreeMapObject* LocalDbTransaction::operator->() const { return object(); }
 
-LocalDbTransaction::Fault const& LocalDbTransaction::fault() const {
-    TransactionLock const* const first = status() == INVALID ? locks_.get() : nullptr;
-    return first != nullptr ? first->fault : NO_FAULT;
-}
+LocalDbTransaction::Fault const& LocalDbTransaction::fault() const { return fault_; }
 
 template <typename Finish>
 bool LocalDbTransaction::end(Finish const& finish) {
@@ -197,7 +198,7 @@ bool LocalDbTransaction::end(Finish const& finish) {
 // Before anything is written.
 bool LocalDbTransaction::areValid() {
     for (TransactionLock* lock = locks_.get(); lock != nullptr; lock = lock->next.get()) {
-        if (!lock->isValid(locks_->fault)) {
+        if (!lock->isValid(fault_)) {
             return false;
         }
     }
@@ -205,6 +206,7 @@ bool LocalDbTransaction::areValid() {
 }
 
 int LocalDbTransaction::save() {
+    clear(fault_);
     if (!isHeld() || locks_->mode == READ) {
         return FAILURE;
     }

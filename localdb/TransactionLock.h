@@ -64,7 +64,6 @@ class TransactionLock {
     Database database;
     Mode const mode;
     std::unique_ptr<TransactionLock> next;
-    LocalDbTransaction::Fault fault;  // of the whole transaction, in its first lock
 
   private:
     struct Node {
