@@ -7,7 +7,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include <algorithm>
 #include <charconv>
 #include <system_error>
 
@@ -18,9 +17,17 @@ namespace {
 // White space of the "C" locale, whatever locale is set.
 bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
+// Not by std::find_if_not, which looks at four characters in a round.
+char const* skipSpace(char const* at, char const* end) {
+    while (at != end && isSpace(*at)) {
+        ++at;
+    }
+    return at;
+}
+
 // Reads a number as `stream >> number >> std::ws` would, from a stream that holds [begin, end).
 unsigned int extract(char const* begin, char const* end) {
-    char const* at = std::find_if_not(begin, end, isSpace);
+    char const* at = skipSpace(begin, end);
     bool const isBlank = at == end;
     bool const isNegative = !isBlank && *at == '-';
     if (isNegative || (!isBlank && *at == '+')) {
@@ -29,7 +36,7 @@ unsigned int extract(char const* begin, char const* end) {
     unsigned int number = 0;
     auto const [rest, error] = std::from_chars(at, end, number);
     // a stream that failed skips no more white space
-    at = error == std::errc() ? std::find_if_not(rest, end, isSpace) : rest;
+    at = error == std::errc() ? skipSpace(rest, end) : rest;
     if (isBlank || at != end) {
         printf("EXCEPTION: BE_StrTo: something unexpected happened");
     }
