@@ -18,9 +18,9 @@ class ControllerUse {
     ControllerUse(ControllerUse const&) = delete;
     ControllerUse& operator=(ControllerUse const&) = delete;
 
-    // Finds the controller of a key, with the result and the exception of LocalDbCtrl::getDBByKey.
+    // Finds the controller of a key, as LocalDbCtrl::getDBByKey does. False when out of memory.
     // Called at most once.
-    LOCALDB_HANDLER* find(char const* sessionKey);
+    bool find(char const* sessionKey);
 
     // Finds the database of an API type in the controller of a key. Returns no value for a wrong
     // type, for a key without a controller, and when out of memory. Called at most once, too.

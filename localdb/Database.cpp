@@ -19,26 +19,34 @@ namespace vobiutils {
 
 bool Database::hasValue() const { return document_ != nullptr && document_->jobj != nullptr; }
 
-uint64_t Database::load(char const* function, int number) {
+bool Database::load(char const* function, int number, uint64_t& version) {
+    version = 0;
     FileName const file = FileName::ofData(apiType);
     if (file.get() == nullptr) {
-        return 0;
+        return true;
     }
     struct stat status;
     if (stat(file.get(), &status) != 0) {
         document_ = nullptr;
         UTIL_WARN("%s: Cannot load database from %s\n", function, file.get());
-        return 0;
+        return true;
     }
     if (finishChange(function) == ChangeState::UNFINISHED) {
-        document_ = newOwningHandle(nullptr);
-        return 0;
+        document_ = tryOwningHandle(nullptr);
+        return document_ != nullptr;
     }
-    auto content = std::make_unique<FileContent>();
+    std::unique_ptr<FileContent> content(new (std::nothrow) FileContent);
+    if (content == nullptr) {
+        return false;
+    }
     bool const isRead = content->read(file.get()) == 0;
-    document_ = newOwningHandle(isRead ? content->bytes.parse() : nullptr);
+    document_ = tryOwningHandle(isRead ? content->bytes.parse() : nullptr);
+    if (document_ == nullptr) {
+        return false;
+    }
     UTIL_DEBUG("%s: Initialized local database for api type %d\n", function, number);
-    return hasValue() ? remember(std::move(content)) : 0;
+    version = hasValue() ? remember(std::move(content)) : 0;
+    return true;
 }
 
 uint64_t Database::remember(std::unique_ptr<FileContent> content) {
@@ -54,22 +62,8 @@ uint64_t Database::remember(std::unique_ptr<FileContent> content) {
     return version;
 }
 
-bool Database::tryLoad(char const* function, int number, uint64_t& version) {
-    try {
-        version = load(function, number);
-        return true;
-    } catch (std::bad_alloc const&) {
-        return false;
-    }
-}
-
 bool Database::tryGet(char const* path, TreeMapObject*& node) const {
-    try {
-        node = document_->get(path);
-        return true;
-    } catch (std::bad_alloc const&) {
-        return false;
-    }
+    return vobiutils::tryGet(document_->jobj, path, node);
 }
 
 bool Database::isValid(CompiledSchema::Fault& fault) const {

@@ -65,14 +65,11 @@ class Database {
 
     // Reads the data file into the document, which is null if there is no file, and finishes a
     // change before that; a file that is part of one that cannot be finished counts as unreadable.
-    // Does not change the state. `function` and `number` go into the log lines: the public function that needs the
-    // document, and the number that its line reports for the API type. Returns the version of the
-    // bytes that were read (FileBytes.h), 0 if the document has no value. May throw std::bad_alloc.
-    uint64_t load(char const* function, int number);
-
-    // Does the same as load() and returns true, with the version in `version`; returns false, with
-    // no document, when out of memory.
-    bool tryLoad(char const* function, int number, uint64_t& version);
+    // Does not change the state. `function` and `number` go into the log lines: the public function
+    // that needs the document, and the number that its line reports for the API type. Sets
+    // `version` to that of the bytes that were read (FileBytes.h), 0 if the document has no value.
+    // False, with no document, when out of memory.
+    bool load(char const* function, int number, uint64_t& version);
 
     // Sets `node` to a new handle on the node at a path that is not empty, or to null if there is
     // no such node. False, with `node` unchanged, when out of memory.

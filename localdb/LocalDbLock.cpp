@@ -34,7 +34,7 @@ int const FAILURE = 2;
 TreeMapObject* documentOrNode(Database& database, char const* path) {
     if (database.state() == DB_STATE_UNINITIALIZED) {
         uint64_t version = 0;
-        if (!database.tryLoad("lockDbObject", 1, version)) {  // intended: logs 1 for every API type
+        if (!database.load("lockDbObject", 1, version)) {  // intended: logs 1 for every API type
             return nullptr;
         }
         database.setState(database.idleState());

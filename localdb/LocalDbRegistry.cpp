@@ -22,8 +22,10 @@
 #include <memory>
 #include <new>
 
+#include "jsondata/OutOfMemory.h"
 #include "localdb/Chain.h"
 #include "localdb/Condition.h"
+#include "localdb/ControllerTable.h"
 #include "localdb/ControllerUse.h"
 #include "localdb/DatabaseLock.h"
 #include "logging/Log.h"
@@ -31,12 +33,7 @@
 
 using namespace vobiutils;
 
-// Early for a static build; see BEConfig.cpp.
-[[gnu::init_priority(101)]] std::map<std::string, LOCALDB_HANDLER*> LocalDbCtrl::controllers;
-
 namespace {
-
-typedef std::map<std::string, LOCALDB_HANDLER*> Registry;
 
 char const DEFAULT_KEY[] = "default";
 
@@ -46,31 +43,17 @@ Chain<ControllerUse> uses;
 
 // The caller holds the registry mutex, except where a function says that it locks it.
 
-// Returns the entry of a key, or the end. The map's own search needs a std::string, which takes
-// memory if the key is long. Without that, the entries are searched one by one: a writer must be
-// able to end its lock even when out of memory.
-Registry::iterator find(char const* key) {
-    Registry& controllers = LocalDbCtrl::controllers;
-    try {
-        return controllers.find(key);
-    } catch (std::bad_alloc const&) {
-    }
-    Registry::iterator entry = controllers.begin();
-    while (entry != controllers.end() && entry->first != key) {
-        ++entry;
-    }
-    return entry;
-}
-
-bool isFound(Registry::iterator entry) { return entry != LocalDbCtrl::controllers.end(); }
-
-// Returns the controller in the entry of a key, which is made, with null, if it is missing.
-LOCALDB_HANDLER*& controllerOf(char const* key) {
-    Registry::iterator entry = find(key);
+// Sets the controller of a key, whose entry is made if it is missing. False when out of memory.
+bool setController(char const* key, LOCALDB_HANDLER* controller) {
+    ControllerEntry entry = findEntry(key);
     if (!isFound(entry)) {
-        entry = LocalDbCtrl::controllers.emplace(key, nullptr).first;
+        entry = addEntry(key);
     }
-    return entry->second;
+    if (!isFound(entry)) {
+        return false;
+    }
+    entry->second = controller;
+    return true;
 }
 
 void begin(ControllerUse& use, LOCALDB_HANDLER* controller) {
@@ -80,28 +63,29 @@ void begin(ControllerUse& use, LOCALDB_HANDLER* controller) {
     }
 }
 
-// Locks the registry mutex. False if the key is registered already.
-bool add(char const* key, LOCALDB_HANDLER* controller) {
+enum class Added { YES, REGISTERED_ALREADY, NO_MEMORY };
+
+// Locks the registry mutex.
+Added add(char const* key, LOCALDB_HANDLER* controller) {
     MutexGuard const guard(registryLock);
-    if (isFound(find(key))) {
-        return false;
+    if (isFound(findEntry(key))) {
+        return Added::REGISTERED_ALREADY;
     }
-    controllerOf(key) = controller;
-    return true;
+    return setController(key, controller) ? Added::YES : Added::NO_MEMORY;
 }
 
 // Locks the registry mutex. Begins no use, which would hold up a removal: the answer may be out of
 // date when it is returned.
 bool isRegistered(char const* key) {
     MutexGuard const guard(registryLock);
-    return isFound(find(key));
+    return isFound(findEntry(key));
 }
 
 // Locks the registry mutex. Begins the use of a key's controller, which may be null. False if the
 // key is not registered.
 bool lookUp(char const* key, ControllerUse& use) {
     MutexGuard const guard(registryLock);
-    Registry::iterator const entry = find(key);
+    ControllerEntry const entry = findEntry(key);
     if (!isFound(entry)) {
         return false;
     }
@@ -109,11 +93,17 @@ bool lookUp(char const* key, ControllerUse& use) {
     return true;
 }
 
-// intended: registers "default" with a null controller if it is missing. Locks the registry mutex.
-LOCALDB_HANDLER* useDefault(ControllerUse& use) {
+// Locks the registry mutex. Begins the use of the default controller, which may be null.
+//
+// intended: registers "default" with a null controller if it is missing. False when out of memory.
+bool useDefault(ControllerUse& use) {
     MutexGuard const guard(registryLock);
-    begin(use, controllerOf(DEFAULT_KEY));
-    return use.controller;
+    ControllerEntry const entry = findEntry(DEFAULT_KEY);
+    if (!isFound(entry)) {
+        return setController(DEFAULT_KEY, nullptr);
+    }
+    begin(use, entry->second);
+    return true;
 }
 
 int refuseRegistered(char const* key) {
@@ -152,7 +142,7 @@ bool removeWhenIdle(char const* key, LOCALDB_HANDLER*& controller) {
     ControllerUse removal;
     removal.isRemoval = true;
     MutexGuard const guard(registryLock);
-    Registry::iterator entry = find(key);
+    ControllerEntry entry = findEntry(key);
     if (!isFound(entry)) {
         return false;
     }
@@ -163,14 +153,63 @@ bool removeWhenIdle(char const* key, LOCALDB_HANDLER*& controller) {
     // not tell the two apart, as the new one may have got the old one's: hence endRemovals.
     while (isFound(entry) && entry->second == controller && removal.controller == controller) {
         if (isIdle(controller)) {
-            LocalDbCtrl::controllers.erase(entry);
+            removeEntry(entry);
             endRemovals(controller);
             return true;
         }
         useEnded.wait(registryLock);  // the mutex is free meanwhile, and the entry may go
-        entry = find(key);
+        entry = findEntry(key);
     }
     return false;
+}
+
+// A controller without documents; null when out of memory.
+std::unique_ptr<LOCALDB_HANDLER> newController(bool followsFiles) {
+    std::unique_ptr<LOCALDB_HANDLER> controller(new (std::nothrow) LOCALDB_HANDLER);
+    auto* const origins =
+        controller != nullptr ? new (std::nothrow) Origins(*controller, followsFiles) : nullptr;
+    if (origins == nullptr) {
+        return nullptr;
+    }
+    addOrigins(origins);
+    return controller;
+}
+
+// A controller with the documents of the data files; null when out of memory.
+std::unique_ptr<LOCALDB_HANDLER> newSessionController() {
+    std::unique_ptr<LOCALDB_HANDLER> controller = newController(false);
+    for (unsigned int type = 0; controller != nullptr && type < API_TYPE_COUNT; ++type) {
+        Database database(*controller, type, findOrigins(*controller));
+        uint64_t version = 0;
+        if (!database.load("cloneNewDB", static_cast<int>(type), version)) {
+            return nullptr;
+        }
+        database.setState(database.idleState());
+    }
+    return controller;
+}
+
+Added addDefault() {
+    std::unique_ptr<LOCALDB_HANDLER> controller = newController(true);
+    MutexGuard const guard(registryLock);
+    if (controller == nullptr || !setController(DEFAULT_KEY, controller.get())) {
+        return Added::NO_MEMORY;
+    }
+    controller.release();
+    return Added::YES;
+}
+
+Added addSession(char const* key) {
+    std::unique_ptr<LOCALDB_HANDLER> controller = newSessionController();
+    if (controller == nullptr) {
+        return Added::NO_MEMORY;
+    }
+    UTIL_DEBUG("%s: new handler created for session %s\n", "cloneNewDB", key);
+    Added const added = add(key, controller.get());
+    if (added == Added::YES) {
+        controller.release();
+    }
+    return added;
 }
 
 }  // namespace
@@ -178,13 +217,13 @@ bool removeWhenIdle(char const* key, LOCALDB_HANDLER*& controller) {
 void LocalDbCtrl::init() {
     {
         MutexGuard const guard(registryLock);
-        controllers.clear();  // intended: leaks the controllers of the entries
+        while (!controllers.empty()) {
+            removeEntry(controllers.begin());  // intended: leaks the controllers of the entries
+        }
     }
-    std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
-    addOrigins(new Origins(*controller, true));
-    MutexGuard const guard(registryLock);
-    controllerOf(DEFAULT_KEY) = controller.get();
-    controller.release();
+    if (addDefault() == Added::NO_MEMORY) {
+        throwBadAlloc();
+    }
 }
 
 int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
@@ -192,28 +231,26 @@ int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
         UTIL_WARN("%s: sessionKey is NULL, nothing to be created\n", "cloneNewDB");
         return 0;
     }
-    if (isRegistered(sessionKey)) {
-        return refuseRegistered(sessionKey);
+    Added const added =
+        isRegistered(sessionKey) ? Added::REGISTERED_ALREADY : addSession(sessionKey);
+    if (added == Added::NO_MEMORY) {
+        throwBadAlloc();
     }
-    std::unique_ptr<LOCALDB_HANDLER> controller(new LOCALDB_HANDLER);
-    auto* const origins = new Origins(*controller, false);
-    addOrigins(origins);
-    for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
-        Database database(*controller, type, origins);
-        database.load("cloneNewDB", static_cast<int>(type));
-        database.setState(database.idleState());
-    }
-    UTIL_DEBUG("%s: new handler created for session %s\n", "cloneNewDB", sessionKey);
-    if (!add(sessionKey, controller.get())) {  // another thread was faster
-        controller.reset();
-        return refuseRegistered(sessionKey);
-    }
-    controller.release();
-    return 1;
+    return added == Added::YES ? 1 : refuseRegistered(sessionKey);
 }
 
 LOCALDB_HANDLER* LocalDbCtrl::getDBByKey(char const* sessionKey) {
-    return ControllerUse().find(sessionKey);
+    LOCALDB_HANDLER* controller = nullptr;
+    bool isFound = false;
+    {
+        ControllerUse use;
+        isFound = use.find(sessionKey);
+        controller = use.controller;
+    }
+    if (!isFound) {
+        throwBadAlloc();
+    }
+    return controller;
 }
 
 int LocalDbCtrl::removeDB(char const* sessionKey) {
@@ -243,7 +280,7 @@ ControllerUse::~ControllerUse() {
     }
 }
 
-LOCALDB_HANDLER* ControllerUse::find(char const* sessionKey) {
+bool ControllerUse::find(char const* sessionKey) {
     if (sessionKey == nullptr) {
         UTIL_ERROR("%s: sessionKey is NULL, return the default controller\n", "getDBByKey");
         return useDefault(*this);
@@ -253,16 +290,12 @@ LOCALDB_HANDLER* ControllerUse::find(char const* sessionKey) {
                    sessionKey);
         return useDefault(*this);
     }
-    return controller;
+    return true;
 }
 
 std::optional<Database> ControllerUse::findDatabase(unsigned int apiType, char const* sessionKey) {
-    try {
-        if (apiType < API_TYPE_COUNT && find(sessionKey) != nullptr) {
-            return std::optional<Database>(std::in_place, *controller, apiType,
-                                           findOrigins(*controller));
-        }
-    } catch (std::bad_alloc const&) {  // no memory for the missing entry of "default"
+    if (apiType >= API_TYPE_COUNT || !find(sessionKey) || controller == nullptr) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    return std::optional<Database>(std::in_place, *controller, apiType, findOrigins(*controller));
 }

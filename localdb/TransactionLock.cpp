@@ -45,7 +45,7 @@ Transaction::Status TransactionLock::prepare(char const* path, TreeMapObject*& o
 }
 
 Transaction::Status TransactionLock::readDocument() {
-    if (!database.tryLoad("LocalDbTransaction", static_cast<int>(database.apiType), version_)) {
+    if (!database.load("LocalDbTransaction", static_cast<int>(database.apiType), version_)) {
         return Transaction::NO_MEMORY;
     }
     if (database.document() == nullptr) {

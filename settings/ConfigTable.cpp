@@ -56,8 +56,6 @@ void readRow(json_object* object, ConfigRow const& row) {
     }
 }
 
-void prepend(std::string const& prefix, std::string& string) {
-    join(string, prefix, string);
-}
+void prepend(std::string const& prefix, std::string& string) { join(string, prefix, string); }
 
 }  // namespace vobiutils

@@ -1,35 +1,23 @@
-// Making a handle that owns its node.
+// Making the handles that a caller gets.
 #ifndef VOBIUTILS_TREEMAP_NEWHANDLE_H
 #define VOBIUTILS_TREEMAP_NEWHANDLE_H
 
 #include <json-c/json.h>
 
-#include <new>
-
 #include "TreeMapObject.h"
-#include "jsondata/JsonRef.h"
 
 namespace vobiutils {
 
-// A new handle that takes over the caller's reference on `node`, which may be null. Throws
-// std::bad_alloc when there is no memory for the handle; the reference is released then, too. So
-// the source that calls it is compiled with exceptions.
-inline TreeMapObject* newOwningHandle(json_object* node) {
-    JsonRef owned(node);
-    TreeMapObject* const handle = new TreeMapObject(owned.get());
-    owned.release();
-    return handle;
-}
+// A new handle that takes over the caller's reference on `node`, which may be null. Null when there
+// is no memory for the handle; the reference is released then, too.
+TreeMapObject* tryOwningHandle(json_object* node);
 
-// The same without an exception: null when there is no memory.
-inline TreeMapObject* tryOwningHandle(json_object* node) {
-    JsonRef owned(node);
-    TreeMapObject* const handle = new (std::nothrow) TreeMapObject(owned.get());
-    if (handle != nullptr) {
-        owned.release();
-    }
-    return handle;
-}
+// The same, but throws std::bad_alloc when there is no memory.
+TreeMapObject* newOwningHandle(json_object* node);
+
+// Sets `node` to a new handle on the node at a path below `root`, as TreeMapObject::get returns it,
+// or to null if there is no such node. False, with `node` unchanged, when out of memory.
+bool tryGet(json_object* root, char const* path, TreeMapObject*& node);
 
 }  // namespace vobiutils
 

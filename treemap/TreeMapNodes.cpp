@@ -2,6 +2,7 @@
 // handles on them.
 #include <stdlib.h>
 
+#include <new>
 #include <optional>
 
 #include "JsonData.h"
@@ -9,11 +10,46 @@
 #include "jsondata/JsonElement.h"
 #include "jsondata/JsonLookup.h"
 #include "jsondata/JsonMember.h"
+#include "jsondata/OutOfMemory.h"
 #include "logging/Log.h"
 #include "treemap/HandleKey.h"
 #include "treemap/NewHandle.h"
 
 using namespace vobiutils;
+
+TreeMapObject* vobiutils::tryOwningHandle(json_object* node) {
+    TreeMapObject* const handle = new (std::nothrow) TreeMapObject(node);
+    if (handle == nullptr) {
+        json_object_put(node);
+    }
+    return handle;
+}
+
+TreeMapObject* vobiutils::newOwningHandle(json_object* node) {
+    TreeMapObject* const handle = tryOwningHandle(node);
+    if (handle == nullptr) {
+        throwBadAlloc();
+    }
+    return handle;
+}
+
+bool vobiutils::tryGet(json_object* root, char const* path, TreeMapObject*& node) {
+    Lookup const found = lookUp(root, path);
+    TreeMapObject* const handle =
+        found.value != nullptr ? new (std::nothrow) TreeMapObject(found.value) : nullptr;
+    if (handle == nullptr) {
+        node = found.value == nullptr ? nullptr : node;
+        return found.value == nullptr;
+    }
+    if (found.outcome == Lookup::ROOT) {
+        json_object_get(found.value);  // a second owner, so that either handle may be deleted first
+    } else {
+        handle->jobj_parent = found.parent;
+        setKey(*handle, found.last.text());
+    }
+    node = handle;
+    return true;
+}
 
 void TreeMapObject::del(char const* path) {
     Lookup const found = lookUp(jobj, path);
@@ -40,17 +76,10 @@ void TreeMapObject::set(char const* path, TreeMapObject* obj) {
 }
 
 TreeMapObject* TreeMapObject::get(char const* path) {
-    Lookup const found = lookUp(jobj, path);
-    if (found.value == nullptr) {
-        return nullptr;
+    TreeMapObject* node = nullptr;
+    if (!tryGet(jobj, path, node)) {
+        throwBadAlloc();
     }
-    TreeMapObject* const node = new TreeMapObject(found.value);
-    if (found.outcome == Lookup::ROOT) {
-        json_object_get(found.value);  // a second owner, so that either handle may be deleted first
-        return node;
-    }
-    node->jobj_parent = found.parent;
-    setKey(*node, found.last.text());
     return node;
 }
 

@@ -1,0 +1,23 @@
+// The entries of LocalDbCtrl::controllers, by key.
+#ifndef VOBIUTILS_LOCALDB_CONTROLLERTABLE_H
+#define VOBIUTILS_LOCALDB_CONTROLLERTABLE_H
+
+#include "LocalDbCtrl.h"
+
+namespace vobiutils {
+
+typedef decltype(LocalDbCtrl::controllers)::iterator ControllerEntry;
+
+// The entry of a key, or the end. Takes no memory that it cannot do without.
+ControllerEntry findEntry(char const* key) noexcept;
+
+// Adds an entry for a key that has none, and returns it; the end when out of memory.
+ControllerEntry addEntry(char const* key) noexcept;
+
+void removeEntry(ControllerEntry entry) noexcept;
+
+inline bool isFound(ControllerEntry entry) { return entry != LocalDbCtrl::controllers.end(); }
+
+}  // namespace vobiutils
+
+#endif
