@@ -90,11 +90,6 @@ bool countAttempt(RecordFile& record, char const* ipAddress, char const* subject
            setLastAttempt(client, currentTime());
 }
 
-// A space in the address of a client would make it end earlier.
-bool accepts(char const* ipAddress, char const* subject) {
-    return accepts(ipAddress) && subject != nullptr && strchr(ipAddress, ' ') == nullptr;
-}
-
 // A client without attempts has none at any subject: what is left of them is from before its element
 // was erased or made room for another one.
 bool countBoth(RecordFile& record, char const* ipAddress, char const* subject) {
@@ -105,12 +100,45 @@ bool countBoth(RecordFile& record, char const* ipAddress, char const* subject) {
     return countAttempt(record, ipAddress) && countAttempt(record, ipAddress, subject);
 }
 
+bool eraseClient(RecordFile& record, char const* ipAddress, char const*) {
+    json_object* const client = record.find(ipAddress);
+    return client != nullptr && setAttempts(client, 0);
+}
+
 // Never below 0, whatever a forged record says.
 bool takeBack(RecordFile& record, char const* ipAddress, int taken) {
     json_object* const client = record.find(ipAddress);
     int const attempts = client != nullptr ? attemptsOf(client) : 0;
     int const left = taken < 0 ? attempts : attempts > taken ? attempts - taken : 0;
     return client == nullptr || setAttempts(client, left);
+}
+
+bool eraseSubject(RecordFile& record, char const* ipAddress, char const* subject) {
+    json_object* const client = record.find(ipAddress, subject);
+    if (client == nullptr || !takeBack(record, ipAddress, attemptsOf(client))) {
+        return false;
+    }
+    record.removeSubjects(ipAddress, subject);
+    return true;
+}
+
+// Saves what `action` makes of the record, unless it returns false.
+bool change(bool (*action)(RecordFile&, char const*, char const*), char const* ipAddress,
+            char const* subject = nullptr) {
+    if (!accepts(ipAddress)) {
+        return false;
+    }
+    MutexGuard const guard(BELoginRecord::lock);
+    RecordFile record;
+    return isUsable(record) && action(record, ipAddress, subject) && record.save();
+}
+
+// A space in the address of a client would make it end earlier.
+bool changeAt(bool (*action)(RecordFile&, char const*, char const*), char const* ipAddress,
+              char const* subject) {
+    bool const canBeJoined =
+        ipAddress == nullptr || (subject != nullptr && strchr(ipAddress, ' ') == nullptr);
+    return canBeJoined && change(action, ipAddress, subject);
 }
 
 unsigned int lockMinutesOf(json_object* client, int attempts) {
@@ -167,14 +195,7 @@ void BELoginRecord::deinit() {
     json_object_put(empty);
 }
 
-bool BELoginRecord::setAttempt(char const* ipAddress) {
-    if (!accepts(ipAddress)) {
-        return false;
-    }
-    MutexGuard const guard(lock);
-    RecordFile record;
-    return isUsable(record) && countAttempt(record, ipAddress) && record.save();
-}
+bool BELoginRecord::setAttempt(char const* ipAddress) { return change(countAttempt, ipAddress); }
 
 LoginAttemptInfo BELoginRecord::getAttempt(char const* ipAddress) {
     if (!accepts(ipAddress)) {
@@ -190,37 +211,14 @@ LoginAttemptInfo BELoginRecord::getAttempt(char const* ipAddress) {
     return {attempts, lockMinutesOf(client, attempts)};
 }
 
-bool BELoginRecord::eraseAttempt(char const* ipAddress) {
-    if (!accepts(ipAddress)) {
-        return false;
-    }
-    MutexGuard const guard(lock);
-    RecordFile record;
-    json_object* const client = isUsable(record) ? record.find(ipAddress) : nullptr;
-    return client != nullptr && setAttempts(client, 0) && record.save();
-}
+bool BELoginRecord::eraseAttempt(char const* ipAddress) { return change(eraseClient, ipAddress); }
 
 bool BELoginRecord::setAttemptAt(char const* ipAddress, char const* subject) {
-    if (!accepts(ipAddress, subject)) {
-        return false;
-    }
-    MutexGuard const guard(lock);
-    RecordFile record;
-    return isUsable(record) && countBoth(record, ipAddress, subject) && record.save();
+    return changeAt(countBoth, ipAddress, subject);
 }
 
 bool BELoginRecord::eraseAttemptAt(char const* ipAddress, char const* subject) {
-    if (!accepts(ipAddress, subject)) {
-        return false;
-    }
-    MutexGuard const guard(lock);
-    RecordFile record;
-    json_object* const client = isUsable(record) ? record.find(ipAddress, subject) : nullptr;
-    if (client == nullptr || !takeBack(record, ipAddress, attemptsOf(client))) {
-        return false;
-    }
-    record.removeSubjects(ipAddress, subject);
-    return record.save();
+    return changeAt(eraseSubject, ipAddress, subject);
 }
 
 void BELoginRecord::setMaximum(unsigned int maximum) {
