@@ -97,8 +97,8 @@ class Line {
     size_t size_ = sizeof stack_;
 };
 
-// False when the file cannot be opened. A line that cannot be written whole is given up: the log
-// has nowhere to report that.
+// Appends to the file, which is made if it is missing; nothing, for no characters. False when it cannot
+// be opened. A line that cannot be written whole is given up: the log has nowhere to report that.
 bool appendToFile(char const* line, size_t length) {
     FileDescriptor const file(BEConfig::LOG_FILE.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
     if (!file) {
@@ -120,16 +120,6 @@ bool appendToFile(char const* line, size_t length) {
     fwrite(line.text(), 1, length, stdout);
 }
 
-bool createLogFile() {
-    FILE* const file =
-        fopen(BEConfig::LOG_FILE.c_str(), "a");  // keeps a file that another process has just made
-    if (file == nullptr) {
-        return false;
-    }
-    fclose(file);
-    return true;
-}
-
 }  // namespace
 
 int Logger::init() {
@@ -137,7 +127,7 @@ int Logger::init() {
     struct stat status;
     if (stat(BEConfig::LOG_FILE.c_str(), &status) != 0) {
         // intended: LOG_TO_FILE is ignored when the file exists
-        enableFileLog = createLogFile() && BEConfig::LOG_TO_FILE != 0 ? 1 : 0;
+        enableFileLog = appendToFile("", 0) && BEConfig::LOG_TO_FILE != 0 ? 1 : 0;
     }
     signal(SIGSEGV, be_sig_handler);
     return 0;

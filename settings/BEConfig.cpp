@@ -6,6 +6,7 @@
 #include <stdlib.h>
 
 #include "BELoginRecord.h"
+#include "jsondata/files/FileDescriptor.h"
 #include "jsondata/files/JsonFile.h"
 #include "logging/Log.h"
 #include "settings/ConfigTable.h"
@@ -148,18 +149,14 @@ void BEConfig::init(char const* file) {
 }
 
 int BEConfig::get_Session_Uptime() {
-    FILE* const file = fopen("/proc/uptime", "r");
-    if (file == nullptr) {
+    FileDescriptor const file("/proc/uptime", O_RDONLY);
+    if (!file) {
         return 0;
     }
-    double uptime = 0.0;
-    int const fields = fscanf(file, "%lf", &uptime);
-    fclose(file);
-    if (fields < 0) {
+    char text[40] = {};
+    if (file.readFully(text, sizeof text - 1) <= 0) {
         puts("Configuration file /proc/uptime has wrong format, exit...");
         return 0;
     }
-    char text[40];
-    snprintf(text, sizeof text, "%f", uptime);
     return atoi(text);
 }

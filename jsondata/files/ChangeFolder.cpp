@@ -57,11 +57,8 @@ ChangeState read(char const* name, ChangeRecord& record) {
 }  // namespace
 
 NameBelow::NameBelow(char const* folder, char const* name, int number) {
-    char digits[12] = "";
-    if (number != 0) {
-        snprintf(digits, sizeof digits, "%d", number);
-    }
-    int const length = snprintf(text_, sizeof text_, "%s/%s%s", folder, name, digits);
+    // a zero without digits prints as nothing
+    int const length = snprintf(text_, sizeof text_, "%s/%s%.0d", folder, name, number);
     if (length < 0 || static_cast<size_t>(length) >= sizeof text_) {
         text_[0] = '\0';
     }

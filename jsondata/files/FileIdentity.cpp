@@ -18,14 +18,14 @@ FileIdentity::FileIdentity(struct stat const& status)
       inode_(status.st_ino),
       size_(status.st_size),
       modified_(nanoseconds(status.st_mtim)),
-      changed_(nanoseconds(status.st_ctim)) {}
+      changed_(nanoseconds(status.st_ctim)),
+      isWhole_((modified_ < changed_ ? status.st_ctim : status.st_mtim).tv_nsec == 0) {}
 
 bool FileIdentity::isRecentAt(timespec const& now) const {
     int64_t const second = 1000000000;
     int64_t const latest = std::max(modified_, changed_);
-    bool const isWhole = latest % second == 0;  // JFFS2 counts seconds, FAT every other one
-    int64_t const tick = 10000000;              // of a kernel with 100 ticks a second
-    int64_t const longestStep = isWhole ? 2 * second : 2 * tick;
+    int64_t const tick = 10000000;  // of a kernel with 100 ticks a second
+    int64_t const longestStep = isWhole_ ? 2 * second : 2 * tick;
     return latest > nanoseconds(now) - longestStep;
 }
 

@@ -32,6 +32,7 @@ class FileIdentity {
     off_t size_ = 0;
     int64_t modified_ = 0;  // in nanoseconds since the epoch
     int64_t changed_ = 0;   // the same, of the inode: no program can set it back
+    bool isWhole_ = false;  // the later time: JFFS2 counts seconds, FAT every other one
 };
 
 }  // namespace vobiutils

@@ -68,7 +68,6 @@ bool faults::disarm() { return countdown.exchange(0) < 0; }
     WRAP(CALL, RESULT, NAME##64, PARAMETERS, __VA_ARGS__)
 
 WRAP_BOTH(OPEN, int, open, (char const* name, int flags, mode_t mode), name, flags, mode)
-WRAP_BOTH(OPEN, FILE*, fopen, (char const* name, char const* mode), name, mode)
 WRAP(READ, ssize_t, read, (int fd, void* bytes, size_t size), fd, bytes, size)
 WRAP(SYNC, int, fsync, (int fd), fd)
 WRAP(RENAME, int, rename, (char const* from, char const* to), from, to)
