@@ -11,7 +11,7 @@ typedef decltype(LocalDbCtrl::controllers)::iterator ControllerEntry;
 // The entry of a key, or the end. Takes no memory that it cannot do without.
 ControllerEntry findEntry(char const* key) noexcept;
 
-// Adds an entry for a key that has none, and returns it; the end when out of memory.
+// The entry of a key, which is added, with null, if it is missing; the end when out of memory.
 ControllerEntry addEntry(char const* key) noexcept;
 
 void removeEntry(ControllerEntry entry) noexcept;

@@ -19,15 +19,12 @@
 //
 // The registry mutex is never held while a line is logged, a file is read, or a controller is made
 // or destroyed.
-#include <memory>
-#include <new>
-
-#include "jsondata/OutOfMemory.h"
 #include "localdb/Chain.h"
 #include "localdb/Condition.h"
 #include "localdb/ControllerTable.h"
 #include "localdb/ControllerUse.h"
 #include "localdb/DatabaseLock.h"
+#include "localdb/Registry.h"
 #include "logging/Log.h"
 #include "logging/MutexGuard.h"
 
@@ -43,17 +40,13 @@ Chain<ControllerUse> uses;
 
 // The caller holds the registry mutex, except where a function says that it locks it.
 
-// Sets the controller of a key, whose entry is made if it is missing. False when out of memory.
-bool setController(char const* key, LOCALDB_HANDLER* controller) {
-    ControllerEntry entry = findEntry(key);
+Added add(char const* key, LOCALDB_HANDLER* controller) {
+    ControllerEntry const entry = addEntry(key);
     if (!isFound(entry)) {
-        entry = addEntry(key);
-    }
-    if (!isFound(entry)) {
-        return false;
+        return Added::NO_MEMORY;
     }
     entry->second = controller;
-    return true;
+    return Added::YES;
 }
 
 void begin(ControllerUse& use, LOCALDB_HANDLER* controller) {
@@ -61,24 +54,6 @@ void begin(ControllerUse& use, LOCALDB_HANDLER* controller) {
     if (controller != nullptr) {
         uses.append(&use);
     }
-}
-
-enum class Added { YES, REGISTERED_ALREADY, NO_MEMORY };
-
-// Locks the registry mutex.
-Added add(char const* key, LOCALDB_HANDLER* controller) {
-    MutexGuard const guard(registryLock);
-    if (isFound(findEntry(key))) {
-        return Added::REGISTERED_ALREADY;
-    }
-    return setController(key, controller) ? Added::YES : Added::NO_MEMORY;
-}
-
-// Locks the registry mutex. Begins no use, which would hold up a removal: the answer may be out of
-// date when it is returned.
-bool isRegistered(char const* key) {
-    MutexGuard const guard(registryLock);
-    return isFound(findEntry(key));
 }
 
 // Locks the registry mutex. Begins the use of a key's controller, which may be null. False if the
@@ -98,17 +73,12 @@ bool lookUp(char const* key, ControllerUse& use) {
 // intended: registers "default" with a null controller if it is missing. False when out of memory.
 bool useDefault(ControllerUse& use) {
     MutexGuard const guard(registryLock);
-    ControllerEntry const entry = findEntry(DEFAULT_KEY);
+    ControllerEntry const entry = addEntry(DEFAULT_KEY);
     if (!isFound(entry)) {
-        return setController(DEFAULT_KEY, nullptr);
+        return false;
     }
     begin(use, entry->second);
     return true;
-}
-
-int refuseRegistered(char const* key) {
-    UTIL_DEBUG("%s: session DB is already for key %s, something weird\n", "cloneNewDB", key);
-    return 0;
 }
 
 bool isUsed(LOCALDB_HANDLER const* controller) {
@@ -163,94 +133,24 @@ bool removeWhenIdle(char const* key, LOCALDB_HANDLER*& controller) {
     return false;
 }
 
-// A controller without documents; null when out of memory.
-std::unique_ptr<LOCALDB_HANDLER> newController(bool followsFiles) {
-    std::unique_ptr<LOCALDB_HANDLER> controller(new (std::nothrow) LOCALDB_HANDLER);
-    auto* const origins =
-        controller != nullptr ? new (std::nothrow) Origins(*controller, followsFiles) : nullptr;
-    if (origins == nullptr) {
-        return nullptr;
-    }
-    addOrigins(origins);
-    return controller;
-}
-
-// A controller with the documents of the data files; null when out of memory.
-std::unique_ptr<LOCALDB_HANDLER> newSessionController() {
-    std::unique_ptr<LOCALDB_HANDLER> controller = newController(false);
-    for (unsigned int type = 0; controller != nullptr && type < API_TYPE_COUNT; ++type) {
-        Database database(*controller, type, findOrigins(*controller));
-        uint64_t version = 0;
-        if (!database.load("cloneNewDB", static_cast<int>(type), version)) {
-            return nullptr;
-        }
-        database.setState(database.idleState());
-    }
-    return controller;
-}
-
-Added addDefault() {
-    std::unique_ptr<LOCALDB_HANDLER> controller = newController(true);
-    MutexGuard const guard(registryLock);
-    if (controller == nullptr || !setController(DEFAULT_KEY, controller.get())) {
-        return Added::NO_MEMORY;
-    }
-    controller.release();
-    return Added::YES;
-}
-
-Added addSession(char const* key) {
-    std::unique_ptr<LOCALDB_HANDLER> controller = newSessionController();
-    if (controller == nullptr) {
-        return Added::NO_MEMORY;
-    }
-    UTIL_DEBUG("%s: new handler created for session %s\n", "cloneNewDB", key);
-    Added const added = add(key, controller.get());
-    if (added == Added::YES) {
-        controller.release();
-    }
-    return added;
-}
-
 }  // namespace
 
-void LocalDbCtrl::init() {
-    {
-        MutexGuard const guard(registryLock);
-        while (!controllers.empty()) {
-            removeEntry(controllers.begin());  // intended: leaks the controllers of the entries
-        }
-    }
-    if (addDefault() == Added::NO_MEMORY) {
-        throwBadAlloc();
-    }
+Added vobiutils::addController(char const* key, LOCALDB_HANDLER* controller) {
+    MutexGuard const guard(registryLock);
+    return isFound(findEntry(key)) ? Added::REGISTERED_ALREADY : add(key, controller);
 }
 
-int LocalDbCtrl::cloneNewDB(char const* sessionKey) {
-    if (sessionKey == nullptr) {
-        UTIL_WARN("%s: sessionKey is NULL, nothing to be created\n", "cloneNewDB");
-        return 0;
+Added vobiutils::addDefaultController(LOCALDB_HANDLER* controller) {
+    MutexGuard const guard(registryLock);
+    while (!LocalDbCtrl::controllers.empty()) {
+        removeEntry(LocalDbCtrl::controllers.begin());
     }
-    Added const added =
-        isRegistered(sessionKey) ? Added::REGISTERED_ALREADY : addSession(sessionKey);
-    if (added == Added::NO_MEMORY) {
-        throwBadAlloc();
-    }
-    return added == Added::YES ? 1 : refuseRegistered(sessionKey);
+    return add(DEFAULT_KEY, controller);
 }
 
-LOCALDB_HANDLER* LocalDbCtrl::getDBByKey(char const* sessionKey) {
-    LOCALDB_HANDLER* controller = nullptr;
-    bool isFound = false;
-    {
-        ControllerUse use;
-        isFound = use.find(sessionKey);
-        controller = use.controller;
-    }
-    if (!isFound) {
-        throwBadAlloc();
-    }
-    return controller;
+bool vobiutils::isRegistered(char const* key) {
+    MutexGuard const guard(registryLock);
+    return isFound(findEntry(key));
 }
 
 int LocalDbCtrl::removeDB(char const* sessionKey) {
