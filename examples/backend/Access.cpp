@@ -19,14 +19,6 @@ bool isSecret(Place const& place, std::string const& name) {
                       std::find(std::begin(SECRETS), std::end(SECRETS), name) != std::end(SECRETS));
 }
 
-bool namesSecret(Place const& place) {
-    std::string rest = place.path;
-    while (!rest.empty() && !isSecret(place, JsonData::lastStep(rest))) {
-        rest = JsonData::parentPath(rest);
-    }
-    return !rest.empty();
-}
-
 void removeSecrets(Place const& place, TreeMapObject& copy) {
     for (char const* const name : SECRETS) {
         if (isSecret(place, name)) {
@@ -35,12 +27,19 @@ void removeSecrets(Place const& place, TreeMapObject& copy) {
     }
 }
 
-std::optional<Reply> refuseWriting(Place const& place) {
+void requireVisible(Place const& place) {
+    for (std::string rest = place.path; !rest.empty(); rest = JsonData::parentPath(rest)) {
+        if (isSecret(place, JsonData::lastStep(rest))) {
+            throw refuse(403, "not shown to anyone");
+        }
+    }
+}
+
+void requireWritable(Place const& place) {
     if (!place.session.isAdministrator()) {
-        return refuse(403, "only an administrator may change this");
+        throw refuse(403, "only an administrator may change this");
     }
     if (place.type == API_GATEWAY && (place.path + ".").starts_with("users.")) {
-        return refuse(403, "users cannot be changed here");
+        throw refuse(403, "users cannot be changed here");
     }
-    return std::nullopt;
 }

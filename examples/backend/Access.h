@@ -2,7 +2,6 @@
 #ifndef BACKEND_ACCESS_H
 #define BACKEND_ACCESS_H
 
-#include <optional>
 #include <string>
 
 #include "Resources.h"
@@ -11,13 +10,13 @@
 // always, others unless an administrator asks.
 bool isSecret(Place const& place, std::string const& name);
 
-// Whether the path of the place leads through a secret.
-bool namesSecret(Place const& place);
-
 // Removes the secrets in a copy of the value at the place, or in the whole database.
 void removeSecrets(Place const& place, TreeMapObject& copy);
 
-// Why a place cannot be written to, if it cannot.
-std::optional<Reply> refuseWriting(Place const& place);
+// Throws the refusal of a place whose path leads through a secret.
+void requireVisible(Place const& place);
+
+// Throws the refusal of a place that cannot be written to.
+void requireWritable(Place const& place);
 
 #endif

@@ -3,33 +3,60 @@
 
 #include <BEConfig.h>
 #include <LocalDbSnapshot.h>
-#include <LocalDbTransaction.h>
-
-#include <cstring>
-#include <optional>
 
 #include "Limits.h"
 #include "Messages.h"
 #include "Password.h"
-#include "View.h"
+#include "Resources.h"
 #include "http/ClientAddress.h"
 
 namespace {
 
-char const REQUEST[] = "GATEWAY_LOGIN_REQ";
-char const RESPONSE[] = "GATEWAY_LOGIN_RESP";
+// The member of a body, a string that must be there.
+std::string textIn(TreeMapObject& body, char const* member) {
+    char const* text = nullptr;
+    if (!body.get_ex(member, text)) {
+        throw refuse(400, std::string("the body needs the string ") + member);
+    }
+    return text;
+}
 
-// Why the users cannot be searched, if they cannot. Names are compared one by one: the search of a document
-// looks everywhere in it. An entry that lacks something is nobody's.
-std::optional<Reply> findUser(std::string const& name, Login::User& user) {
+// A page has the token as a cookie that it cannot read; a program takes it from the body.
+Reply welcome(std::string const& token, std::string const& role, bool mustChangePassword) {
+    TreeMapObject response(false);
+    response.set("token", token.c_str());
+    response.set("expires", BEConfig::AUTH_EXPIRATION);
+    response.set("role", role.c_str());
+    response.set("mustChangePassword", mustChangePassword);
+    requireResponse(API_GATEWAY, "GATEWAY_LOGIN_RESP", response);
+    Reply reply = replyWith(response);
+    reply.headers.push_back(sessionCookie(token));
+    return reply;
+}
+
+}  // namespace
+
+struct Login::User {
+    bool isKnown = false;
+    bool isEnabled = false;
+    bool mustChangePassword = false;
+    std::string path;  // in the gateway's database
+    std::string role;
+    std::string password;  // hashed
+};
+
+// Names are compared one by one: the search of a document looks everywhere in it. An entry that lacks something
+// is nobody's.
+Login::User Login::findUser(std::string const& name) {
     LocalDbSnapshot const gateway(API_GATEWAY);
-    if (gateway.status() == LocalDbSnapshot::NO_MEMORY) {
-        return refuse(503, "out of memory", 1);
-    }
     int const count = gateway.len("users");
-    if (count < 0) {
-        return refuse(500, "the users cannot be read, or are not an array");
+    if (gateway.status() == LocalDbSnapshot::NO_MEMORY) {
+        throw refuse(503, "out of memory", 1);
     }
+    if (count < 0) {
+        throw refuse(500, "the users cannot be read, or are not an array");
+    }
+    User user;
     for (int i = 0; i < count; ++i) {
         std::string const entry = "users.[" + std::to_string(i) + "].";
         char const* itsName = nullptr;
@@ -45,124 +72,65 @@ std::optional<Reply> findUser(std::string const& name, Login::User& user) {
             read("mustChangePassword", user.mustChangePassword);
         }
     }
-    return std::nullopt;
+    return user;
 }
-
-// A page has the token as a cookie that it cannot read; a program takes it from the body.
-Reply welcome(std::string const& token, Login::User const& user) {
-    TreeMapObject response(false);
-    response.set("token", token.c_str());
-    response.set("expires", BEConfig::AUTH_EXPIRATION);
-    response.set("role", user.role.c_str());
-    response.set("mustChangePassword", user.mustChangePassword);
-    if (BEConfig::VALIDATION_ON_RESPONSE != 0 && !isValid(API_GATEWAY, RESPONSE, response)) {
-        return refuse(500, "internal error: response does not match GATEWAY_LOGIN_RESP");
-    }
-    Reply reply = replyWith(response);
-    reply.headers.push_back(sessionCookie(token));
-    return reply;
-}
-
-// Stores the hash of a new password; why that is not possible, if so.
-std::optional<Reply> store(std::string const& hash, Session const& session,
-                           Login::User const& user) {
-    LocalDbTransaction gateway(API_GATEWAY, "", "default", MAX_WAIT_MS);
-    if (!gateway) {
-        return refuseDatabase(gateway.status());
-    }
-    char const* name = nullptr;
-    if (!gateway->get_ex((user.path + "name").c_str(), name) || name != session.user) {
-        return refuse(503, "the users have changed meanwhile", 1);
-    }
-    gateway->set((user.path + "password").c_str(), hash.c_str());
-    gateway->remove((user.path + "mustChangePassword").c_str());
-    if (gateway.save() != 0) {
-        return gateway.status() == LocalDbTransaction::INVALID
-                   ? refuseDocument(API_GATEWAY, gateway.fault())
-                   : refuse(500, "the password could not be saved; nothing is changed");
-    }
-    session.seeSaved(API_GATEWAY);
-    return std::nullopt;
-}
-
-}  // namespace
 
 Reply Login::attempt(std::string const& address, std::string const& body) {
-    Reply refusal;
-    Node const request = parseBody(body, refusal);
-    if (request == nullptr) {
-        return refusal;
-    }
-    if (std::optional<Reply> const invalid = refuseMessage(API_GATEWAY, REQUEST, *request)) {
-        return *invalid;
-    }
-    char const* name = nullptr;
-    char const* password = nullptr;
-    if (!request->get_ex("username", name) || !request->get_ex("password", password)) {
-        return refuse(400, "a login needs a username and a password");
-    }
-    User user;
-    if (std::optional<Reply> const refused = verify(address, name, password, user)) {
-        return *refused;
-    }
+    Node const request = parseBody(body);
+    requireRequest(API_GATEWAY, "GATEWAY_LOGIN_REQ", *request);
+    std::string const name = textIn(*request, "username");
+    User const user = verify(address, name, textIn(*request, "password"),
+                             refuse(401, "wrong user name or password"));
     std::string const token = sessions_.open(name, user.role, user.mustChangePassword);
     if (token.empty()) {
-        return refuse(503, "too many sessions", 60);
+        throw refuse(503, "too many sessions", 60);
     }
     audit_.record(name, address, "login", "");
-    return welcome(token, user);
+    return welcome(token, user.role, user.mustChangePassword);
 }
 
 Reply Login::changePassword(Session const& session, std::string const& address,
                             std::string const& body) {
-    Reply refusal;
-    Node const request = parseBody(body, refusal);
-    if (request == nullptr) {
-        return refusal;
+    Node const request = parseBody(body);
+    std::string const old = textIn(*request, "old");
+    std::string const fresh = textIn(*request, "new");
+    if (fresh.size() < MIN_PASSWORD || fresh.size() > MAX_PASSWORD || fresh == old) {
+        throw refuse(400, "the new password needs " + std::to_string(MIN_PASSWORD) + " to " +
+                              std::to_string(MAX_PASSWORD) + " bytes, and must be another one");
     }
-    char const* old = nullptr;
-    char const* fresh = nullptr;
-    if (!request->get_ex("old", old) || !request->get_ex("new", fresh)) {
-        return refuse(400, "a change needs the old and the new password");
-    }
-    std::size_t const length = std::strlen(fresh);
-    if (length < MIN_PASSWORD || length > MAX_PASSWORD || std::strcmp(old, fresh) == 0) {
-        return refuse(400, "the new password needs " + std::to_string(MIN_PASSWORD) + " to " +
-                               std::to_string(MAX_PASSWORD) + " bytes, and must be another one");
-    }
-    User user;
-    if (std::optional<Reply> const refused = verify(address, session.user, old, user)) {
-        return refused->status == 401 ? refuse(403, "wrong password") : *refused;
-    }
+    User const user = verify(address, session.user, old, refuse(403, "wrong password"));
     std::string const hash = hashOf(fresh);
     if (hash.empty()) {
-        return refuse(503, "the password cannot be hashed", 1);
+        throw refuse(503, "the password cannot be hashed", 1);
     }
-    if (std::optional<Reply> const refused = store(hash, session, user)) {
-        return *refused;
-    }
+    changeDatabase(API_GATEWAY, session, [&](TreeMapObject& gateway, std::uint64_t) {
+        char const* name = nullptr;
+        if (!gateway.get_ex((user.path + "name").c_str(), name) || name != session.user) {
+            throw refuse(503, "the users have changed meanwhile", 1);
+        }
+        gateway.set((user.path + "password").c_str(), hash.c_str());
+        gateway.remove((user.path + "mustChangePassword").c_str());
+    });
     session.mustChangePassword = false;
     sessions_.closeOthers(session);
     audit_.record(session.user, address, "password", "");
     return Reply{.status = 204};
 }
 
-std::optional<Reply> Login::verify(std::string const& address, std::string const& name,
-                                   std::string const& password, User& user) {
+Login::User Login::verify(std::string const& address, std::string const& name,
+                          std::string const& password, Reply const& refusal) {
     std::string const client = networkOf(address);
     std::lock_guard<std::mutex> const guard(oneAtATime_);
     if (unsigned int const minutes = attempts_.lockMinutes(client)) {
-        return refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);
+        throw refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);
     }
-    if (std::optional<Reply> const refusal = findUser(name, user)) {
-        return *refusal;
-    }
+    User user = findUser(name);
     std::string const known = user.isKnown ? name : "";  // what is not a name may be a password
     attempts_.count(client, known);
     if (!passwordMatches(user.password, password) || !user.isEnabled) {
         audit_.record(known, address, "login refused", "");
-        return refuse(401, "wrong user name or password");
+        throw Reply(refusal);
     }
     attempts_.forgive(client, known);
-    return std::nullopt;
+    return user;
 }

@@ -3,7 +3,6 @@
 #define BACKEND_LOGIN_H
 
 #include <mutex>
-#include <optional>
 #include <string>
 
 #include "Attempts.h"
@@ -27,19 +26,13 @@ class Login {
     Reply changePassword(Session const& session, std::string const& address,
                          std::string const& body);
 
-    struct User {
-        bool isKnown = false;
-        bool isEnabled = false;
-        bool mustChangePassword = false;
-        std::string path;  // in the gateway's database
-        std::string role;
-        std::string password;  // hashed
-    };
-
   private:
-    // The user, whose password this is; or why not.
-    std::optional<Reply> verify(std::string const& address, std::string const& name,
-                                std::string const& password, User& user);
+    struct User;
+    static User findUser(std::string const& name);
+
+    // The user, whose password this is. Throws `refusal` when it is not.
+    User verify(std::string const& address, std::string const& name, std::string const& password,
+                Reply const& refusal);
 
     Sessions& sessions_;
     Audit& audit_;

@@ -1,32 +1,38 @@
 // Knows which messages there are, and checks values against their schema files and those of the databases.
 #include "Messages.h"
 
+#include <BEConfig.h>
 #include <CommLabel.h>
 #include <JsonData.h>
+#include <LocalDbCtrl.h>
 #include <LocalDbSnapshot.h>
 #include <Logger.h>
 
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <memory>
 #include <sstream>
 
 namespace {
 
+struct Message {
+    char const* method;
+    unsigned int type;
+    char const* place;  // as a path, "[]" for any element
+    char const* label;
+};
+
 Message const MESSAGES[] = {
-    {"GET", API_GATEWAY, "about", "GATEWAY_ABOUT_REQ", "GATEWAY_ABOUT_RESP"},
-    {"GET", API_GATEWAY, "led", "GATEWAY_LED_GET_REQ", "GATEWAY_LED_GET_RESP"},
-    {"PUT", API_GATEWAY, "led", "GATEWAY_LED_UPDATE_REQ", "GATEWAY_LED_UPDATE_RESP"},
-    {"GET", API_NETWORK, "lan", "NETWORK_LAN_GET_REQ", "NETWORK_LAN_GET_RESP"},
-    {"PUT", API_NETWORK, "lan", "NETWORK_LAN_UPDATE_REQ", "NETWORK_LAN_UPDATE_RESP"},
-    {"GET", API_WIFI, "ssids", "WIFI_SSID_LIST_ALL_REQ", "WIFI_SSID_LIST_ALL_RESP"},
-    {"GET", API_WIFI, "ssids.[]", "WIFI_SSID_GET_REQ", "WIFI_SSID_GET_RESP"},
-    {"PUT", API_WIFI, "ssids.[]", "WIFI_SSID_UPDATE_REQ", "WIFI_SSID_UPDATE_RESP"},
-    {"POST", API_SERVICE, "portForwarding.rules", "SERVICE_PORTFORWARDING_CREATE_REQ",
-     "SERVICE_PORTFORWARDING_CREATE_RESP"},
-    {"PUT", API_SERVICE, "portForwarding.rules.[]", "SERVICE_PORTFORWARDING_UPDATE_REQ",
-     "SERVICE_PORTFORWARDING_UPDATE_RESP"},
+    {"GET", API_GATEWAY, "about", "GATEWAY_ABOUT_RESP"},
+    {"GET", API_GATEWAY, "led", "GATEWAY_LED_GET_RESP"},
+    {"PUT", API_GATEWAY, "led", "GATEWAY_LED_UPDATE_REQ"},
+    {"GET", API_NETWORK, "lan", "NETWORK_LAN_GET_RESP"},
+    {"PUT", API_NETWORK, "lan", "NETWORK_LAN_UPDATE_REQ"},
+    {"GET", API_WIFI, "ssids", "WIFI_SSID_LIST_ALL_RESP"},
+    {"GET", API_WIFI, "ssids.[]", "WIFI_SSID_GET_RESP"},
+    {"PUT", API_WIFI, "ssids.[]", "WIFI_SSID_UPDATE_REQ"},
+    {"POST", API_SERVICE, "portForwarding.rules", "SERVICE_PORTFORWARDING_CREATE_REQ"},
+    {"PUT", API_SERVICE, "portForwarding.rules.[]", "SERVICE_PORTFORWARDING_UPDATE_REQ"},
 };
 
 // The path with any index in it as "[]".
@@ -77,15 +83,19 @@ Reply refuseFault(int status, CompiledSchema::Fault const& fault, char const* sc
     return replyWith(reason, status);
 }
 
+bool isValid(unsigned int type, char const* label, TreeMapObject& value) {
+    return LocalDbCtrl::validateObject(&value, type, numberOf(type, label)) == 0;
+}
+
 }  // namespace
 
-Message const* messageOf(char const* method, unsigned int type, std::string const& path) {
+char const* messageOf(char const* method, unsigned int type, std::string const& path) {
     auto const* const found =
         std::find_if(std::begin(MESSAGES), std::end(MESSAGES), [&](Message const& message) {
             return message.type == type && strcmp(message.method, method) == 0 &&
                    placeOf(path) == message.place;
         });
-    return found != std::end(MESSAGES) ? found : nullptr;
+    return found != std::end(MESSAGES) ? found->label : nullptr;
 }
 
 std::string schemaFileOf(unsigned int type) {
@@ -93,27 +103,23 @@ std::string schemaFileOf(unsigned int type) {
     return file.insert(file.rfind('.'), "_SCHEMA");
 }
 
-bool isObject(TreeMapObject const& value) {
-    static std::unique_ptr<TreeMapObject> const schema(
-        JsonData::createObject(R"({"type": "object"})"));
-    static CompiledSchema const rule(schema != nullptr ? schema->jobj : nullptr);
-    return rule.accepts(value.jobj);
-}
-
-bool isValid(unsigned int type, char const* label, TreeMapObject& value) {
-    return LocalDbCtrl::validateObject(&value, type, numberOf(type, label)) == 0;
-}
-
-std::optional<Reply> refuseMessage(unsigned int type, char const* label, TreeMapObject& body) {
+void requireRequest(unsigned int type, char const* label, TreeMapObject& body) {
     if (isValid(type, label, body)) {
-        return std::nullopt;
+        return;
     }
     Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: not valid, refused\n", label);
     char const* const file = LocalDbCtrl::getSchemaFile(type, numberOf(type, label));
     CompiledSchema const schema(file);
     CompiledSchema::Fault fault = {};
     schema.accepts(body.jobj, &fault);
-    return refuseFault(schema ? 400 : 500, fault, file, "body");
+    throw refuseFault(schema ? 400 : 500, fault, file, "body");
+}
+
+void requireResponse(unsigned int type, char const* label, TreeMapObject& value) {
+    if (BEConfig::VALIDATION_ON_RESPONSE != 0 && !isValid(type, label, value)) {
+        Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "%s: not valid, not sent\n", label);
+        throw refuse(500, std::string("what would be the answer is not a valid ") + label);
+    }
 }
 
 Reply refuseDocument(unsigned int type, CompiledSchema::Fault const& fault) {

@@ -1,4 +1,4 @@
-// Makes refusals.
+// Makes replies and refusals, and reads bodies.
 #include "Reply.h"
 
 #include <JsonData.h>
@@ -20,25 +20,27 @@ Reply refuse(int status, std::string const& reason, unsigned int retryAfter) {
         throw std::bad_alloc();
     }
     Reply reply = replyWith(error, status);
-    reply.retryAfter = retryAfter;
+    if (retryAfter != 0) {
+        reply.headers.emplace_back("Retry-After", std::to_string(retryAfter));
+    }
     return reply;
 }
 
-Reply refuseMethod(std::string const& allowed, std::string const& reason) {
-    Reply reply = refuse(405, reason);
+Reply refuseMethod(std::string const& allowed) {
+    Reply reply = refuse(405, "method not allowed: use " + allowed);
     reply.headers.emplace_back("Allow", allowed);
     return reply;
 }
 
-Node parseBody(std::string const& body, Reply& refusal) {
+Node parseBody(std::string const& body) {
     JsonFault fault = {};
     Node value(JsonData::parse(body.data(), body.size(), &fault));
-    if (value != nullptr) {
-        return value;
+    if (value == nullptr && fault.line == 0) {
+        throw refuse(503, fault.reason, 1);
     }
-    refusal = fault.line == 0 ? refuse(503, fault.reason, 1)
-                              : refuse(400, "the body is not one JSON value: line " +
-                                                std::to_string(fault.line) + ", column " +
-                                                std::to_string(fault.column) + ": " + fault.reason);
+    if (value == nullptr) {
+        throw refuse(400, "the body is not one JSON value: line " + std::to_string(fault.line) +
+                              ", column " + std::to_string(fault.column) + ": " + fault.reason);
+    }
     return value;
 }

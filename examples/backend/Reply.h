@@ -1,4 +1,5 @@
-// What the back end answers to a request, before it is HTTP, and the reading of what a client sends.
+// What the back end answers to a request, before it is HTTP. What cannot be carried out ends by throwing its
+// refusal, which Routes catches.
 #ifndef BACKEND_REPLY_H
 #define BACKEND_REPLY_H
 
@@ -14,23 +15,21 @@ typedef std::unique_ptr<TreeMapObject> Node;
 struct Reply {
     int status = 200;
     std::string body = {};
+    std::string etag = {};  // of what may be stored and asked for again; "" for what may not
     std::string type = "application/json";
-    unsigned int retryAfter = 0;  // seconds; 0 for no such header
-    std::string location = {};    // where what was created can be found, not encoded
-    std::string etag = {};        // of what may be stored and asked for again; "" for what may not
     std::vector<std::pair<std::string, std::string>> headers = {};  // further ones
 };
 
 // Throws std::bad_alloc when there is no memory for the text.
 Reply replyWith(TreeMapObject& value, int status = 200);
 
-// {"error": reason}
+// {"error": reason}. The client may come back after so many seconds, if that is not 0.
 Reply refuse(int status, std::string const& reason, unsigned int retryAfter = 0);
 
 // 405: where other methods are allowed, which are separated by commas.
-Reply refuseMethod(std::string const& allowed, std::string const& reason);
+Reply refuseMethod(std::string const& allowed);
 
-// The value that a body is; null when it is not exactly one, and then `refusal` says where and why.
-Node parseBody(std::string const& body, Reply& refusal);
+// The value that a body is. Throws a refusal that says where and why, when it is not exactly one.
+Node parseBody(std::string const& body);
 
 #endif

@@ -1,8 +1,9 @@
 // The nine databases as resources: a place in them is read, changed, filled and emptied, each as one
-// transaction. What cannot be done, or would make the database invalid, leaves nothing changed.
+// transaction. What cannot be done, or would make the database invalid, leaves nothing changed, and throws its
+// refusal.
 //
 // What was written is in the data file before the answer goes out. Changes go through the default
-// controller, one after another, and are read from the file; View.h says what a session sees.
+// controller, one after another, and are read from the file; ReadResources.cpp says what a session sees.
 //
 // Answers with a value carry the version of its database as their entity tag, those to a change the
 // version that it made. A request whose conditions do not hold is answered with 412 and changes
@@ -10,6 +11,10 @@
 #ifndef BACKEND_RESOURCES_H
 #define BACKEND_RESOURCES_H
 
+#include <LocalDbTransaction.h>
+
+#include <cstdint>
+#include <functional>
 #include <string>
 
 #include "Conditions.h"
@@ -50,6 +55,15 @@ Reply mergeResource(Place const& place, std::string const& body);
 Reply appendResource(Place const& place, std::string const& body);
 
 // Removes a member or an element. 204.
-Reply removeResource(Place const& place);
+Reply removeResource(Place const& place, std::string const& noBody = "");
+
+// Why a database is not locked.
+Reply refuseDatabase(LocalDbTransaction::Status status);
+
+// Changes the document of a database, of which it gets the version as well, or throws a refusal.
+typedef std::function<void(TreeMapObject& document, std::uint64_t version)> Change;
+
+// Saves what the change makes of the shared document, which the session sees from then on. The new version.
+std::uint64_t changeDatabase(unsigned int type, Session const& session, Change const& change);
 
 #endif

@@ -2,6 +2,8 @@
 #ifndef BACKEND_ROUTES_H
 #define BACKEND_ROUTES_H
 
+#include <BEConfig.h>
+
 #include <map>
 #include <string>
 
@@ -28,24 +30,23 @@ struct Request {
 
 class Routes {
   public:
-    Routes();
+    // The methods that there may be at a path, separated by commas.
+    static std::string methodsAt(std::string const& path);
 
+    // To a request of such a method.
     Reply answer(Request const& request);
 
   private:
     struct Route;
     static Route const ROUTES[];
+    static Route const& routeOf(std::string const& path);
 
-    SessionRef sessionOf(Request const& request);
-    Reply answerSession(Request const& request, Session const& session);
-    Reply logOut(Request const& request, Session const& session);
-    Reply changePassword(Request const& request, Session const& session);
-    Reply audit(Request const& request, Session const& session);
+    SessionRef sessionOf(Request const& request, Route const& route);
 
     Sessions sessions_;
     Audit audit_;
-    Login login_;
-    DocumentRoot const documents_;
+    Login login_{sessions_, audit_};
+    DocumentRoot const documents_{BEConfig::WEBSERVER_DOCROOT};
 };
 
 #endif

@@ -21,7 +21,6 @@
 #include <string>
 #include <vector>
 
-#include "Messages.h"
 #include "Routes.h"
 #include "http/HttpServer.h"
 
@@ -67,7 +66,8 @@ char const* faultOfConfiguration(char const* file) {
     if (document->jobj == nullptr) {
         return "it cannot be read, or is not JSON";
     }
-    return isObject(*document) ? nullptr : "it is not a JSON object";
+    return document->presence("any") != TreeMapObject::IMPOSSIBLE ? nullptr
+                                                                  : "it is not a JSON object";
 }
 
 void warnOfOpenDoors() {

@@ -12,30 +12,6 @@
 
 namespace {
 
-struct Route {
-    char const* path;
-    bool isFolder;  // what is below is meant as well
-    char const* methods;
-};
-
-// The first that fits counts.
-Route const ROUTES[] = {
-    {"/api", false, "GET, HEAD, OPTIONS"},
-    {"/api/", true, "GET, HEAD, PUT, PATCH, POST, DELETE, OPTIONS"},
-    {"/login", false, "POST, OPTIONS"},
-    {"/logout", false, "POST, OPTIONS"},
-    {"/log", false, "GET, HEAD, OPTIONS"},
-    {"", true, "GET, HEAD, OPTIONS"},
-};
-
-std::string methodsAt(std::string const& path) {
-    auto const* const route =
-        std::find_if(std::begin(ROUTES), std::end(ROUTES), [&](Route const& one) {
-            return one.isFolder ? path.starts_with(one.path) : path == one.path;
-        });
-    return route->methods;
-}
-
 bool contains(std::string const& methods, std::string const& method) {
     return (", " + methods + ",").find(" " + method + ",") != std::string::npos;
 }
@@ -84,25 +60,24 @@ bool Admission::isForeign(Request const& request) const {
            !isSame(request.header("origin"), scheme_ + request.header("host"));
 }
 
-std::optional<Reply> Admission::answer(Request const& request, bool hasBody) const {
+void Admission::check(Request const& request, bool hasBody) const {
     if (!isOurs(request.header("host"))) {
-        return refuse(421, "unknown host: use an address, localhost or a name given at the start");
+        throw refuse(421, "unknown host: use an address, localhost or a name given at the start");
     }
     if (isForeign(request)) {
-        return refuse(403, "requests of pages from elsewhere are refused");
+        throw refuse(403, "requests of pages from elsewhere are refused");
     }
     if (request.path.size() > MAX_URL_PATH) {
-        return refuse(414, "the path is too long");
+        throw refuse(414, "the path is too long");
     }
-    std::string const methods = methodsAt(request.path);
+    std::string const methods = Routes::methodsAt(request.path);
     if (request.method == "OPTIONS") {
-        return Reply{.status = 204, .headers = {{"Allow", methods}}};
+        throw Reply{.status = 204, .headers = {{"Allow", methods}}};
     }
     if (!contains(methods, request.method)) {
-        return refuseMethod(methods, "method not allowed: use " + methods);
+        throw refuseMethod(methods);
     }
     if (hasBody && !isJson(request.header("content-type"))) {
-        return refuse(415, "the body must be JSON: Content-Type: application/json");
+        throw refuse(415, "the body must be JSON: Content-Type: application/json");
     }
-    return std::nullopt;
 }

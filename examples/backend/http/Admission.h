@@ -3,7 +3,6 @@
 #ifndef BACKEND_HTTP_ADMISSION_H
 #define BACKEND_HTTP_ADMISSION_H
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,8 +13,8 @@ class Admission {
     // The names by which the back end may be asked, beside "localhost" and any IP address; whether with HTTPS.
     Admission(std::vector<std::string> names, bool isEncrypted);
 
-    // The reply to a request that is not let in, and to OPTIONS.
-    std::optional<Reply> answer(Request const& request, bool hasBody) const;
+    // Throws the reply to a request that is not let in, and to OPTIONS.
+    void check(Request const& request, bool hasBody) const;
 
   private:
     bool isOurs(std::string const& authority) const;

@@ -1,6 +1,7 @@
 // Knows every connection, its client and its deadline.
 #include "ConnectionTable.h"
 
+#include <sys/resource.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -8,34 +9,34 @@
 
 namespace {
 
-auto const NEVER = ConnectionTable::Clock::time_point::max();
+typedef ConnectionTable::Connection Connection;
 
-bool isOpen(ConnectionTable::Connection const& connection) { return connection.socket >= 0; }
+bool isOpen(Connection const& connection) { return connection.socket >= 0; }
 
-bool endsBefore(ConnectionTable::Connection const& one, ConnectionTable::Connection const& other) {
-    return one.end < other.end;
-}
+bool endsBefore(Connection const& one, Connection const& other) { return one.end < other.end; }
 
 // The descriptor is still that of the connection: close() comes before it is closed.
-void shutDown(ConnectionTable::Connection& connection) {
+void shutDown(Connection& connection) {
     shutdown(connection.socket, SHUT_RDWR);
-    connection.end = NEVER;
+    connection.end = ConnectionTable::Clock::time_point::max();
+}
+
+// What the system's limit of descriptors leaves.
+long maximumOfConnections() {
+    rlimit limit = {};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    rlim_t const all = MAX_CONNECTIONS + SPARE_CONNECTIONS + OTHER_DESCRIPTORS;
+    return std::max(MAX_CONNECTIONS - static_cast<long>(all - std::min(limit.rlim_cur, all)), 1L);
 }
 
 }  // namespace
 
-ConnectionTable::ConnectionTable() {
-    connections_.fill({-1, {}, NEVER});
-    watcher_ = std::thread([this] { watch(); });
-}
+ConnectionTable::ConnectionTable()
+    : maximum_(maximumOfConnections()),
+      watcher_([this](std::stop_token const& stop) { watch(stop); }) {}
 
-ConnectionTable::~ConnectionTable() {
-    {
-        std::lock_guard<std::mutex> const guard(mutex_);
-        isStopping_ = true;
-    }
-    changed_.notify_all();
-    watcher_.join();
+long ConnectionTable::count() const {
+    return std::count_if(connections_.begin(), connections_.end(), isOpen);
 }
 
 bool ConnectionTable::hasRoomFor(in6_addr const& client) {
@@ -43,48 +44,49 @@ bool ConnectionTable::hasRoomFor(in6_addr const& client) {
     auto const isOwn = [&](Connection const& connection) {
         return isOpen(connection) && std::memcmp(&connection.client, &client, sizeof(client)) == 0;
     };
-    long const all = std::count_if(connections_.begin(), connections_.end(), isOpen);
     long const own = std::count_if(connections_.begin(), connections_.end(), isOwn);
-    return own < std::clamp((MAX_CONNECTIONS - all + 1) / 2, 1L, MAX_CONNECTIONS_OF_ONE);
+    return own < std::clamp((maximum_ - count() + 1) / 2, 1L, MAX_CONNECTIONS_OF_ONE);
 }
 
-ConnectionTable::Connection* ConnectionTable::open(int socket, in6_addr const& client) {
+Connection* ConnectionTable::open(int socket, in6_addr const& client) {
     std::lock_guard<std::mutex> const guard(mutex_);
     auto* const free = std::find_if_not(connections_.begin(), connections_.end(), isOpen);
-    if (std::count_if(connections_.begin(), connections_.end(), isOpen) >= MAX_CONNECTIONS) {
+    if (count() >= maximum_) {
         shutDown(*std::min_element(connections_.begin(), connections_.end(), endsBefore));
     }
     if (free == connections_.end()) {
+        shutdown(socket, SHUT_RDWR);
         return nullptr;
     }
-    *free = {socket, client, NEVER};
+    *free = {socket, client, Clock::now() + HANDSHAKE_TIME};
+    changed_.notify_all();
     return free;
 }
 
-void ConnectionTable::close(Connection& connection) {
+void ConnectionTable::close(Connection* connection) {
     std::lock_guard<std::mutex> const guard(mutex_);
-    connection = {-1, {}, NEVER};
-}
-
-void ConnectionTable::limit(Connection& connection, std::chrono::seconds time) {
-    std::lock_guard<std::mutex> const guard(mutex_);
-    connection.end = Clock::now() + time;
-    if (connection.end < nextLook_) {
-        changed_.notify_all();
+    if (connection != nullptr) {
+        *connection = Connection();
     }
 }
 
-void ConnectionTable::watch() {
+void ConnectionTable::limit(Connection* connection, std::chrono::seconds time) {
+    std::lock_guard<std::mutex> const guard(mutex_);
+    if (connection != nullptr) {
+        connection->end = Clock::now() + time;
+    }
+}
+
+// Sleeps while there are no connections.
+void ConnectionTable::watch(std::stop_token const& stop) {
     std::unique_lock<std::mutex> lock(mutex_);
-    while (!isStopping_) {
-        auto* const next = std::min_element(connections_.begin(), connections_.end(), endsBefore);
-        nextLook_ = next->end;
-        if (nextLook_ <= Clock::now()) {
-            shutDown(*next);
-        } else if (nextLook_ == NEVER) {
-            changed_.wait(lock);
-        } else {
-            changed_.wait_until(lock, nextLook_);
+    while (!stop.stop_requested()) {
+        changed_.wait(lock, stop, [this] { return count() > 0; });
+        for (Connection& connection : connections_) {
+            if (connection.end <= Clock::now()) {
+                shutDown(connection);
+            }
         }
+        changed_.wait_for(lock, stop, DEADLINE_STEP, [] { return false; });
     }
 }

@@ -20,32 +20,31 @@ class ConnectionTable {
     struct Connection {
         int socket = -1;  // none
         in6_addr client = {};
-        Clock::time_point end;  // when it is shut down
+        Clock::time_point end = Clock::time_point::max();  // when it is shut down
     };
 
     ConnectionTable();
-    ~ConnectionTable();
 
     // One client gets half of the room that is left, and its first connection at any time.
     bool hasRoomFor(in6_addr const& client);
 
-    // When there are too many, the one whose time is over first is shut down. Null when that is not done
-    // yet. The socket is the caller's, who closes it after close(), not before.
+    // Begins the time for a handshake. When there are too many, the one whose time is over first is shut down,
+    // and when that is not done yet, this one: null. The socket is the caller's, who closes it after close().
     Connection* open(int socket, in6_addr const& client);
-    void close(Connection& connection);
+    void close(Connection* connection);
 
     // From now on; then the connection is shut down, whatever its client sends meanwhile.
-    void limit(Connection& connection, std::chrono::seconds time);
+    void limit(Connection* connection, std::chrono::seconds time);
 
   private:
-    void watch();
+    long count() const;
+    void watch(std::stop_token const& stop);
 
+    long const maximum_;
     std::mutex mutex_;
-    std::condition_variable changed_;  // some time is over before the watcher looks again
+    std::condition_variable_any changed_;
     std::array<Connection, MAX_CONNECTIONS + SPARE_CONNECTIONS> connections_;
-    Clock::time_point nextLook_;
-    bool isStopping_ = false;
-    std::thread watcher_;
+    std::jthread watcher_;
 };
 
 #endif

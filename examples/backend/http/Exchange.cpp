@@ -7,31 +7,36 @@
 #include <utility>
 
 #include "Limits.h"
+#include "RequestHead.h"
 #include "Response.h"
 
 namespace {
 
 // Made at the start, as there may be no memory for them later.
-Reply const OUT_OF_MEMORY = {503, R"({"error": "out of memory"})", "application/json", 1};
+Reply const OUT_OF_MEMORY = {
+    .status = 503, .body = R"({"error": "out of memory"})", .headers = {{"Retry-After", "1"}}};
 Reply const INTERNAL_ERROR = {500, R"({"error": "internal error"})"};
-Reply const STOPPING = {503, R"({"error": "the back end is stopping"})", "application/json", 5};
+Reply const STOPPING = {.status = 503,
+                        .body = R"({"error": "the back end is stopping"})",
+                        .headers = {{"Retry-After", "5"}}};
 
 }  // namespace
 
-Exchange::Exchange(MHD_Connection* connection, RequestHead head, Admission const& admission,
+Exchange::Exchange(MHD_Connection* connection, Request request, Admission const& admission,
                    Routes& routes)
-    : connection_(connection), routes_(routes), request_(std::move(head.request)) {
-    if (head.fault != nullptr) {
-        replyWith(refuse(400, head.fault));
-    } else if (std::optional<Reply> reply = admission.answer(request_, head.hasBody)) {
-        replyWith(std::move(*reply));
-    } else if (head.length > MAX_BODY) {
-        replyWith(refuse(413, "the body is too long"));
-    } else {
-        request_.body.reserve(head.length);
+    : connection_(connection), routes_(routes), request_(std::move(request)) {
+    try {
+        auto const length = readHead(connection, request_);
+        // A short body is read all the same: closing before that could take the reply away from the client.
+        isLast_ = length > MAX_UNUSED_BODY;
+        admission.check(request_, length != 0);
+        if (length > MAX_BODY) {
+            throw refuse(413, "the body is too long");
+        }
+        request_.body.reserve(length.value_or(0));
+    } catch (Reply const& refusal) {
+        replyWith(refusal);
     }
-    // A short body is read all the same: closing before that could take the reply away from the client.
-    isLast_ = head.fault != nullptr || head.length > MAX_UNUSED_BODY;
 }
 
 void Exchange::replyWith(Reply reply) {

@@ -6,12 +6,12 @@
 #include <microhttpd.h>
 
 #include "Admission.h"
-#include "RequestHead.h"
 #include "Workers.h"
 
 class Exchange final : public Workers::Job {
   public:
-    Exchange(MHD_Connection* connection, RequestHead head, Admission const& admission,
+    // The request has a method, a path and a client's address so far.
+    Exchange(MHD_Connection* connection, Request request, Admission const& admission,
              Routes& routes);
 
     // A part of the body. False when there is too much of it.
@@ -37,7 +37,7 @@ class Exchange final : public Workers::Job {
     std::size_t received_ = 0;
     Reply ownReply_;
     Reply const* reply_ = nullptr;
-    bool isLast_ = false;
+    bool isLast_ = true;
 };
 
 #endif

@@ -17,7 +17,6 @@
 #include "ClientAddress.h"
 #include "Exchange.h"
 #include "Limits.h"
-#include "ListenSocket.h"
 
 namespace {
 
@@ -34,14 +33,6 @@ std::set<int> portsIn(std::string const& list) {
         }
     }
     return ports;
-}
-
-int socketOf(MHD_Connection* connection) {
-    return MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
-}
-
-sockaddr const& peerOf(MHD_Connection* connection) {
-    return *MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS)->client_addr;
 }
 
 // A part of a URL. What cannot be decoded, or would end the text, becomes what no URL may contain.
@@ -72,45 +63,20 @@ HttpServer::~HttpServer() {
 }
 
 bool HttpServer::start(bool onAllInterfaces) {
-    if (BEConfig::ENABLE_HTTPS != 0 && !readCertificate()) {
-        return false;
-    }
+    std::ifstream file(BEConfig::SSL_CERTIFICATION_FILE, std::ios::binary);
+    certificate_.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
     std::set<int> const four = portsIn(BEConfig::IPV4_ALLOW_PORTS);
     std::set<int> const six = portsIn(BEConfig::IPV6_ALLOW_PORTS);
     for (int const port : portsIn(BEConfig::WEBSERVER_PORTS)) {
-        if ((four.contains(port) && !listen(onAllInterfaces ? "0.0.0.0" : "127.0.0.1", port)) ||
-            (six.contains(port) && !listen(onAllInterfaces ? "::" : "::1", port))) {
+        if ((four.contains(port) && !serve(AF_INET, port, onAllInterfaces)) ||
+            (six.contains(port) && !serve(AF_INET6, port, onAllInterfaces))) {
             return false;
         }
     }
-    if (listeners_.empty()) {
+    if (daemons_.empty()) {
         std::fprintf(stderr, "no port to listen on: see webserver_ports and ipv4_allow_ports\n");
     }
-    return !listeners_.empty() &&
-           std::all_of(listeners_.begin(), listeners_.end(), [this](auto const& listener) {
-               return serve(listener.first, listener.second);
-           });
-}
-
-bool HttpServer::readCertificate() {
-    std::ifstream file(BEConfig::SSL_CERTIFICATION_FILE, std::ios::binary);
-    certificate_.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-    if (certificate_.empty()) {
-        std::fprintf(stderr, "cannot read %s\n", BEConfig::SSL_CERTIFICATION_FILE.c_str());
-    }
-    return !certificate_.empty();
-}
-
-bool HttpServer::listen(std::string const& host, int port) {
-    int const socket = listenOn(host, port);
-    if (socket < 0) {
-        std::fprintf(stderr, "cannot listen on port %d of %s\n", port, host.c_str());
-        return false;
-    }
-    std::string const shown = host.find(':') != std::string::npos ? "[" + host + "]" : host;
-    listeners_.emplace_back(socket, (certificate_.empty() ? "http://" : "https://") + shown + ":" +
-                                        std::to_string(port) + "/");
-    return true;
+    return !daemons_.empty();
 }
 
 MHD_Result HttpServer::answer(Exchange& exchange, char const* data, size_t* size) {
@@ -134,10 +100,13 @@ struct HttpServer::Callbacks {
                              MHD_ConnectionNotificationCode what) {
         ConnectionTable& table = static_cast<HttpServer*>(self)->connections_;
         if (what == MHD_CONNECTION_NOTIFY_STARTED) {
-            *place = table.open(socketOf(connection), networkOf(addressOf(peerOf(connection))));
-            limit(self, connection, HANDSHAKE_TIME);
-        } else if (*place != nullptr) {
-            table.close(*static_cast<Connection*>(*place));
+            int const socket =
+                MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
+            setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &SOCKET_BUFFER, sizeof(SOCKET_BUFFER));
+            setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &SOCKET_BUFFER, sizeof(SOCKET_BUFFER));
+            *place = table.open(socket, networkOf(peerOf(connection)));
+        } else {
+            table.close(static_cast<Connection*>(*place));
         }
     }
 
@@ -157,8 +126,9 @@ struct HttpServer::Callbacks {
             if (exchange != nullptr) {
                 return server.answer(*exchange, data, size);
             }
-            *context = exchange = new Exchange(connection, RequestHead(connection, method, path),
-                                               server.admission_, server.routes_);
+            Request request = {method, path, {}, textOf(peerOf(connection)), "", ""};
+            *context = exchange =
+                new Exchange(connection, std::move(request), server.admission_, server.routes_);
             return exchange->isLast() ? exchange->send() : MHD_YES;
         } catch (...) {
             return MHD_NO;
@@ -173,27 +143,39 @@ struct HttpServer::Callbacks {
     }
 
   private:
+    static in6_addr peerOf(MHD_Connection* connection) {
+        return addressOf(
+            *MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS)->client_addr);
+    }
+
     static void limit(void* self, MHD_Connection* connection, std::chrono::seconds time) {
-        auto* const place = static_cast<Connection*>(
-            MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)
-                ->socket_context);
-        if (place != nullptr) {
-            static_cast<HttpServer*>(self)->connections_.limit(*place, time);
-        } else {
-            shutdown(socketOf(connection), SHUT_RDWR);  // there is no room for it yet
-        }
+        void* const place =
+            MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context;
+        static_cast<HttpServer*>(self)->connections_.limit(static_cast<Connection*>(place), time);
     }
 };
 
 // libmicrohttpd's own limits are off: of time, as it means silence, and of clients, as it counts whole
 // addresses on one port.
-bool HttpServer::serve(int socket, std::string const& url) {
-    bool const isPlain = certificate_.empty();
-    unsigned int const tls = isPlain ? 0 : MHD_USE_TLS;
+bool HttpServer::serve(int family, int port, bool onAllInterfaces) {
+    bool const isSix = family == AF_INET6;
+    bool const isPlain = BEConfig::ENABLE_HTTPS == 0;
+    sockaddr_in const four = {AF_INET,
+                              htons(static_cast<in_port_t>(port)),
+                              {htonl(onAllInterfaces ? INADDR_ANY : INADDR_LOOPBACK)},
+                              {}};
+    sockaddr_in6 const six = {AF_INET6, four.sin_port, 0,
+                              onAllInterfaces ? in6addr_any : in6addr_loopback, 0};
+    auto const* const address =
+        isSix ? reinterpret_cast<sockaddr const*>(&six) : reinterpret_cast<sockaddr const*>(&four);
+    std::string const host =
+        isSix ? "[" + textOf(addressOf(*address)) + "]" : textOf(addressOf(*address));
+    unsigned int const flags =
+        (isPlain ? MHD_NO_FLAG : MHD_USE_TLS) | (isSix ? MHD_USE_IPv6 : MHD_NO_FLAG);
     MHD_Daemon* const daemon = MHD_start_daemon(
-        MHD_USE_POLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME | tls, 0,            //
+        MHD_USE_POLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME | flags, 0,          //
         Callbacks::isLetIn, this, Callbacks::onRequest, this,                        //
-        MHD_OPTION_LISTEN_SOCKET, socket,                                            //
+        MHD_OPTION_SOCK_ADDR, address,                                               //
         MHD_OPTION_CONNECTION_LIMIT, unsigned(MAX_CONNECTIONS + SPARE_CONNECTIONS),  //
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, MAX_HEAD,                                //
         MHD_OPTION_STRICT_FOR_CLIENT, 1,                                             //
@@ -206,11 +188,11 @@ bool HttpServer::serve(int socket, std::string const& url) {
         MHD_OPTION_HTTPS_PRIORITIES, "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2",   //
         MHD_OPTION_END);
     if (daemon == nullptr) {
-        std::fprintf(stderr, "cannot serve %s%s\n", url.c_str(),
-                     isPlain ? "" : ": no usable certificate and key in ssl_certification_file");
+        std::fprintf(stderr, "cannot listen on port %d of %s%s\n", port, host.c_str(),
+                     isPlain ? "" : ", or no usable certificate and key in ssl_certification_file");
         return false;
     }
     daemons_.push_back(daemon);
-    std::printf("listening on %s\n", url.c_str());
+    std::printf("listening on %s://%s:%d/\n", isPlain ? "http" : "https", host.c_str(), port);
     return true;
 }

@@ -6,7 +6,6 @@
 #include <microhttpd.h>
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Admission.h"
@@ -34,15 +33,12 @@ class HttpServer {
   private:
     struct Callbacks;  // of libmicrohttpd
 
-    bool readCertificate();
-    bool listen(std::string const& host, int port);
-    bool serve(int socket, std::string const& url);
+    bool serve(int family, int port, bool onAllInterfaces);
     MHD_Result answer(Exchange& exchange, char const* data, size_t* size);
 
     Routes& routes_;
     Admission const admission_;
-    std::string certificate_;                             // with its key; empty without HTTPS
-    std::vector<std::pair<int, std::string>> listeners_;  // sockets, with their URLs
+    std::string certificate_;  // with its key
     ConnectionTable connections_;
     Workers workers_;
     std::vector<MHD_Daemon*> daemons_;

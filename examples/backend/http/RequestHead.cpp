@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "ClientAddress.h"
 #include "Limits.h"
 
 namespace {
@@ -61,8 +60,8 @@ bool keep(std::map<std::string, std::string>& headers, std::string const& name,
     return isNew;
 }
 
-// Keeps the headers that are heeded. The fault among them, or null.
-char const* readHeaders(Fields const& fields, Request& request) {
+// Keeps the headers that are heeded.
+void readHeaders(Fields const& fields, Request& request) {
     for (auto const& [field, value] : fields) {
         std::string const name = lowerCase(field);
         bool const isHeeded = std::count(std::begin(HEEDED), std::end(HEEDED), name) > 0;
@@ -70,31 +69,26 @@ char const* readHeaders(Fields const& fields, Request& request) {
         bool const isFolded = !isHeeded && (name.starts_with("content-length") ||
                                             name.starts_with("transfer-encoding"));
         if (!isToken(field) || isFolded || value.find('\r') != std::string_view::npos) {
-            return "malformed header";
+            throw refuse(400, "malformed header");
         }
         if (isHeeded && !keep(request.headers, name, value)) {
-            return "a header is there twice";
+            throw refuse(400, "a header is there twice");
         }
     }
-    return nullptr;
 }
 
-// The fault of what says how long the body is, or null.
-char const* readLength(RequestHead& head) {
-    auto const& headers = head.request.headers;
-    bool const isChunked = headers.contains("transfer-encoding");
-    bool const isCounted = headers.contains("content-length");
-    if (isChunked &&
-        (isCounted || lowerCase(head.request.header("transfer-encoding")) != "chunked")) {
-        return "unclear length: only Content-Length, or Transfer-Encoding: chunked";
+std::optional<std::uint64_t> lengthOf(Request const& request) {
+    std::string const text = request.header("content-length");
+    std::string const encoding = lowerCase(request.header("transfer-encoding"));
+    if (!encoding.empty() && (!text.empty() || encoding != "chunked")) {
+        throw refuse(400, "unclear length: only Content-Length, or Transfer-Encoding: chunked");
     }
-    std::string const text = head.request.header("content-length");
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), head.length);
-    if (isCounted && (error != std::errc() || *end != '\0')) {
-        return "Content-Length is no number";
+    std::uint64_t length = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
+    if (!text.empty() && (error != std::errc() || *end != '\0')) {
+        throw refuse(400, "Content-Length is no number");
     }
-    head.hasBody = isChunked || head.length > 0;
-    return nullptr;
+    return encoding.empty() ? std::optional(length) : std::nullopt;
 }
 
 // Of the session: for programs as "Authorization: Bearer <token>", for pages as a cookie.
@@ -110,20 +104,16 @@ std::string tokenOf(MHD_Connection* connection, Request const& request) {
 
 }  // namespace
 
-RequestHead::RequestHead(MHD_Connection* connection, std::string method, std::string path) {
-    request.method = method == "HEAD" ? "GET" : std::move(method);  // the body is left out later
-    request.path = std::move(path);
+std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& request) {
     Fields const headers = fieldsOf(connection, MHD_HEADER_KIND);
     Fields const parameters = fieldsOf(connection, MHD_GET_ARGUMENT_KIND);
-    fault = std::max(headers.size(), parameters.size()) > MAX_HEADERS
-                ? "too many headers or parameters"
-                : readHeaders(headers, request);
-    if (fault == nullptr) {
-        fault = readLength(*this);
+    if (std::max(headers.size(), parameters.size()) > MAX_HEADERS) {
+        throw refuse(400, "too many headers or parameters");
     }
+    request.method =
+        request.method == "HEAD" ? "GET" : request.method;  // the body is left out later
     request.parameters.insert(parameters.begin(), parameters.end());
+    readHeaders(headers, request);
     request.token = tokenOf(connection, request);
-    auto const* const peer =
-        MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS);
-    request.address = textOf(addressOf(*peer->client_addr));
+    return lengthOf(request);
 }

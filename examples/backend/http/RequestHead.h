@@ -5,21 +5,13 @@
 #include <microhttpd.h>
 
 #include <cstdint>
-#include <string>
+#include <optional>
 
 #include "Routes.h"
 
-struct RequestHead {
-    // Of a connection whose headers have arrived. Throws std::bad_alloc.
-    RequestHead(MHD_Connection* connection, std::string method, std::string path);
-
-    Request request;  // without body
-    bool hasBody = false;
-    std::uint64_t length = 0;  // of the body; 0 also when that is not known before its end
-
-    // Why it is unclear where the request ends, or what it means; null when all is well. What follows
-    // on this connection then must not be taken for a request.
-    char const* fault;
-};
+// Completes a request, except its body, whose length it returns; nothing when only its end will tell. The headers
+// have arrived. Throws a refusal where it is unclear where the request ends, or what it means: what follows on
+// this connection must not be taken for a request then.
+std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& request);
 
 #endif

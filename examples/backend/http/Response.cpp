@@ -4,9 +4,6 @@
 #include <BEConfig.h>
 
 #include <algorithm>
-#include <cctype>
-#include <cstdio>
-#include <cstring>
 #include <memory>
 
 namespace {
@@ -27,20 +24,6 @@ Headers const CROSS_DOMAIN = {
     {"Access-Control-Expose-Headers", "ETag, Location, Retry-After"},
 };
 
-// What a URL has no other use for stands for itself.
-std::string encode(std::string const& path) {
-    std::string encoded;
-    for (char const c : path) {
-        char code[4] = {c, '\0'};
-        auto const byte = static_cast<unsigned char>(c);
-        if (std::isalnum(byte) == 0 && std::strchr("/-._~", c) == nullptr) {
-            std::snprintf(code, sizeof(code), "%%%02X", byte);
-        }
-        encoded += code;
-    }
-    return encoded;
-}
-
 Headers headersOf(Reply const& reply, bool closes) {
     Headers headers = ALWAYS;
     if (BEConfig::ENABLE_CROSS_DOMAIN != 0) {
@@ -53,12 +36,6 @@ Headers headersOf(Reply const& reply, bool closes) {
     }
     if (!reply.body.empty()) {
         headers.emplace_back("Content-Type", reply.type);
-    }
-    if (reply.retryAfter != 0) {
-        headers.emplace_back("Retry-After", std::to_string(reply.retryAfter));
-    }
-    if (!reply.location.empty()) {
-        headers.emplace_back("Location", encode(reply.location));
     }
     if (reply.status == 401) {
         headers.emplace_back("WWW-Authenticate", "Bearer");

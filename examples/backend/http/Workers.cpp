@@ -25,10 +25,7 @@ void Workers::stop() {
         isStopping_ = true;
     }
     changed_.notify_all();
-    for (std::thread& thread : threads_) {
-        thread.join();
-    }
-    threads_.clear();
+    threads_.clear();  // joins them
 }
 
 void Workers::serve() {

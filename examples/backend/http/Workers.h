@@ -32,7 +32,7 @@ class Workers {
     bool isStopping_ = false;
     Job* first_ = nullptr;
     Job* last_ = nullptr;
-    std::vector<std::thread> threads_;
+    std::vector<std::jthread> threads_;
 };
 
 #endif
