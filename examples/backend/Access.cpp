@@ -29,17 +29,12 @@ void removeSecrets(Place const& place, TreeMapObject& copy) {
 
 void requireVisible(Place const& place) {
     for (std::string rest = place.path; !rest.empty(); rest = JsonData::parentPath(rest)) {
-        if (isSecret(place, JsonData::lastStep(rest))) {
-            throw refuse(403, "not shown to anyone");
-        }
+        require(!isSecret(place, JsonData::lastStep(rest)), 403, "not shown to anyone");
     }
 }
 
 void requireWritable(Place const& place) {
-    if (!place.session.isAdministrator()) {
-        throw refuse(403, "only an administrator may change this");
-    }
-    if (place.type == API_GATEWAY && (place.path + ".").starts_with("users.")) {
-        throw refuse(403, "users cannot be changed here");
-    }
+    require(place.session.isAdministrator(), 403, "only an administrator may change this");
+    require(place.type != API_GATEWAY || !(place.path + ".").starts_with("users."), 403,
+            "users cannot be changed here");
 }

@@ -20,14 +20,14 @@ Attempts::Attempts() : counts_(BELoginRecord::isRunning) { BELoginRecord::setMax
 unsigned int Attempts::lockMinutes(std::string const& client) const {
     LoginAttemptInfo const recorded = BELoginRecord::getAttempt(client.c_str());
     int attempts = recorded.attempts > 1 ? recorded.attempts : 0;  // 1 may mean none
-    Clock::time_point last = Clock::time_point::min();
-    for (Unwritten const& one : unwritten_) {
-        if (one.client == client) {
-            attempts += one.attempts;
-            last = std::max(last, one.last);
+    Clock::time_point last;
+    for (auto const& [key, unwritten] : unwritten_) {
+        if (key.first == client) {
+            attempts += unwritten.attempts;
+            last = std::max(last, unwritten.last);
         }
     }
-    if (last == Clock::time_point::min()) {
+    if (last == Clock::time_point()) {
         return recorded.lockMinutes;
     }
     auto const end = last + std::chrono::minutes(lockedMinutes(attempts));
@@ -41,24 +41,18 @@ void Attempts::count(std::string const& client, std::string const& user) {
     }
     Logger::print(LOG_TYPE_ERROR, LOG_GROUP_APIV1_GATEWAY,
                   "a login attempt cannot be recorded, and is counted in memory\n");
-    auto entry = std::find_if(unwritten_.begin(), unwritten_.end(), [&](Unwritten const& one) {
-        return one.client == client && one.user == user;
-    });
-    if (entry == unwritten_.end()) {
-        if (unwritten_.size() >= MAX_UNWRITTEN) {
-            unwritten_.erase(std::min_element(unwritten_.begin(), unwritten_.end(),
-                                              [](Unwritten const& one, Unwritten const& other) {
-                                                  return one.last < other.last;
-                                              }));
-        }
-        entry = unwritten_.insert(unwritten_.end(), {client, user, 0, {}});
+    Unwritten& unwritten = unwritten_[{client, user}];
+    ++unwritten.attempts;
+    unwritten.last = Clock::now();
+    if (unwritten_.size() > MAX_UNWRITTEN) {
+        unwritten_.erase(std::min_element(unwritten_.begin(), unwritten_.end(),
+                                          [](auto const& one, auto const& other) {
+                                              return one.second.last < other.second.last;
+                                          }));
     }
-    ++entry->attempts;
-    entry->last = Clock::now();
 }
 
 void Attempts::forgive(std::string const& client, std::string const& user) {
     BELoginRecord::eraseAttemptAt(client.c_str(), user.c_str());
-    std::erase_if(unwritten_,
-                  [&](Unwritten const& one) { return one.client == client && one.user == user; });
+    unwritten_.erase({client, user});
 }

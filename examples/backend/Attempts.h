@@ -4,8 +4,9 @@
 #define BACKEND_ATTEMPTS_H
 
 #include <chrono>
+#include <map>
 #include <string>
-#include <vector>
+#include <utility>
 
 // Not safe from several threads.
 class Attempts {
@@ -22,14 +23,12 @@ class Attempts {
   private:
     typedef std::chrono::steady_clock Clock;
     struct Unwritten {
-        std::string client;
-        std::string user;
-        int attempts;
+        int attempts = 0;
         Clock::time_point last;
     };
 
-    bool const counts_;                 // brute-force prevention is on
-    std::vector<Unwritten> unwritten_;  // at most MAX_UNWRITTEN; then the oldest goes
+    bool const counts_;  // brute-force prevention is on
+    std::map<std::pair<std::string, std::string>, Unwritten> unwritten_;  // by client and user
 };
 
 #endif

@@ -4,11 +4,11 @@
 #include <JsonData.h>
 #include <Logger.h>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 
 #include "Limits.h"
@@ -28,27 +28,10 @@ std::string now() {
     return text;
 }
 
-// All of the text, or nothing of it.
 bool append(std::string const& text) {
     int const file = open(FILE_NAME, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    if (file < 0) {
-        return false;
-    }
-    struct stat before = {};
-    bool isWritten = fstat(file, &before) == 0 &&
-                     write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    if (!isWritten && ftruncate(file, before.st_size) != 0) {
-        Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "a part of a line stays in the audit\n");
-    }
+    bool const isWritten = write(file, text.data(), text.size()) == ssize_t(text.size());
     return close(file) == 0 && isWritten;
-}
-
-void makeRoomFor(std::string const& text) {
-    struct stat file = {};
-    if (stat(FILE_NAME, &file) == 0 &&
-        static_cast<std::size_t>(file.st_size) + text.size() > MAX_AUDIT_FILE) {
-        std::rename(FILE_NAME, OLD_FILE_NAME);
-    }
 }
 
 // Lines that are not whole are left out.
@@ -70,14 +53,17 @@ void Audit::record(std::string const& user, std::string const& address, std::str
     entry.set("address", address.c_str());
     entry.set("what", what.c_str());
     entry.set("path", path.c_str());
-    std::string line = replyWith(entry).body;
-    std::erase(line, '\n');
-    line += '\n';
+    std::string text = replyWith(entry).body;
+    std::erase(text, '\n');
+    text.insert(0, "\n");  // a line of which a full disk took only a part spoils no other one
     std::lock_guard<std::mutex> const guard(mutex_);
-    makeRoomFor(line);
-    if (!append(line)) {
-        Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "cannot be written to the audit: %s",
-                      line.c_str());
+    std::error_code none;
+    if (std::filesystem::file_size(FILE_NAME, none) + text.size() > MAX_AUDIT_FILE && !none) {
+        std::rename(FILE_NAME, OLD_FILE_NAME);
+    }
+    if (!append(text)) {
+        Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "cannot be written to the audit: %s\n",
+                      text.c_str() + 1);
     }
 }
 

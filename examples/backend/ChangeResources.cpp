@@ -5,7 +5,6 @@
 #include <cctype>
 #include <cstdio>
 #include <cstring>
-#include <optional>
 #include <set>
 
 #include "Access.h"
@@ -50,9 +49,8 @@ void settleId(TreeMapObject& element, TreeMapObject& array) {
         ids.insert(id);
     }
     bool const isGiven = element.get_ex("id", id);
-    if (!ids.empty() && (isGiven ? ids.contains(id) : *ids.rbegin() >= MAX_ID)) {
-        throw refuse(409, "this id is taken, or none is left");
-    }
+    require(isGiven ? !ids.contains(id) : ids.empty() || *ids.rbegin() < MAX_ID, 409,
+            "this id is taken, or none is left");
     if (!ids.empty() && !isGiven) {
         element.set("id", *ids.rbegin() + 1);
     }
@@ -67,9 +65,7 @@ void requireVacant(Place const& place, TreeMapObject& document, Missing missing)
         missing == IS_MADE && !JsonData::lastStep(place.path).starts_with('[') &&
         document.presence(place.path.c_str()) == TreeMapObject::VACANT &&
         document.presence(JsonData::parentPath(place.path).c_str()) == TreeMapObject::PRESENT;
-    if (!canBeMade) {
-        throw refuse(404, "nothing at this path");
-    }
+    require(canBeMade, 404, "nothing at this path");
 }
 
 // A version that may be changed. The session sees a refused one from now on: a request that is refused because
@@ -89,9 +85,8 @@ void requireVersion(Place const& place, std::uint64_t version, bool isThere) {
 // Changes the document at a place that may be changed, and answers with what was done.
 Reply writing(Place const& place, Missing missing,
               std::function<Reply(TreeMapObject& document)> const& change) {
-    if (hasIndex(place.path) && !place.conditions.namesVersion()) {
-        throw refuse(428, "an index needs If-Match: it means another element in another version");
-    }
+    require(!hasIndex(place.path) || place.conditions.namesVersion(), 428,
+            "an index needs If-Match: it means another element in another version");
     Reply reply;
     std::uint64_t const version = changeDatabase(
         place.type, place.session, [&](TreeMapObject& document, std::uint64_t current) {
@@ -134,9 +129,8 @@ Reply show(Place const& place, TreeMapObject& document) {
 }
 
 Reply merge(Place const& place, TreeMapObject& document, TreeMapObject& patch) {
-    if (document.merge(place.path.c_str(), &patch) != 0) {
-        throw refuse(400, "the value cannot be merged in here");
-    }
+    require(document.merge(place.path.c_str(), &patch) == 0, 400,
+            "the value cannot be merged in here");
     return show(place, document);
 }
 
@@ -148,14 +142,10 @@ Reply append(Place const& place, TreeMapObject& document, TreeMapObject& element
     }
     int maximum = MAX_ARRAY_LENGTH;
     document.get_ex(join(JsonData::parentPath(place.path), "maxRules").c_str(), maximum);
-    if (length >= std::min(maximum, MAX_ARRAY_LENGTH)) {
-        throw refuse(409, "the array is full");
-    }
+    require(length < std::min(maximum, MAX_ARRAY_LENGTH), 409, "the array is full");
     settleId(element, *array);
     int const index = array->addArrayItem(&element);
-    if (index < 0) {
-        throw refuse(400, "null cannot be appended");
-    }
+    require(index >= 0, 400, "null cannot be appended");
     std::string const path = join(place.path, "[" + std::to_string(index) + "]");
     Reply reply = replyWith(element, 201);
     reply.headers.emplace_back(
@@ -180,9 +170,8 @@ Reply changeResource(Place const& place, std::string const& body) {
 
 Reply mergeResource(Place const& place, std::string const& body) {
     Node const patch = bodyFor(place, "PATCH", body);
-    if (place.path.empty() && !isObject(*patch)) {
-        throw refuse(400, "only an object can be merged into a whole database");
-    }
+    require(!place.path.empty() || isObject(*patch), 400,
+            "only an object can be merged into a whole database");
     if (patch->presence("users") == TreeMapObject::PRESENT) {
         requireWritable({place.type, join(place.path, "users"), place.session, {}});
     }

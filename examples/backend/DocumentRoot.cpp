@@ -1,7 +1,10 @@
 // Finds regular files below the document root.
 #include "DocumentRoot.h"
 
+#include <BEConfig.h>
+
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -26,29 +29,20 @@ char const* contentType(fs::path const& file) {
     return "application/octet-stream";
 }
 
-fs::path canonicalOrEmpty(std::string const& folder) {
-    std::error_code missing;
-    return fs::canonical(folder, missing);
-}
-
 bool isHidden(fs::path const& part) { return part.native().front() == '.'; }
 
 }  // namespace
 
-DocumentRoot::DocumentRoot(std::string const& folder) : root_(canonicalOrEmpty(folder)) {}
-
-Reply DocumentRoot::get(std::string const& urlPath) const {
-    std::string const relative = urlPath == "/" ? "index.html" : urlPath.substr(1);
-    if (root_.empty() || relative.empty() || relative.find('\0') != std::string::npos) {
-        return refuse(404, "no such page");
-    }
+Reply readPage(std::string const& urlPath) {
     std::error_code error;
-    fs::path const file = fs::canonical(root_ / relative, error);
-    auto const [rootEnd, rest] =
-        std::mismatch(root_.begin(), root_.end(), file.begin(), file.end());
-    if (error || rootEnd != root_.end() || std::any_of(rest, file.end(), isHidden) ||
+    fs::path const root = fs::canonical(BEConfig::WEBSERVER_DOCROOT, error);
+    fs::path const file =
+        error ? ""
+              : fs::canonical(root / (urlPath == "/" ? "index.html" : urlPath.substr(1)), error);
+    auto const [rootEnd, rest] = std::mismatch(root.begin(), root.end(), file.begin(), file.end());
+    if (error || rootEnd != root.end() || std::any_of(rest, file.end(), isHidden) ||
         !fs::is_regular_file(file, error) || fs::file_size(file, error) > MAX_FILE) {
-        return refuse(404, "no such page");
+        throw refuse(404, "no such page");
     }
     std::ifstream content(file, std::ios::binary);
     Reply reply;

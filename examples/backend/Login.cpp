@@ -50,12 +50,8 @@ struct Login::User {
 Login::User Login::findUser(std::string const& name) {
     LocalDbSnapshot const gateway(API_GATEWAY);
     int const count = gateway.len("users");
-    if (gateway.status() == LocalDbSnapshot::NO_MEMORY) {
-        throw refuse(503, "out of memory", 1);
-    }
-    if (count < 0) {
-        throw refuse(500, "the users cannot be read, or are not an array");
-    }
+    require(gateway.status() != LocalDbSnapshot::NO_MEMORY, 503, "out of memory", 1);
+    require(count >= 0, 500, "the users cannot be read, or are not an array");
     User user;
     for (int i = 0; i < count; ++i) {
         std::string const entry = "users.[" + std::to_string(i) + "].";
@@ -82,9 +78,7 @@ Reply Login::attempt(std::string const& address, std::string const& body) {
     User const user = verify(address, name, textIn(*request, "password"),
                              refuse(401, "wrong user name or password"));
     std::string const token = sessions_.open(name, user.role, user.mustChangePassword);
-    if (token.empty()) {
-        throw refuse(503, "too many sessions", 60);
-    }
+    require(!token.empty(), 503, "too many sessions", 60);
     audit_.record(name, address, "login", "");
     return welcome(token, user.role, user.mustChangePassword);
 }
@@ -100,14 +94,11 @@ Reply Login::changePassword(Session const& session, std::string const& address,
     }
     User const user = verify(address, session.user, old, refuse(403, "wrong password"));
     std::string const hash = hashOf(fresh);
-    if (hash.empty()) {
-        throw refuse(503, "the password cannot be hashed", 1);
-    }
+    require(!hash.empty(), 503, "the password cannot be hashed", 1);
     changeDatabase(API_GATEWAY, session, [&](TreeMapObject& gateway, std::uint64_t) {
         char const* name = nullptr;
-        if (!gateway.get_ex((user.path + "name").c_str(), name) || name != session.user) {
-            throw refuse(503, "the users have changed meanwhile", 1);
-        }
+        require(gateway.get_ex((user.path + "name").c_str(), name) && name == session.user, 503,
+                "the users have changed meanwhile", 1);
         gateway.set((user.path + "password").c_str(), hash.c_str());
         gateway.remove((user.path + "mustChangePassword").c_str());
     });
@@ -117,13 +108,27 @@ Reply Login::changePassword(Session const& session, std::string const& address,
     return Reply{.status = 204};
 }
 
+// One line of audit for each lock-out of a client, however often it tries.
+void Login::requireUnlocked(std::string const& client) {
+    unsigned int const minutes = attempts_.lockMinutes(client);
+    if (minutes == 0) {
+        lockedOut_.erase(client);
+        return;
+    }
+    if (lockedOut_.insert(client).second) {
+        audit_.record("", client, "locked out", "");
+    }
+    if (lockedOut_.size() > MAX_CLIENTS) {
+        lockedOut_.clear();
+    }
+    throw refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);
+}
+
 Login::User Login::verify(std::string const& address, std::string const& name,
                           std::string const& password, Reply const& refusal) {
     std::string const client = networkOf(address);
     std::lock_guard<std::mutex> const guard(oneAtATime_);
-    if (unsigned int const minutes = attempts_.lockMinutes(client)) {
-        throw refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);
-    }
+    requireUnlocked(client);
     User user = findUser(name);
     std::string const known = user.isKnown ? name : "";  // what is not a name may be a password
     attempts_.count(client, known);

@@ -9,8 +9,6 @@
 #include <Logger.h>
 
 #include <algorithm>
-#include <cstring>
-#include <iterator>
 #include <sstream>
 
 namespace {
@@ -60,23 +58,19 @@ std::string pathOf(std::string const& pointer) {
     return path;
 }
 
-// The description of the refused value in the schema: it is for people what a pattern is for
-// programs. Null if there is none.
-char const* descriptionIn(TreeMapObject* schema, CompiledSchema::Fault const& fault) {
-    std::string const place = JsonData::parentPath(pathOf(fault.schemaPath));
-    std::string const path = place + (place.empty() ? "" : ".") + "description";
-    char const* text = nullptr;
-    return schema != nullptr && schema->get_ex(path.c_str(), text) ? text : nullptr;
-}
-
+// The hint is the description of the refused value in the schema: it is for people what a pattern is for
+// programs.
 Reply refuseFault(int status, CompiledSchema::Fault const& fault, char const* schemaFile,
                   char const* where) {
+    std::string const place = JsonData::parentPath(pathOf(fault.schemaPath));
+    Node const schema(JsonData::createObjectFromFile(schemaFile));
+    char const* hint = nullptr;
+    if (schema != nullptr) {
+        schema->get_ex((place + (place.empty() ? "" : ".") + "description").c_str(), hint);
+    }
     TreeMapObject reason(false);
     reason.set("error", fault.message);
-    Node const schema(JsonData::createObjectFromFile(schemaFile));
-    if (char const* const hint = descriptionIn(schema.get(), fault)) {
-        reason.set("hint", hint);
-    }
+    reason.set("hint", hint);  // nothing if there is none
     reason.set("path", fault.path);
     reason.set("keyword", fault.keyword);
     reason.set("in", where);
@@ -89,13 +83,14 @@ bool isValid(unsigned int type, char const* label, TreeMapObject& value) {
 
 }  // namespace
 
-char const* messageOf(char const* method, unsigned int type, std::string const& path) {
-    auto const* const found =
-        std::find_if(std::begin(MESSAGES), std::end(MESSAGES), [&](Message const& message) {
-            return message.type == type && strcmp(message.method, method) == 0 &&
-                   placeOf(path) == message.place;
-        });
-    return found != std::end(MESSAGES) ? found->label : nullptr;
+char const* messageOf(std::string const& method, unsigned int type, std::string const& path) {
+    std::string const place = placeOf(path);
+    for (Message const& message : MESSAGES) {
+        if (message.type == type && place == message.place && method == message.method) {
+            return message.label;
+        }
+    }
+    return nullptr;
 }
 
 std::string schemaFileOf(unsigned int type) {

@@ -16,7 +16,7 @@
 
 // The message that changes exactly this place, or the one that it is read by, as a name of the label tables;
 // null when it is a plain value.
-char const* messageOf(char const* method, unsigned int type, std::string const& path);
+char const* messageOf(std::string const& method, unsigned int type, std::string const& path);
 
 // The file beside a database that says what its document may be.
 std::string schemaFileOf(unsigned int type);

@@ -69,9 +69,7 @@ class View {
 Reply reading(Place const& place, std::function<Reply(TreeMapObject&)> const& select) {
     View const view(place);
     std::string const tag = view.tag();
-    if (!place.conditions.isWanted(tag)) {
-        throw refuse(412, "there is another version of this");
-    }
+    require(place.conditions.isWanted(tag), 412, "there is another version of this");
     Reply reply = place.conditions.isKnown(tag) ? Reply{.status = 304} : select(*view.copy());
     reply.etag = tag;
     return reply;
@@ -103,9 +101,7 @@ Reply readResource(Place const& place) {
 
 Reply findResources(Place const& place, std::string const& key, std::string const& value) {
     requireVisible(place);
-    if (isSecret(place, key)) {
-        throw refuse(403, "not shown to anyone");
-    }
+    require(!isSecret(place, key), 403, "not shown to anyone");
     return reading(place, [&](TreeMapObject& node) {
         Node const paths(node.findPaths(key.c_str(), value.c_str()));
         if (paths == nullptr) {

@@ -26,6 +26,12 @@ Reply refuse(int status, std::string const& reason, unsigned int retryAfter) {
     return reply;
 }
 
+void require(bool condition, int status, char const* reason, unsigned int retryAfter) {
+    if (!condition) {
+        throw refuse(status, reason, retryAfter);
+    }
+}
+
 Reply refuseMethod(std::string const& allowed) {
     Reply reply = refuse(405, "method not allowed: use " + allowed);
     reply.headers.emplace_back("Allow", allowed);
@@ -35,9 +41,7 @@ Reply refuseMethod(std::string const& allowed) {
 Node parseBody(std::string const& body) {
     JsonFault fault = {};
     Node value(JsonData::parse(body.data(), body.size(), &fault));
-    if (value == nullptr && fault.line == 0) {
-        throw refuse(503, fault.reason, 1);
-    }
+    require(value != nullptr || fault.line != 0, 503, fault.reason, 1);
     if (value == nullptr) {
         throw refuse(400, "the body is not one JSON value: line " + std::to_string(fault.line) +
                               ", column " + std::to_string(fault.column) + ": " + fault.reason);

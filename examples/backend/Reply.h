@@ -26,6 +26,9 @@ Reply replyWith(TreeMapObject& value, int status = 200);
 // {"error": reason}. The client may come back after so many seconds, if that is not 0.
 Reply refuse(int status, std::string const& reason, unsigned int retryAfter = 0);
 
+// Throws that refusal unless the condition holds.
+void require(bool condition, int status, char const* reason, unsigned int retryAfter = 0);
+
 // 405: where other methods are allowed, which are separated by commas.
 Reply refuseMethod(std::string const& allowed);
 

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "DocumentRoot.h"
 #include "Limits.h"
 #include "Resources.h"
 
@@ -61,13 +62,10 @@ Place placeOf(Request const& request, Session const& session) {
     std::string const rest = request.path.substr(std::strlen(API));
     size_t const slash = std::min(rest.find('/'), rest.size());
     unsigned int const type = LocalDbCtrl::getApiType(rest.substr(0, slash).c_str());
-    if (type == API_TYPE_COUNT) {
-        throw refuse(404, "no such API type");
-    }
+    require(type != API_TYPE_COUNT, 404, "no such API type");
     std::string const path = rest.substr(std::min(slash + 1, rest.size()));
-    if (!JsonData::isPath(path.c_str())) {
-        throw refuse(400, "malformed path: names and indexes like [0], separated by dots");
-    }
+    require(JsonData::isPath(path.c_str()), 400,
+            "malformed path: names and indexes like [0], separated by dots");
     return {type, path, session, {request.header("if-match"), request.header("if-none-match")}};
 }
 
@@ -77,9 +75,8 @@ Reply readPlace(Request const& request, Place const& place) {
     if (key == request.parameters.end()) {
         return readResource(place);
     }
-    if (key->second.empty() || value == request.parameters.end()) {
-        throw refuse(400, "a search needs find=<key> and value=<value>");
-    }
+    require(!key->second.empty() && value != request.parameters.end(), 400,
+            "a search needs find=<key> and value=<value>");
     return findResources(place, key->second, value->second);
 }
 
@@ -149,9 +146,7 @@ Routes::Route const Routes::ROUTES[] = {
      [](Routes& routes, Request const&, Session const&) { return routes.audit_.read(); }},
     {"/log", "GET, HEAD", Route::ADMINISTRATOR, logTail},
     {"*", "GET, HEAD", Route::ANYONE,
-     [](Routes& routes, Request const& request, Session const&) {
-         return routes.documents_.get(request.path);
-     }},
+     [](Routes&, Request const& request, Session const&) { return readPage(request.path); }},
 };
 
 Routes::Route const& Routes::routeOf(std::string const& path) {
@@ -169,29 +164,21 @@ SessionRef Routes::sessionOf(Request const& request, Route const& route) {
     if (route.visitor == Route::ANYONE) {
         return anybody;
     }
-    SessionRef const session = sessions_.find(request.token);
-    if (session == nullptr && BEConfig::ENABLE_BYPASS_TOKEN == 0) {
-        throw refuse(401, "log in first");
-    }
-    if (session == nullptr) {
-        return anybody;
-    }
-    if (session->mustChangePassword && route.visitor > Route::USER_WITH_ANY_PASSWORD) {
-        throw refuse(403, "change the password first: PUT /api/me/password");
-    }
-    if (!session->isAdministrator() && route.visitor == Route::ADMINISTRATOR) {
-        throw refuse(403, "only an administrator may read this");
-    }
+    SessionRef const known = sessions_.find(request.token);
+    SessionRef const session =
+        known == nullptr && BEConfig::ENABLE_BYPASS_TOKEN != 0 ? anybody : known;
+    require(session != nullptr, 401, "log in first");
+    require(!session->mustChangePassword || route.visitor <= Route::USER_WITH_ANY_PASSWORD, 403,
+            "change the password first: PUT /api/me/password");
+    require(session->isAdministrator() || route.visitor != Route::ADMINISTRATOR, 403,
+            "only an administrator may read this");
     return session;
 }
 
 Reply Routes::answer(Request const& request) {
     try {
-        if (!isPlain(request)) {
-            throw refuse(
-                400,
+        require(isPlain(request), 400,
                 "malformed path: it must begin with a slash and contain no control characters");
-        }
         Route const& route = routeOf(request.path);
         SessionRef const session = sessionOf(request, route);
         return route.answer(*this, request, *session);

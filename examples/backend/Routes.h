@@ -2,12 +2,9 @@
 #ifndef BACKEND_ROUTES_H
 #define BACKEND_ROUTES_H
 
-#include <BEConfig.h>
-
 #include <map>
 #include <string>
 
-#include "DocumentRoot.h"
 #include "Login.h"
 #include "Reply.h"
 #include "Sessions.h"
@@ -46,7 +43,6 @@ class Routes {
     Sessions sessions_;
     Audit audit_;
     Login login_{sessions_, audit_};
-    DocumentRoot const documents_{BEConfig::WEBSERVER_DOCROOT};
 };
 
 #endif

@@ -5,7 +5,7 @@
 #include <LocalDbCtrl.h>
 
 #include <algorithm>
-#include <utility>
+#include <condition_variable>
 #include <vector>
 
 #include "Limits.h"
@@ -33,19 +33,10 @@ std::pair<std::string, std::string> sessionCookie(std::string const& token) {
                               (BEConfig::ENABLE_HTTPS != 0 ? "; Secure" : "")};
 }
 
-Sessions::Sessions() : cleaner_([this] { cleanUpRegularly(); }) {}
+Sessions::Sessions() : cleaner_([this](std::stop_token const& stop) { cleanUpRegularly(stop); }) {}
 
-Sessions::~Sessions() {
-    {
-        std::lock_guard<std::mutex> const guard(mutex_);
-        stopping_ = true;
-    }
-    stop_.notify_all();
-    cleaner_.join();
-}
-
-bool Sessions::isExpired(Entry const& entry) const {
-    return Clock::now() - entry.lastUse > std::chrono::seconds(BEConfig::AUTH_EXPIRATION);
+bool Sessions::Entry::isExpired() const {
+    return Clock::now() - lastUse > std::chrono::seconds(BEConfig::AUTH_EXPIRATION);
 }
 
 // Controllers are removed after the lock is given up: that may wait for a save.
@@ -53,23 +44,20 @@ template <typename Condition>
 void Sessions::endThose(Condition const& condition) {
     std::vector<SessionRef> ended;
     std::lock_guard<std::mutex> const guard(mutex_);
-    for (auto entry = entries_.begin(); entry != entries_.end();) {
-        if (condition(entry->second)) {
-            ended.push_back(std::move(entry->second.session));
-            entry = entries_.erase(entry);
-        } else {
-            ++entry;
-        }
-    }
+    std::erase_if(entries_, [&](auto const& entry) {
+        bool const ends = condition(entry);
+        ended.push_back(ends ? entry.second.session : nullptr);
+        return ends;
+    });
 }
 
-void Sessions::cleanUpRegularly() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    while (!stop_.wait_for(lock, std::chrono::seconds(std::max(1, BEConfig::AUTH_CLEANUP)),
-                           [this] { return stopping_; })) {
-        lock.unlock();
-        endThose([this](Entry const& entry) { return isExpired(entry); });
-        lock.lock();
+void Sessions::cleanUpRegularly(std::stop_token const& stop) {
+    std::mutex own;
+    std::unique_lock<std::mutex> lock(own);
+    std::condition_variable_any stopped;
+    auto const interval = std::chrono::seconds(std::max(1, BEConfig::AUTH_CLEANUP));
+    while (!stopped.wait_for(lock, stop, interval, [&] { return stop.stop_requested(); })) {
+        endThose([](auto const& entry) { return entry.second.isExpired(); });
     }
 }
 
@@ -80,8 +68,8 @@ std::string Sessions::open(std::string const& user, std::string const& role,
         return token;
     }
     bool const oneOnly = BEConfig::DUPLICATE_LOGIN_ENABLE != "1";
-    endThose([&](Entry const& entry) {
-        return isExpired(entry) || (oneOnly && entry.session->user == user);
+    endThose([&](auto const& entry) {
+        return entry.second.isExpired() || (oneOnly && entry.second.session->user == user);
     });
     std::string const id = keyedHash(BEConfig::AUTH_SECRET_STR, token);
     auto const session = std::make_shared<Session const>(
@@ -102,7 +90,7 @@ SessionRef Sessions::find(std::string const& token) {
     std::string const id = keyedHash(BEConfig::AUTH_SECRET_STR, token);
     std::lock_guard<std::mutex> const guard(mutex_);
     auto const entry = entries_.find(id);
-    if (entry == entries_.end() || isExpired(entry->second)) {
+    if (entry == entries_.end() || entry->second.isExpired()) {
         return nullptr;
     }
     entry->second.lastUse = Clock::now();
@@ -110,17 +98,12 @@ SessionRef Sessions::find(std::string const& token) {
 }
 
 void Sessions::close(std::string const& token) {
-    SessionRef ended;
     std::string const id = keyedHash(BEConfig::AUTH_SECRET_STR, token);
-    std::lock_guard<std::mutex> const guard(mutex_);
-    if (auto const entry = entries_.find(id); entry != entries_.end()) {
-        ended = std::move(entry->second.session);
-        entries_.erase(entry);
-    }
+    endThose([&](auto const& entry) { return entry.first == id; });
 }
 
 void Sessions::closeOthers(Session const& session) {
-    endThose([&](Entry const& entry) {
-        return entry.session->user == session.user && entry.session.get() != &session;
+    endThose([&](auto const& entry) {
+        return entry.second.session->user == session.user && entry.second.session.get() != &session;
     });
 }

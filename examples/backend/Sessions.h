@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -49,7 +48,6 @@ std::pair<std::string, std::string> sessionCookie(std::string const& token);
 class Sessions {
   public:
     Sessions();
-    ~Sessions();
 
     // The token of a new session; empty when there are too many, or no random numbers. Earlier
     // sessions of the user end, unless BEConfig::DUPLICATE_LOGIN_ENABLE is "1".
@@ -64,18 +62,17 @@ class Sessions {
     struct Entry {
         SessionRef session;
         Clock::time_point lastUse;
+
+        bool isExpired() const;
     };
 
-    bool isExpired(Entry const& entry) const;
     template <typename Condition>
     void endThose(Condition const& condition);
-    void cleanUpRegularly();
+    void cleanUpRegularly(std::stop_token const& stop);
 
     std::map<std::string, Entry> entries_;  // by the keyed hash of the token
     std::mutex mutex_;
-    bool stopping_ = false;
-    std::condition_variable stop_;
-    std::thread cleaner_;
+    std::jthread cleaner_;
 };
 
 #endif

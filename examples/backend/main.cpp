@@ -14,9 +14,7 @@
 #include <TreeMapObject.h>
 #include <signal.h>
 
-#include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,26 +23,6 @@
 #include "http/HttpServer.h"
 
 namespace {
-
-struct Arguments {
-    bool onAllInterfaces = false;
-    std::vector<std::string> names;
-    char const* file = "backend.json";
-};
-
-Arguments argumentsIn(char** argument) {
-    Arguments arguments;
-    for (; *argument != nullptr; ++argument) {
-        if (std::strcmp(*argument, "--any") == 0) {
-            arguments.onAllInterfaces = true;
-        } else if (std::strcmp(*argument, "--name") == 0 && argument[1] != nullptr) {
-            arguments.names.emplace_back(*++argument);
-        } else {
-            arguments.file = *argument;
-        }
-    }
-    return arguments;
-}
 
 // Before there are threads, which inherit it: only sigwait gets these signals.
 sigset_t holdBackSignals() {
@@ -56,18 +34,22 @@ sigset_t holdBackSignals() {
     return signals;
 }
 
-// Why the configuration file cannot be used; null when it can. The library would fall back to its defaults:
-// other ports, no TLS, no lock-out.
-char const* faultOfConfiguration(char const* file) {
-    std::unique_ptr<TreeMapObject> const document(JsonData::createObjectFromFile(file));
+// Whether the configuration file can be used. The library would fall back to its defaults: other ports, no TLS,
+// no lock-out.
+bool isUsable(std::string const& file) {
+    std::unique_ptr<TreeMapObject> const document(JsonData::createObjectFromFile(file.c_str()));
+    char const* fault = nullptr;
     if (document == nullptr) {
-        return "there is no such file";
+        fault = "there is no such file";
+    } else if (document->jobj == nullptr) {
+        fault = "it cannot be read, or is not JSON";
+    } else if (document->presence("any") == TreeMapObject::IMPOSSIBLE) {
+        fault = "it is not a JSON object";
     }
-    if (document->jobj == nullptr) {
-        return "it cannot be read, or is not JSON";
+    if (fault != nullptr) {
+        std::fprintf(stderr, "%s: %s\n", file.c_str(), fault);
     }
-    return document->presence("any") != TreeMapObject::IMPOSSIBLE ? nullptr
-                                                                  : "it is not a JSON object";
+    return fault == nullptr;
 }
 
 void warnOfOpenDoors() {
@@ -80,34 +62,40 @@ void warnOfOpenDoors() {
 }
 
 // Until a signal ends it. False when it could not begin.
-bool serve(Arguments const& arguments, sigset_t const& signals) {
+bool serve(std::vector<std::string> const& names, bool onAllInterfaces, sigset_t const& signals) {
     Routes routes;
-    HttpServer server(routes, arguments.names);
-    if (!server.start(arguments.onAllInterfaces)) {
-        return false;
-    }
+    HttpServer server(routes, names);
     int signal = 0;
-    sigwait(&signals, &signal);
-    return true;
+    return server.start(onAllInterfaces) && sigwait(&signals, &signal) == 0;
 }
 
 }  // namespace
 
 int main(int, char** argv) {
-    Arguments const arguments = argumentsIn(argv + 1);
-    if (char const* const fault = faultOfConfiguration(arguments.file)) {
-        std::fprintf(stderr, "%s: %s\n", arguments.file, fault);
+    bool onAllInterfaces = false;
+    std::vector<std::string> names;
+    std::string file = "backend.json";
+    for (char** argument = argv + 1; *argument != nullptr; ++argument) {
+        std::string const text = *argument;
+        if (text == "--any") {
+            onAllInterfaces = true;
+        } else if (text == "--name" && argument[1] != nullptr) {
+            names.emplace_back(*++argument);
+        } else {
+            file = text;
+        }
+    }
+    if (!isUsable(file)) {
         return 1;
     }
     sigset_t const signals = holdBackSignals();
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
-    BEConfig::init(arguments.file);
+    BEConfig::init(file.c_str());
     Logger::init();
-    std::signal(SIGSEGV, SIG_DFL);  // a process that crashes must end, so that it is started again
+    signal(SIGSEGV, SIG_DFL);  // a process that crashes must end, so that it is started again
     LocalDbCtrl::init();
     warnOfOpenDoors();
-
-    bool const served = serve(arguments, signals);
+    bool const served = serve(names, onAllInterfaces, signals);
     LocalDbCtrl::removeDB("default");
     return served ? 0 : 1;
 }

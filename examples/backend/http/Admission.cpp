@@ -61,15 +61,10 @@ bool Admission::isForeign(Request const& request) const {
 }
 
 void Admission::check(Request const& request, bool hasBody) const {
-    if (!isOurs(request.header("host"))) {
-        throw refuse(421, "unknown host: use an address, localhost or a name given at the start");
-    }
-    if (isForeign(request)) {
-        throw refuse(403, "requests of pages from elsewhere are refused");
-    }
-    if (request.path.size() > MAX_URL_PATH) {
-        throw refuse(414, "the path is too long");
-    }
+    require(isOurs(request.header("host")), 421,
+            "unknown host: use an address, localhost or a name given at the start");
+    require(!isForeign(request), 403, "requests of pages from elsewhere are refused");
+    require(request.path.size() <= MAX_URL_PATH, 414, "the path is too long");
     std::string const methods = Routes::methodsAt(request.path);
     if (request.method == "OPTIONS") {
         throw Reply{.status = 204, .headers = {{"Allow", methods}}};
@@ -77,7 +72,6 @@ void Admission::check(Request const& request, bool hasBody) const {
     if (!contains(methods, request.method)) {
         throw refuseMethod(methods);
     }
-    if (hasBody && !isJson(request.header("content-type"))) {
-        throw refuse(415, "the body must be JSON: Content-Type: application/json");
-    }
+    require(!hasBody || isJson(request.header("content-type")), 415,
+            "the body must be JSON: Content-Type: application/json");
 }

@@ -27,12 +27,8 @@ in6_addr networkOf(in6_addr address) {
 
 std::string textOf(in6_addr const& address) {
     char text[INET6_ADDRSTRLEN] = "";
-    if (IN6_IS_ADDR_V4MAPPED(&address)) {
-        inet_ntop(AF_INET, address.s6_addr + 12, text, sizeof(text));
-    } else {
-        inet_ntop(AF_INET6, &address, text, sizeof(text));
-    }
-    return text;
+    inet_ntop(AF_INET6, &address, text, sizeof(text));
+    return IN6_IS_ADDR_V4MAPPED(&address) ? text + std::strlen("::ffff:") : text;
 }
 
 std::string networkOf(std::string const& address) {

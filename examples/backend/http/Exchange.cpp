@@ -1,16 +1,50 @@
 // Collects a request, has it answered by a worker, and resumes its connection.
 #include "Exchange.h"
 
+#include <BEConfig.h>
 #include <Logger.h>
 
+#include <memory>
 #include <new>
 #include <utility>
 
 #include "Limits.h"
 #include "RequestHead.h"
-#include "Response.h"
 
 namespace {
+
+typedef std::vector<std::pair<std::string, std::string>> Headers;
+
+Headers const ALWAYS = {
+    {"X-Content-Type-Options", "nosniff"},
+    {"X-Frame-Options", "DENY"},
+    {"Referrer-Policy", "no-referrer"},
+    {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"},
+};
+
+Headers const CROSS_DOMAIN = {
+    {"Access-Control-Allow-Origin", "*"},
+    {"Access-Control-Allow-Headers", "Authorization, Content-Type, If-Match, If-None-Match"},
+    {"Access-Control-Allow-Methods", "GET, PUT, PATCH, POST, DELETE"},
+    {"Access-Control-Expose-Headers", "ETag, Location, Retry-After"},
+};
+
+// Those without a value are not sent.
+Headers headersOf(Reply const& reply, bool closes) {
+    Headers headers = {
+        {"Cache-Control", reply.etag.empty() ? "no-store" : "no-cache, private"},
+        {"Connection", closes ? "close" : ""},
+        {"Content-Type", reply.body.empty() ? "" : reply.type},
+        {"ETag", reply.etag},
+        {"WWW-Authenticate", reply.status == 401 ? "Bearer" : ""},
+    };
+    headers.insert(headers.end(), ALWAYS.begin(), ALWAYS.end());
+    headers.insert(headers.end(), reply.headers.begin(), reply.headers.end());
+    if (BEConfig::ENABLE_CROSS_DOMAIN != 0) {
+        headers.insert(headers.end(), CROSS_DOMAIN.begin(), CROSS_DOMAIN.end());
+    }
+    return headers;
+}
 
 // Made at the start, as there may be no memory for them later.
 Reply const OUT_OF_MEMORY = {
@@ -30,9 +64,7 @@ Exchange::Exchange(MHD_Connection* connection, Request request, Admission const&
         // A short body is read all the same: closing before that could take the reply away from the client.
         isLast_ = length > MAX_UNUSED_BODY;
         admission.check(request_, length != 0);
-        if (length > MAX_BODY) {
-            throw refuse(413, "the body is too long");
-        }
+        require(length.value_or(0) <= MAX_BODY, 413, "the body is too long");
         request_.body.reserve(length.value_or(0));
     } catch (Reply const& refusal) {
         replyWith(refusal);
@@ -46,18 +78,22 @@ void Exchange::replyWith(Reply reply) {
 
 bool Exchange::receive(char const* data, std::size_t size) {
     received_ += size;
-    if (received_ > MAX_BODY && !hasReply()) {
+    if (received_ > MAX_BODY && reply_ == nullptr) {
         replyWith(refuse(413, "the body is too long"));
     }
-    if (!hasReply()) {
+    if (reply_ == nullptr) {
         request_.body.append(data, size);
     }
     return received_ <= MAX_UNUSED_BODY;
 }
 
-void Exchange::hand(Workers& workers) {
+MHD_Result Exchange::reply(Workers& workers) {
+    if (reply_ != nullptr) {
+        return send();
+    }
     MHD_suspend_connection(connection_);
     workers.submit(*this);
+    return MHD_YES;
 }
 
 void Exchange::run(bool isStopping) noexcept {
@@ -76,7 +112,19 @@ void Exchange::run(bool isStopping) noexcept {
 }
 
 MHD_Result Exchange::send() {
+    Reply const& reply = *reply_;
     Logger::print(LOG_TYPE_INFO, LOG_GROUP_WSL, "%s %s: %d\n", request_.method.c_str(),
-                  request_.address.c_str(), reply_->status);
-    return sendReply(connection_, *reply_, isLast_);
+                  request_.address.c_str(), reply.status);
+    std::unique_ptr<MHD_Response, decltype(&MHD_destroy_response)> const response(
+        MHD_create_response_from_buffer(reply.body.size(), const_cast<char*>(reply.body.data()),
+                                        MHD_RESPMEM_PERSISTENT),
+        MHD_destroy_response);
+    bool isWhole = response != nullptr;
+    for (auto const& [name, value] : headersOf(reply, isLast_)) {
+        isWhole = isWhole && (value.empty() || MHD_add_response_header(response.get(), name.c_str(),
+                                                                       value.c_str()) == MHD_YES);
+    }
+    return isWhole ? MHD_queue_response(connection_, static_cast<unsigned>(reply.status),
+                                        response.get())
+                   : MHD_NO;
 }

@@ -17,18 +17,16 @@ class Exchange final : public Workers::Job {
     // A part of the body. False when there is too much of it.
     bool receive(char const* data, std::size_t size);
 
-    bool hasReply() const { return reply_ != nullptr; }
-
     // Whether the reply goes out before the body is read; then it is the last of the connection.
     bool isLast() const { return isLast_; }
 
-    // Has a worker make the reply, after which libmicrohttpd asks for it.
-    void hand(Workers& workers);
-
-    MHD_Result send();
+    // Sends the reply. When there is none yet, a worker has to make it, after which libmicrohttpd asks for it again.
+    // MHD_NO when there is no memory for it. Throws std::bad_alloc.
+    MHD_Result reply(Workers& workers);
 
   private:
     void replyWith(Reply reply);
+    MHD_Result send();
     void run(bool isStopping) noexcept override;
 
     MHD_Connection* const connection_;

@@ -4,7 +4,6 @@
 #include <BEConfig.h>
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstring>
@@ -79,17 +78,6 @@ bool HttpServer::start(bool onAllInterfaces) {
     return !daemons_.empty();
 }
 
-MHD_Result HttpServer::answer(Exchange& exchange, char const* data, size_t* size) {
-    if (*size > 0) {
-        return exchange.receive(data, std::exchange(*size, 0)) ? MHD_YES : MHD_NO;
-    }
-    if (exchange.hasReply()) {
-        return exchange.send();
-    }
-    exchange.hand(workers_);
-    return MHD_YES;
-}
-
 struct HttpServer::Callbacks {
     static MHD_Result isLetIn(void* self, sockaddr const* peer, socklen_t) {
         in6_addr const client = networkOf(addressOf(*peer));
@@ -123,13 +111,16 @@ struct HttpServer::Callbacks {
         HttpServer& server = *static_cast<HttpServer*>(self);
         auto* exchange = static_cast<Exchange*>(*context);
         try {
+            if (exchange != nullptr && *size > 0) {
+                return exchange->receive(data, std::exchange(*size, 0)) ? MHD_YES : MHD_NO;
+            }
             if (exchange != nullptr) {
-                return server.answer(*exchange, data, size);
+                return exchange->reply(server.workers_);
             }
             Request request = {method, path, {}, textOf(peerOf(connection)), "", ""};
             *context = exchange =
                 new Exchange(connection, std::move(request), server.admission_, server.routes_);
-            return exchange->isLast() ? exchange->send() : MHD_YES;
+            return exchange->isLast() ? exchange->reply(server.workers_) : MHD_YES;
         } catch (...) {
             return MHD_NO;
         }

@@ -12,8 +12,6 @@
 #include "ConnectionTable.h"
 #include "Workers.h"
 
-class Exchange;
-
 class HttpServer {
   public:
     // `names`: under which it may be asked, beside "localhost" and IP addresses.
@@ -34,7 +32,6 @@ class HttpServer {
     struct Callbacks;  // of libmicrohttpd
 
     bool serve(int family, int port, bool onAllInterfaces);
-    MHD_Result answer(Exchange& exchange, char const* data, size_t* size);
 
     Routes& routes_;
     Admission const admission_;

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <cstring>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -21,6 +20,9 @@ char const* const HEEDED[] = {"authorization", "content-length", "content-type",
                               "cookie",        "host",           "if-match",
                               "if-none-match", "origin",         "transfer-encoding"};
 
+char const TOKEN_CHARACTERS[] =
+    "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789!#$%&'*+-.^_`|~";
+
 Fields fieldsOf(MHD_Connection* connection, MHD_ValueKind kind) {
     auto const collect = [](void* fields, MHD_ValueKind, char const* name, size_t nameSize,
                             char const* value, size_t size) {
@@ -36,10 +38,7 @@ Fields fieldsOf(MHD_Connection* connection, MHD_ValueKind kind) {
 }
 
 bool isToken(std::string_view name) {
-    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
-        return std::isalnum(static_cast<unsigned char>(c)) != 0 ||
-               (c != '\0' && std::strchr("!#$%&'*+-.^_`|~", c) != nullptr);
-    });
+    return !name.empty() && name.find_first_not_of(TOKEN_CHARACTERS) == std::string_view::npos;
 }
 
 std::string lowerCase(std::string_view text) {
@@ -68,26 +67,21 @@ void readHeaders(Fields const& fields, Request& request) {
         // libmicrohttpd takes the second line of a folded header for a part of its name
         bool const isFolded = !isHeeded && (name.starts_with("content-length") ||
                                             name.starts_with("transfer-encoding"));
-        if (!isToken(field) || isFolded || value.find('\r') != std::string_view::npos) {
-            throw refuse(400, "malformed header");
-        }
-        if (isHeeded && !keep(request.headers, name, value)) {
-            throw refuse(400, "a header is there twice");
-        }
+        require(isToken(field) && !isFolded && value.find('\r') == std::string_view::npos, 400,
+                "malformed header");
+        require(!isHeeded || keep(request.headers, name, value), 400, "a header is there twice");
     }
 }
 
 std::optional<std::uint64_t> lengthOf(Request const& request) {
     std::string const text = request.header("content-length");
     std::string const encoding = lowerCase(request.header("transfer-encoding"));
-    if (!encoding.empty() && (!text.empty() || encoding != "chunked")) {
-        throw refuse(400, "unclear length: only Content-Length, or Transfer-Encoding: chunked");
-    }
+    require(encoding.empty() || (text.empty() && encoding == "chunked"), 400,
+            "unclear length: only Content-Length, or Transfer-Encoding: chunked");
     std::uint64_t length = 0;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
-    if (!text.empty() && (error != std::errc() || *end != '\0')) {
-        throw refuse(400, "Content-Length is no number");
-    }
+    require(text.empty() || (error == std::errc() && *end == '\0'), 400,
+            "Content-Length is no number");
     return encoding.empty() ? std::optional(length) : std::nullopt;
 }
 
@@ -107,9 +101,8 @@ std::string tokenOf(MHD_Connection* connection, Request const& request) {
 std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& request) {
     Fields const headers = fieldsOf(connection, MHD_HEADER_KIND);
     Fields const parameters = fieldsOf(connection, MHD_GET_ARGUMENT_KIND);
-    if (std::max(headers.size(), parameters.size()) > MAX_HEADERS) {
-        throw refuse(400, "too many headers or parameters");
-    }
+    require(std::max(headers.size(), parameters.size()) <= MAX_HEADERS, 400,
+            "too many headers or parameters");
     request.method =
         request.method == "HEAD" ? "GET" : request.method;  // the body is left out later
     request.parameters.insert(parameters.begin(), parameters.end());
