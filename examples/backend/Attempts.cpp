@@ -32,7 +32,7 @@ unsigned int Attempts::lockMinutes(std::string const& client) const {
     }
     auto const end = last + std::chrono::minutes(lockedMinutes(attempts));
     auto const left = std::chrono::ceil<std::chrono::minutes>(end - Clock::now()).count();
-    return std::max(recorded.lockMinutes, static_cast<unsigned int>(std::max(left, 0L)));
+    return std::max(recorded.lockMinutes, static_cast<unsigned int>(std::max<int64_t>(left, 0)));
 }
 
 void Attempts::count(std::string const& client, std::string const& user) {

@@ -56,13 +56,10 @@ void settleId(TreeMapObject& element, TreeMapObject& array) {
     }
 }
 
-// What a request does where there is nothing at its place.
-enum Missing { IS_REFUSED, IS_MADE };
-
-// A place where there is nothing. A new element has to be appended.
-void requireVacant(Place const& place, TreeMapObject& document, Missing missing) {
+// A place where there is nothing yet. A new element has to be appended.
+void requireVacant(Place const& place, TreeMapObject& document) {
     bool const canBeMade =
-        missing == IS_MADE && !JsonData::lastStep(place.path).starts_with('[') &&
+        !JsonData::lastStep(place.path).starts_with('[') &&
         document.presence(place.path.c_str()) == TreeMapObject::VACANT &&
         document.presence(JsonData::parentPath(place.path).c_str()) == TreeMapObject::PRESENT;
     require(canBeMade, 404, "nothing at this path");
@@ -82,43 +79,6 @@ void requireVersion(Place const& place, std::uint64_t version, bool isThere) {
     }
 }
 
-// Changes the document at a place that may be changed, and answers with what was done.
-Reply writing(Place const& place, Missing missing,
-              std::function<Reply(TreeMapObject& document)> const& change) {
-    require(!hasIndex(place.path) || place.conditions.namesVersion(), 428,
-            "an index needs If-Match: it means another element in another version");
-    Reply reply;
-    std::uint64_t const version = changeDatabase(
-        place.type, place.session, [&](TreeMapObject& document, std::uint64_t current) {
-            bool const isThere = document.presence(place.path.c_str()) == TreeMapObject::PRESENT;
-            if (!isThere) {
-                requireVacant(place, document, missing);
-            }
-            requireVersion(place, current, isThere);
-            reply = change(document);
-            reply.status = reply.status == 200 && !isThere ? 201 : reply.status;
-        });
-    reply.etag = tagOf(version, true);  // only administrators get here
-    return reply;
-}
-
-// A whole database is only changed in parts.
-void requirePart(Place const& place) {
-    if (place.path.empty()) {
-        throw refuseMethod("GET, HEAD, PATCH, OPTIONS");
-    }
-}
-
-// The body of a change. It is the message that does this at the place, if there is one.
-Node bodyFor(Place const& place, char const* method, std::string const& body) {
-    requireWritable(place);
-    Node value = parseBody(body);
-    if (char const* const message = messageOf(method, place.type, place.path)) {
-        requireRequest(place.type, message, *value);
-    }
-    return value;
-}
-
 // What is at the place now.
 Reply show(Place const& place, TreeMapObject& document) {
     Node const copy(document.clone(place.path.c_str()));
@@ -131,6 +91,14 @@ Reply show(Place const& place, TreeMapObject& document) {
 Reply merge(Place const& place, TreeMapObject& document, TreeMapObject& patch) {
     require(document.merge(place.path.c_str(), &patch) == 0, 400,
             "the value cannot be merged in here");
+    return show(place, document);
+}
+
+Reply put(Place const& place, TreeMapObject& document, TreeMapObject& value) {
+    if (messageOf("PUT", place.type, place.path) != nullptr) {
+        return merge(place, document, value);
+    }
+    document.set(place.path.c_str(), &value);
     return show(place, document);
 }
 
@@ -153,45 +121,65 @@ Reply append(Place const& place, TreeMapObject& document, TreeMapObject& element
     return reply;
 }
 
-}  // namespace
-
-Reply changeResource(Place const& place, std::string const& body) {
-    requirePart(place);
-    Node const value = bodyFor(place, "PUT", body);
-    bool const isMessage = messageOf("PUT", place.type, place.path) != nullptr;
-    return writing(place, IS_MADE, [&](TreeMapObject& document) {
-        if (isMessage) {
-            return merge(place, document, *value);
-        }
-        document.set(place.path.c_str(), value.get());
-        return show(place, document);
-    });
+Reply remove(Place const& place, TreeMapObject& document, TreeMapObject&) {
+    document.remove(place.path.c_str());
+    return Reply{.status = 204};
 }
 
-Reply mergeResource(Place const& place, std::string const& body) {
-    Node const patch = bodyFor(place, "PATCH", body);
-    require(!place.path.empty() || isObject(*patch), 400,
+struct Method {
+    char const* name;
+    bool makes;  // what is not there yet
+    Reply (*change)(Place const& place, TreeMapObject& document, TreeMapObject& value);
+};
+
+Method const METHODS[] = {
+    {"DELETE", false, remove},
+    {"PATCH", true, merge},
+    {"POST", false, append},
+    {"PUT", true, put},
+};
+
+// The value in the body of a change. It is the message that does this at the place, if there is one.
+Node valueFor(Place const& place, std::string const& method, std::string const& body) {
+    Node value = parseBody(body);
+    if (char const* const message = messageOf(method, place.type, place.path)) {
+        requireRequest(place.type, message, *value);
+    }
+    require(!place.path.empty() || isObject(*value), 400,
             "only an object can be merged into a whole database");
-    if (patch->presence("users") == TreeMapObject::PRESENT) {
+    if (value->presence("users") == TreeMapObject::PRESENT) {
         requireWritable({place.type, join(place.path, "users"), place.session, {}});
     }
-    return writing(place, IS_MADE,
-                   [&](TreeMapObject& document) { return merge(place, document, *patch); });
+    return value;
 }
 
-Reply appendResource(Place const& place, std::string const& body) {
-    Node const element = bodyFor(place, "POST", body);
-    return writing(place, IS_REFUSED,
-                   [&](TreeMapObject& document) { return append(place, document, *element); });
-}
+}  // namespace
 
-Reply removeResource(Place const& place, std::string const&) {
+Reply changeResource(Place const& place, std::string const& name, std::string const& body) {
+    auto const* const method = std::find_if(std::begin(METHODS), std::end(METHODS),
+                                            [&](Method const& one) { return name == one.name; });
     requireWritable(place);
-    requirePart(place);
-    return writing(place, IS_REFUSED, [&](TreeMapObject& document) {
-        document.remove(place.path.c_str());
-        return Reply{.status = 204};
-    });
+    if (place.path.empty() && name != "PATCH") {
+        throw refuseMethod("GET, HEAD, PATCH, OPTIONS");
+    }
+    require(!hasIndex(place.path) || place.conditions.namesVersion(), 428,
+            "an index needs If-Match: it means another element in another version");
+    Node const value =
+        name == "DELETE" ? std::make_unique<TreeMapObject>() : valueFor(place, name, body);
+    Reply reply;
+    std::uint64_t const version = changeDatabase(
+        place.type, place.session, [&](TreeMapObject& document, std::uint64_t current) {
+            bool const isThere = document.presence(place.path.c_str()) == TreeMapObject::PRESENT;
+            require(isThere || method->makes, 404, "nothing at this path");
+            if (!isThere) {
+                requireVacant(place, document);
+            }
+            requireVersion(place, current, isThere);
+            reply = method->change(place, document, *value);
+            reply.status = reply.status == 200 && !isThere ? 201 : reply.status;
+        });
+    reply.etag = tagOf(version, true);  // only administrators get here
+    return reply;
 }
 
 Reply refuseDatabase(LocalDbTransaction::Status status) {

@@ -65,7 +65,9 @@ Login::User Login::findUser(std::string const& name) {
         if (read("name", itsName) && name == itsName && read("role", role) &&
             read("password", password) && read("enabled", enabled)) {
             user = {true, enabled, false, entry, role, password};
-            read("mustChangePassword", user.mustChangePassword);
+            std::string const mark = entry + "mustChangePassword";  // it need not be there
+            user.mustChangePassword =
+                gateway.type(mark.c_str()) == json_type_boolean && gateway.get<bool>(mark.c_str());
         }
     }
     return user;

@@ -41,21 +41,14 @@ Reply findResources(Place const& place, std::string const& key, std::string cons
 // {"error": ...} in place of one that cannot be read.
 Reply readEverything(Session const& session);
 
-// Stores the value in the body. Where a message changes the place, the body is that message and
-// changes the members it names; elsewhere a value is replaced, or a new member made. 200 or 201 with
-// the new value.
-Reply changeResource(Place const& place, std::string const& body);
-
-// Merges the value in the body into what is at the place, or into the whole database (RFC 7396): members
-// replace others, null removes one. 200 or 201 with the new value.
-Reply mergeResource(Place const& place, std::string const& body);
-
-// Appends the value in the body to an array. An object gets the next "id", where its neighbours
-// have one. 201 with the new element.
-Reply appendResource(Place const& place, std::string const& body);
-
-// Removes a member or an element. 204.
-Reply removeResource(Place const& place, std::string const& noBody = "");
+// Changes the place, and answers with what is there now:
+// - PUT stores the value in the body. Where a message changes the place, the body is that message and changes
+//   the members it names; elsewhere a value is replaced, or a new member made. 200 or 201.
+// - PATCH merges it into what is at the place, or into the whole database (RFC 7396): members replace others,
+//   null removes one. 200 or 201.
+// - POST appends it to an array. An object gets the next "id", where its neighbours have one. 201.
+// - DELETE removes a member or an element. 204.
+Reply changeResource(Place const& place, std::string const& method, std::string const& body);
 
 // Why a database is not locked.
 Reply refuseDatabase(LocalDbTransaction::Status status);

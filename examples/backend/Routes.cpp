@@ -80,20 +80,6 @@ Reply readPlace(Request const& request, Place const& place) {
     return findResources(place, key->second, value->second);
 }
 
-Reply answerPlace(Request const& request, Session const& session) {
-    typedef Reply (*Change)(Place const& place, std::string const& body);
-    static std::map<std::string, Change> const CHANGES = {
-        {"PUT", changeResource},
-        {"PATCH", mergeResource},
-        {"POST", appendResource},
-        {"DELETE", removeResource},
-    };
-    Place const place = placeOf(request, session);
-    auto const change = CHANGES.find(request.method);
-    return change != CHANGES.end() ? change->second(place, request.body)
-                                   : readPlace(request, place);
-}
-
 }  // namespace
 
 struct Routes::Route {
@@ -135,11 +121,13 @@ Routes::Route const Routes::ROUTES[] = {
     {"/api/", "GET, HEAD", Route::USER, listTypes},
     {"/api/*", "GET, HEAD, PUT, PATCH, POST, DELETE", Route::USER,
      [](Routes& routes, Request const& request, Session const& session) {
-         Reply reply = answerPlace(request, session);
-         if (request.method != "GET") {
-             routes.audit_.record(session.user, request.address, request.method,
-                                  request.path.substr(std::strlen(API)));
+         Place const place = placeOf(request, session);
+         if (request.method == "GET") {
+             return readPlace(request, place);
          }
+         Reply reply = changeResource(place, request.method, request.body);
+         routes.audit_.record(session.user, request.address, request.method,
+                              request.path.substr(std::strlen(API)));
          return reply;
      }},
     {"/audit", "GET, HEAD", Route::ADMINISTRATOR,

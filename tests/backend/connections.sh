@@ -102,6 +102,8 @@ login=(--header 'Content-Type: application/json' --data '{"username": "admin", "
 for _ in 1 2 3 4 5 6 7 8 9 10; do page -6 "${login[@]}" >/dev/null; done
 expect "a guess over IPv6" 429 "$(page -6 "${login[@]}")"
 expect "a guess over IPv4" 401 "$(page -4 "${login[@]}")"
+expect "a cookie over TLS" 1 "$(curl -4 --silent --insecure --output /dev/null --dump-header - --json \
+    '{"username": "home", "password": "sample-home-password"}' "$url" | grep -c '^Set-Cookie: .*; Secure')"
 url=${url%login}
 expect "an old version of TLS" 000 "$(page --tls-max 1.1)"
 hold 20 '\x16\x03\x01\x02\x00\x01'

@@ -165,7 +165,9 @@ expect "a cookie" 1 "$(grep -c '^Set-Cookie: session=[0-9a-f]*; Path=/; HttpOnly
 other=$(cat "$work/token")
 expect "log in again" 200 "$(login admin sample-admin-password)"
 token=$(cat "$work/token")
+yes '{"what": "kept"}' | head -c 65520 >"$work/gateway/audit.jsonl"
 check "a password that must be changed"
+expect "the size of the audit" yes "$([ "$(wc -c <"$work/gateway/audit.jsonl")" -lt 4096 ] && echo yes)"
 must_change=
 own=$token
 expect "the old password" 401 "$(login admin sample-admin-password)"
@@ -177,9 +179,11 @@ for _ in 1 2 3 4 5 6 7 8 9 10; do
     expect "a guess that cannot be recorded" 401 "$(login admin guess)"
 done
 expect "a login while locked out" 429 "$(login admin new-admin-password)"
+expect "another one" 429 "$(login admin new-admin-password)"
+expect "lock-outs in the audit" 1 "$(grep -c '"what": "locked out"' "$work/gateway/audit.jsonl")"
 token=$own
 expect "the audit" 200 "$(ask GET /audit)"
-for part in '"what": "password"' '"what": "login refused"' '"path": "wifi\/country"'; do
+for part in '"what": "kept"' '"what": "password"' '"what": "login refused"' '"path": "wifi\/country"'; do
     grep -qF "$part" "$work/answer" || expect "the audit" "$part" "$(cat "$work/answer")"
 done
 expect "secrets in the audit" "" "$(grep -E 'password-|admin-password|guess' "$work/gateway/audit.jsonl")"

@@ -6,7 +6,6 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <utility>
 
 #include "Limits.h"
 
@@ -42,26 +41,24 @@ bool isJson(std::string const& contentType) {
     return isSame(type, "application/json");
 }
 
-}  // namespace
-
-Admission::Admission(std::vector<std::string> names, bool isEncrypted)
-    : names_(std::move(names)), scheme_(isEncrypted ? "https://" : "http://") {}
-
 // A page elsewhere could read our answers if it came from a name that its maker lets lead to this address.
-bool Admission::isOurs(std::string const& authority) const {
+bool isOurs(std::string const& authority, std::vector<std::string> const& names) {
     std::string const host = hostIn(authority);
     return isAddress(host) || isSame(host, "localhost") ||
-           std::any_of(names_.begin(), names_.end(),
+           std::any_of(names.begin(), names.end(),
                        [&](std::string const& name) { return isSame(name, host); });
 }
 
-bool Admission::isForeign(Request const& request) const {
+bool isForeign(Request const& request) {
+    std::string const scheme = BEConfig::ENABLE_HTTPS != 0 ? "https://" : "http://";
     return BEConfig::ENABLE_CROSS_DOMAIN == 0 && request.headers.contains("origin") &&
-           !isSame(request.header("origin"), scheme_ + request.header("host"));
+           !isSame(request.header("origin"), scheme + request.header("host"));
 }
 
-void Admission::check(Request const& request, bool hasBody) const {
-    require(isOurs(request.header("host")), 421,
+}  // namespace
+
+void admit(Request const& request, bool hasBody, std::vector<std::string> const& names) {
+    require(isOurs(request.header("host"), names), 421,
             "unknown host: use an address, localhost or a name given at the start");
     require(!isForeign(request), 403, "requests of pages from elsewhere are refused");
     require(request.path.size() <= MAX_URL_PATH, 414, "the path is too long");

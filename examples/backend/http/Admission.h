@@ -8,20 +8,8 @@
 
 #include "Routes.h"
 
-class Admission {
-  public:
-    // The names by which the back end may be asked, beside "localhost" and any IP address; whether with HTTPS.
-    Admission(std::vector<std::string> names, bool isEncrypted);
-
-    // Throws the reply to a request that is not let in, and to OPTIONS.
-    void check(Request const& request, bool hasBody) const;
-
-  private:
-    bool isOurs(std::string const& authority) const;
-    bool isForeign(Request const& request) const;
-
-    std::vector<std::string> const names_;
-    std::string const scheme_;
-};
+// Throws the reply to a request that is not let in, and to OPTIONS. The host may be one of the names, "localhost" or
+// any IP address.
+void admit(Request const& request, bool hasBody, std::vector<std::string> const& names);
 
 #endif

@@ -8,6 +8,7 @@
 #include <new>
 #include <utility>
 
+#include "Admission.h"
 #include "Limits.h"
 #include "RequestHead.h"
 
@@ -56,14 +57,14 @@ Reply const STOPPING = {.status = 503,
 
 }  // namespace
 
-Exchange::Exchange(MHD_Connection* connection, Request request, Admission const& admission,
-                   Routes& routes)
+Exchange::Exchange(MHD_Connection* connection, Request request, Routes& routes,
+                   std::vector<std::string> const& names)
     : connection_(connection), routes_(routes), request_(std::move(request)) {
     try {
         auto const length = readHead(connection, request_);
         // A short body is read all the same: closing before that could take the reply away from the client.
         isLast_ = length > MAX_UNUSED_BODY;
-        admission.check(request_, length != 0);
+        admit(request_, length != 0, names);
         require(length.value_or(0) <= MAX_BODY, 413, "the body is too long");
         request_.body.reserve(length.value_or(0));
     } catch (Reply const& refusal) {

@@ -5,14 +5,14 @@
 
 #include <microhttpd.h>
 
-#include "Admission.h"
+#include "Routes.h"
 #include "Workers.h"
 
 class Exchange final : public Workers::Job {
   public:
-    // The request has a method, a path and a client's address so far.
-    Exchange(MHD_Connection* connection, Request request, Admission const& admission,
-             Routes& routes);
+    // The request has a method, a path and a client's address so far. `names`: see admit().
+    Exchange(MHD_Connection* connection, Request request, Routes& routes,
+             std::vector<std::string> const& names);
 
     // A part of the body. False when there is too much of it.
     bool receive(char const* data, std::size_t size);

@@ -49,9 +49,7 @@ size_t decode(void*, MHD_Connection*, char* text) {
 }  // namespace
 
 HttpServer::HttpServer(Routes& routes, std::vector<std::string> names)
-    : routes_(routes),
-      admission_(std::move(names), BEConfig::ENABLE_HTTPS != 0),
-      workers_(WORKERS) {}
+    : routes_(routes), names_(std::move(names)), workers_(WORKERS) {}
 
 HttpServer::~HttpServer() {
     workers_.stop();  // hence no connection is suspended, which MHD_stop_daemon requires
@@ -119,7 +117,7 @@ struct HttpServer::Callbacks {
             }
             Request request = {method, path, {}, textOf(peerOf(connection)), "", ""};
             *context = exchange =
-                new Exchange(connection, std::move(request), server.admission_, server.routes_);
+                new Exchange(connection, std::move(request), server.routes_, server.names_);
             return exchange->isLast() ? exchange->reply(server.workers_) : MHD_YES;
         } catch (...) {
             return MHD_NO;

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "Admission.h"
 #include "ConnectionTable.h"
+#include "Routes.h"
 #include "Workers.h"
 
 class HttpServer {
@@ -34,7 +34,7 @@ class HttpServer {
     bool serve(int family, int port, bool onAllInterfaces);
 
     Routes& routes_;
-    Admission const admission_;
+    std::vector<std::string> const names_;
     std::string certificate_;  // with its key
     ConnectionTable connections_;
     Workers workers_;

@@ -30,9 +30,10 @@ Fields fieldsOf(MHD_Connection* connection, MHD_ValueKind kind) {
         static_cast<Fields*>(fields)->emplace_back(std::string_view(name, nameSize), text);
         return MHD_YES;
     };
+    int const count = MHD_get_connection_values_n(connection, kind, nullptr, nullptr);
+    require(count <= MAX_HEADERS, 400, "too many headers or parameters");
     Fields fields;  // with room for all, as an exception must not pass through libmicrohttpd
-    fields.reserve(
-        static_cast<size_t>(MHD_get_connection_values_n(connection, kind, nullptr, nullptr)));
+    fields.reserve(MAX_HEADERS);
     MHD_get_connection_values_n(connection, kind, collect, &fields);
     return fields;
 }
@@ -74,15 +75,17 @@ void readHeaders(Fields const& fields, Request& request) {
 }
 
 std::optional<std::uint64_t> lengthOf(Request const& request) {
-    std::string const text = request.header("content-length");
+    bool const isChunked = request.headers.contains("transfer-encoding");  // also without a value
+    bool const isCounted = request.headers.contains("content-length");
     std::string const encoding = lowerCase(request.header("transfer-encoding"));
-    require(encoding.empty() || (text.empty() && encoding == "chunked"), 400,
+    require(!isChunked || (!isCounted && encoding == "chunked"), 400,
             "unclear length: only Content-Length, or Transfer-Encoding: chunked");
+    std::string const text = request.header("content-length");
     std::uint64_t length = 0;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
-    require(text.empty() || (error == std::errc() && *end == '\0'), 400,
+    require(!isCounted || (error == std::errc() && *end == '\0'), 400,
             "Content-Length is no number");
-    return encoding.empty() ? std::optional(length) : std::nullopt;
+    return isChunked ? std::nullopt : std::optional(length);
 }
 
 // Of the session: for programs as "Authorization: Bearer <token>", for pages as a cookie.
@@ -101,8 +104,6 @@ std::string tokenOf(MHD_Connection* connection, Request const& request) {
 std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& request) {
     Fields const headers = fieldsOf(connection, MHD_HEADER_KIND);
     Fields const parameters = fieldsOf(connection, MHD_GET_ARGUMENT_KIND);
-    require(std::max(headers.size(), parameters.size()) <= MAX_HEADERS, 400,
-            "too many headers or parameters");
     request.method =
         request.method == "HEAD" ? "GET" : request.method;  // the body is left out later
     request.parameters.insert(parameters.begin(), parameters.end());
