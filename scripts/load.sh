@@ -17,6 +17,7 @@ cmake --build "$build" --parallel "$(nproc)" >/dev/null
 . scripts/backend-functions.sh
 port=$((10000 + $$ % 20000))
 copy=$build/load
+before=$build/before
 load=$build/examples/backend/backend_load
 journal=$build/journal.json
 backend=$build/examples/backend/backend
@@ -24,6 +25,8 @@ backend=$build/examples/backend/backend
 begin() {
     prepare_gateway $copy $port
     keep_passwords $copy
+    rm -rf $before
+    cp -r $copy/data $before
     set_setting $copy duplicate_login_enable '"1"'
     set_setting $copy enable_multidb_mode "$1"
     set_setting $copy log_warning_enable 0
@@ -35,7 +38,7 @@ begin() {
 }
 
 check() {
-    $load check $journal examples/gateway/data $copy/data
+    $load check $journal $before $copy/data
 }
 
 trap 'kill $backend_pid 2>/dev/null || true' EXIT
