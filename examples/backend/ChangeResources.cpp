@@ -155,27 +155,27 @@ Node valueFor(Place const& place, std::string const& method, std::string const& 
 
 }  // namespace
 
-Reply changeResource(Place const& place, std::string const& name, std::string const& body) {
-    auto const* const method = std::find_if(std::begin(METHODS), std::end(METHODS),
-                                            [&](Method const& one) { return name == one.name; });
+Reply changeResource(Place const& place, std::string const& method, std::string const& body) {
+    auto const* const row = std::find_if(std::begin(METHODS), std::end(METHODS),
+                                         [&](Method const& one) { return method == one.name; });
     requireWritable(place);
-    if (place.path.empty() && name != "PATCH") {
+    if (place.path.empty() && method != "PATCH") {
         throw refuseMethod("GET, HEAD, PATCH, OPTIONS");
     }
     require(!hasIndex(place.path) || place.conditions.namesVersion(), 428,
             "an index needs If-Match: it means another element in another version");
     Node const value =
-        name == "DELETE" ? std::make_unique<TreeMapObject>() : valueFor(place, name, body);
+        method == "DELETE" ? std::make_unique<TreeMapObject>() : valueFor(place, method, body);
     Reply reply;
     std::uint64_t const version = changeDatabase(
         place.type, place.session, [&](TreeMapObject& document, std::uint64_t current) {
             bool const isThere = document.presence(place.path.c_str()) == TreeMapObject::PRESENT;
-            require(isThere || method->makes, 404, "nothing at this path");
+            require(isThere || row->makes, 404, "nothing at this path");
             if (!isThere) {
                 requireVacant(place, document);
             }
             requireVersion(place, current, isThere);
-            reply = method->change(place, document, *value);
+            reply = row->change(place, document, *value);
             reply.status = reply.status == 200 && !isThere ? 201 : reply.status;
         });
     reply.etag = tagOf(version, true);  // only administrators get here

@@ -153,8 +153,7 @@ SessionRef Routes::sessionOf(Request const& request, Route const& route) {
         return anybody;
     }
     SessionRef const known = sessions_.find(request.token);
-    SessionRef const session =
-        known == nullptr && BEConfig::ENABLE_BYPASS_TOKEN != 0 ? anybody : known;
+    SessionRef session = known == nullptr && BEConfig::ENABLE_BYPASS_TOKEN != 0 ? anybody : known;
     require(session != nullptr, 401, "log in first");
     require(!session->mustChangePassword || route.visitor <= Route::USER_WITH_ANY_PASSWORD, 403,
             "change the password first: PUT /api/me/password");
