@@ -60,8 +60,8 @@ std::string pathOf(std::string const& pointer) {
 
 // The hint is the description of the refused value in the schema: it is for people what a pattern is for
 // programs.
-Reply refuseFault(int status, CompiledSchema::Fault const& fault, char const* schemaFile,
-                  char const* where) {
+Reply refuseFault(int status, unsigned int type, CompiledSchema::Fault const& fault,
+                  char const* schemaFile, char const* where) {
     std::string const place = JsonData::parentPath(pathOf(fault.schemaPath));
     Node const schema(JsonData::createObjectFromFile(schemaFile));
     char const* hint = nullptr;
@@ -74,6 +74,7 @@ Reply refuseFault(int status, CompiledSchema::Fault const& fault, char const* sc
     reason.set("path", fault.path);
     reason.set("keyword", fault.keyword);
     reason.set("in", where);
+    reason.set("type", LocalDbCtrl::getApiDir(type));
     return replyWith(reason, status);
 }
 
@@ -107,7 +108,7 @@ void requireRequest(unsigned int type, char const* label, TreeMapObject& body) {
     CompiledSchema const schema(file);
     CompiledSchema::Fault fault = {};
     schema.accepts(body.jobj, &fault);
-    throw refuseFault(schema ? 400 : 500, fault, file, "body");
+    throw refuseFault(schema ? 400 : 500, type, fault, file, "body");
 }
 
 void requireResponse(unsigned int type, char const* label, TreeMapObject& value) {
@@ -123,5 +124,5 @@ Reply refuseDocument(unsigned int type, CompiledSchema::Fault const& fault) {
     bool const wasValid = CompiledSchema(file.c_str()).accepts(saved ? saved->jobj : nullptr);
     Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: the changed database is refused\n",
                   LocalDbCtrl::getApiDir(type));
-    return refuseFault(wasValid ? 400 : 500, fault, file.c_str(), "database");
+    return refuseFault(wasValid ? 400 : 500, type, fault, file.c_str(), "database");
 }

@@ -2,8 +2,8 @@
 // answered to one that is not valid, or would make a database invalid.
 //
 // A refusal for a fault is {"error": message, "hint": ..., "path": ..., "keyword": ..., "in": "body" or
-// "database"}. "in" says what the path leads into; the hint is the schema's description of the value, if it
-// has one.
+// "database", "type": ...}. "in" and the API type say what the path leads into; the hint is the schema's
+// description of the value, if it has one.
 #ifndef BACKEND_MESSAGES_H
 #define BACKEND_MESSAGES_H
 

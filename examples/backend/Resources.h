@@ -59,4 +59,8 @@ typedef std::function<void(TreeMapObject& document, std::uint64_t version)> Chan
 // Saves what the change makes of the shared document, which the session sees from then on. The new version.
 std::uint64_t changeDatabase(unsigned int type, Session const& session, Change const& change);
 
+// Switches the guest network on or off, {"enabled": true | false}: its Wi-Fi, its addresses and its firewall,
+// all of them or none. 204.
+Reply switchGuestNetwork(Session const& session, std::string const& body);
+
 #endif

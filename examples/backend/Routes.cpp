@@ -119,6 +119,12 @@ Routes::Route const Routes::ROUTES[] = {
      [](Routes&, Request const&, Session const& session) { return readEverything(session); }},
     {"/api", "GET, HEAD", Route::USER, listTypes},
     {"/api/", "GET, HEAD", Route::USER, listTypes},
+    {"/api/guest", "POST", Route::USER,
+     [](Routes& routes, Request const& request, Session const& session) {
+         Reply reply = switchGuestNetwork(session, request.body);
+         routes.record(request, session);
+         return reply;
+     }},
     {"/api/*", "GET, HEAD, PUT, PATCH, POST, DELETE", Route::USER,
      [](Routes& routes, Request const& request, Session const& session) {
          Place const place = placeOf(request, session);
@@ -126,8 +132,7 @@ Routes::Route const Routes::ROUTES[] = {
              return readPlace(request, place);
          }
          Reply reply = changeResource(place, request.method, request.body);
-         routes.audit_.record(session.user, request.address, request.method,
-                              request.path.substr(std::strlen(API)));
+         routes.record(request, session);
          return reply;
      }},
     {"/audit", "GET, HEAD", Route::ADMINISTRATOR,
@@ -160,6 +165,12 @@ SessionRef Routes::sessionOf(Request const& request, Route const& route) {
     require(session->isAdministrator() || route.visitor != Route::ADMINISTRATOR, 403,
             "only an administrator may read this");
     return session;
+}
+
+// A line of audit for a change that was made.
+void Routes::record(Request const& request, Session const& session) {
+    audit_.record(session.user, request.address, request.method,
+                  request.path.substr(std::strlen(API)));
 }
 
 Reply Routes::answer(Request const& request) {

@@ -39,6 +39,7 @@ class Routes {
     static Route const& routeOf(std::string const& path);
 
     SessionRef sessionOf(Request const& request, Route const& route);
+    void record(Request const& request, Session const& session);
 
     Sessions sessions_;
     Audit audit_;

@@ -183,7 +183,7 @@ expect "another one" 429 "$(login admin new-admin-password)"
 expect "lock-outs in the audit" 1 "$(grep -c '"what": "locked out"' "$work/gateway/audit.jsonl")"
 token=$own
 expect "the audit" 200 "$(ask GET /audit)"
-for part in '"what": "kept"' '"what": "password"' '"what": "login refused"' '"path": "wifi\/country"'; do
+for part in '"what": "kept"' '"what": "password"' '"what": "login refused"' '"path": "wifi\/country"' '"path": "guest"'; do
     grep -qF "$part" "$work/answer" || expect "the audit" "$part" "$(cat "$work/answer")"
 done
 expect "secrets in the audit" "" "$(grep -E 'password-|admin-password|guess' "$work/gateway/audit.jsonl")"
@@ -233,15 +233,16 @@ refuses_to_start "a folder for a configuration" backend.json
 
 # A type that is busy, here being read from a pipe, is changed later, and read meanwhile.
 begin enable_multidb_mode 0
-misc="$work/gateway/data/misc/misc.ldb"
+busy="$work/gateway/data/security/security.ldb"
+rm "${busy%.ldb}_SCHEMA.ldb"
 mkfifo "$work/pipe"
-ln -f "$work/pipe" "$misc"
+ln -f "$work/pipe" "$busy"
 expect "log in" 200 "$(login admin sample-admin-password)"
 token=$(cat "$work/token")
 writers=
 for writer in 1 2; do
     curl --silent --output /dev/null --dump-header "$work/headers$writer" --request DELETE \
-        --header "Authorization: Bearer $token" "$url/api/misc/none" &
+        --header "Authorization: Bearer $token" "$url/api/security/none" &
     writers="$writers $!"
 done
 tries=0
@@ -251,7 +252,7 @@ until grep -qs '^Retry-After: 1' "$work/headers1" "$work/headers2" || [ $tries -
 done
 expect "one has to come back" 1 "$(cat "$work"/headers? | grep -c '^HTTP/1.1 503')"
 echo '{"a": 1}' >"$work/new"
-mv "$work/new" "$misc"
+mv "$work/new" "$busy"
 check "a type that is busy"
 echo '{"a": 1}' >"$work/pipe"
 # shellcheck disable=SC2086 # two numbers
@@ -266,7 +267,8 @@ echo '{"users": {}, "led": 5, "about": {}}' >"$work/gateway/data/gateway/gateway
 token=
 check "gateway.ldb is damaged"
 sed 's|"brightness":.*|"brightness":700,|' examples/gateway/data/gateway/gateway.ldb >"$work/gateway/data/gateway/gateway.ldb"
-check "a value in gateway.ldb is damaged"
+sed -i 's|"leaseTime":7200|"leaseTime":7|' "$work/gateway/data/network/network.ldb"
+check "a value in gateway.ldb and one in network.ldb are damaged"
 echo nonsense >"$work/gateway/data/gateway/GATEWAY_LOGIN_REQ_SCHEMA.ldb"
 echo nonsense >"$work/gateway/data/gateway/gateway_SCHEMA.ldb"
 check "two schemas are damaged"

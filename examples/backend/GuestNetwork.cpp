@@ -1,0 +1,60 @@
+// Switches the guest network: its Wi-Fi, its addresses and its firewall are parts of three databases.
+#include <LocalDbTransaction.h>
+
+#include "Access.h"
+#include "Limits.h"
+#include "Messages.h"
+#include "Resources.h"
+
+namespace {
+
+// The network of the Wi-Fi that guests use; null when there is none.
+Node guestSsid(TreeMapObject& wifi) {
+    Node const all(wifi.get("ssids"));
+    int64_t const wanted = wifi.get<int64_t>("guest.ssidId");
+    for (unsigned int i = 0; all != nullptr; ++i) {
+        Node ssid(all->at(i));
+        int64_t id = 0;
+        if (ssid == nullptr || (ssid->get_ex("id", id) && id == wanted)) {
+            return ssid;
+        }
+    }
+    return nullptr;
+}
+
+// Switches every part. A refusal lets the transaction go, and with it what was switched before.
+void switchParts(LocalDbTransaction& wifi, bool isOn) {
+    TreeMapObject* const addresses = wifi.also(API_NETWORK, "guest");
+    TreeMapObject* const firewall = wifi.also(API_SECURITY, "guest");
+    if (!wifi) {
+        throw refuseDatabase(wifi.status());
+    }
+    Node const ssid = guestSsid(*wifi.object());
+    require(ssid != nullptr, 409, "guest.ssidId names no network");
+    for (TreeMapObject* const part : {ssid.get(), addresses, firewall}) {
+        bool wasOn = false;
+        require(part->get_ex("enabled", wasOn), 500, "a part of the guest network is damaged");
+        part->set("enabled", isOn);
+    }
+}
+
+}  // namespace
+
+Reply switchGuestNetwork(Session const& session, std::string const& body) {
+    requireWritable({API_WIFI, "guest", session, {}});
+    Node const wanted = parseBody(body);
+    bool isOn = false;
+    require(wanted->get_ex("enabled", isOn), 400,
+            "the guest network needs \"enabled\": true or false");
+    LocalDbTransaction wifi(API_WIFI, "", "default", MAX_WAIT_MS);
+    switchParts(wifi, isOn);
+    if (wifi.save() != 0) {
+        throw wifi.status() == LocalDbTransaction::INVALID
+            ? refuseDocument(wifi.fault().apiType, wifi.fault())
+            : refuse(500, "the change could not be finished: read the databases again");
+    }
+    for (unsigned int const type : {API_WIFI, API_NETWORK, API_SECURITY}) {
+        session.seeSaved(type);
+    }
+    return Reply{.status = 204};
+}
