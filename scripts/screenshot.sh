@@ -5,6 +5,7 @@ set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libmicrohttpd-dev libssl-dev libcrypt-dev \
     curl jq chromium chromium-driver fonts-dejavu-core
+scripts/install-axe.sh
 build=build/example
 cmake -S . -B "$build" -DVOBIUTILS_BUILD_TESTS=OFF >/dev/null
 cmake --build "$build" --parallel "$(nproc)" >/dev/null

@@ -7,6 +7,7 @@ set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \
     binutils json-schema-test-suite libmicrohttpd-dev libssl-dev libcrypt-dev openssl curl
+scripts/install-axe.sh
 
 summary=
 # Prints how many tests ran, and which were skipped and why, in this build and in those before it; then the

@@ -1,7 +1,7 @@
 #!/bin/sh
 # The page of the web back end in a headless browser. PROGRAM [FOLDER for pictures of it]
-# Run from the project's folder. Skipped (77) without a browser. With AXE=FILE, the axe.min.js of the npm package
-# axe-core, the page must also be without serious faults for those who cannot see or point.
+# Run from the project's folder. Skipped (77) without a browser. After scripts/install-axe.sh the page must also be
+# without serious faults for those who cannot see or point.
 set -eu
 for tool in chromium chromedriver curl jq; do
     command -v $tool >/dev/null || { echo "skipped: there is no $tool"; exit 77; }
@@ -37,7 +37,9 @@ session=$(post "" '{"capabilities": {"alwaysMatch": {"goog:chromeOptions":
     jq -r .value.sessionId)
 post "/$session/url" "{\"url\": \"http://127.0.0.1:$port/\"}" >/dev/null
 post "/$session/timeouts" '{"script": 500000}' >/dev/null
-failures=$(cat ${AXE:+"$AXE"} tests/backend/page.js | jq -Rs '{script: ., args: []}' |
+axe=build/axe/node_modules/axe-core/axe.min.js
+[ -f $axe ] || axe=
+failures=$(cat ${axe:+"$axe"} tests/backend/page.js | jq -Rs '{script: ., args: []}' |
     post "/$session/execute/async" | jq -c .value)
 if [ -n "${2-}" ]; then
     sleep 7 # what the page announces is gone by then
@@ -46,7 +48,7 @@ if [ -n "${2-}" ]; then
     picture "$2/dark.png" 1100 677 dark
 fi
 curl --silent --request DELETE "$driver/session/$session" >/dev/null
-echo "failures: $failures"
+echo "failures${axe:+, with axe-core}: $failures"
 stop_backend
 [ "$failures" = '[]' ]
 grep -q '"name":"garden"' "$work/gateway/data/wifi/wifi.ldb"
