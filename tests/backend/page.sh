@@ -11,7 +11,6 @@ port=$((10000 + $$ % 20000))
 driver=http://127.0.0.1:$((port + 1))
 . scripts/backend-functions.sh
 prepare_gateway "$work/gateway" $port
-keep_passwords "$work/gateway"
 start_backend "$1" "$work/gateway"
 chromedriver --port=$((port + 1)) >"$work/driver.txt" 2>&1 &
 driver_pid=$!

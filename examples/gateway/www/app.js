@@ -9,7 +9,8 @@ import { auditView, expertView, homeView, logView, passwordView, searchView } fr
 // The menu by task. The sections that it does not name follow under "More".
 const TASKS = {
   "Internet": "network/wan network/dsl network/cable network/mobile service/ddns",
-  "Wi-Fi": "wifi/ wifi/ssids wifi/guest wifi/radios wifi/schedule wifi/accessControl wifi/wps wifi/stations",
+  "Wi-Fi": "wifi/ wifi/ssids wifi/radios wifi/schedule wifi/accessControl wifi/wps wifi/stations",
+  "Guest network": "wifi/guest network/guest security/guest",
   "Home network": "network/lan gateway/devices network/routes service/wol",
   "Open to the Internet": "service/portForwarding service/portTriggering service/dmz service/upnp security/vpn",
   "Protection": "security/firewall security/parentalControl service/macFiltering service/ipFiltering security/login",
@@ -56,7 +57,7 @@ const decoded = (text) => new URLSearchParams("text=" + text.replace(/[+&]/g, en
 function viewOf(hash) {
   const [kind, first = ""] = hash.replace(/^#\/?/, "").split("/").map(decoded);
   document.body.classList.toggle("locked", user.mustChangePassword === true);
-  if (user.mustChangePassword) return passwordView();
+  if (user.mustChangePassword) return passwordView(enter);
   markMenu(hash);
   if (VIEWS[kind]) return VIEWS[kind](first);
   if (!databases[kind]) return { title: "Not there", node: heading("There is nothing at this address.") };
@@ -73,10 +74,10 @@ function logInAgain() {
     const reason = "Your session has ended. What you have typed is still there: log in to go on.";
     byId("login-reason").textContent = before ? reason : "";
     byId("username").value ||= before ?? "";
+    const open = () => (login.showModal(), byId(before ? "password" : "username").focus());
     login.returnValue = "";
-    login.showModal();
-    byId(before ? "password" : "username").focus();
-    login.onclose = () => (login.returnValue === "in" ? resolve() : login.showModal()); // Escape does not help
+    login.onclose = () => (login.returnValue === "in" ? resolve() : open()); // Escape does not help
+    open();
   }).then(async () => {
     pending = null;
     if (before && (before !== user.user || user.mustChangePassword)) enter().then(() => go(location.hash));

@@ -19,6 +19,7 @@ export function editView(type, path, control) {
   const fault = h("p", { role: "alert", class: "fault", tabindex: -1 });
   const say = (text, problem = "") => {
     [state.textContent, fault.textContent] = [text, problem];
+    announce("");
     form.classList.toggle("dirty", isDirty());
   };
   const again = () => go(location.hash, true);
@@ -60,6 +61,8 @@ export function editView(type, path, control) {
     const target = isNew() ? { method: "POST", path: parentOf(path), body: now } : { method: "PATCH", path: current, body };
     const place = await send({ type, ...target }, base, overwrite);
     if (place !== current) rename(addressOf(type, place));
+    document.querySelector("h1").textContent = titleOf(databases[type], place);
+    document.title = titleOf(databases[type], place) + " – Home gateway";
     [base, saved, current] = [databases[type].value, now, place];
     if (remove) remove.hidden = false;
     say(isDirty() ? "Saved; what was typed since then is not" : "Saved");

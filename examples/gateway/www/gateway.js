@@ -3,7 +3,6 @@ import { isEqual, join, merged, moved, placesOf, valueAt, withValue } from "./sc
 
 export let databases = {}; // by type: value, schema and etag, or an error
 export let user = null;    // user, role, mustChangePassword
-
 export const isAdministrator = () => user?.role === "administrator";
 
 // What the gateway did not do, and why. The status is 0 if it did not answer; `path` is where the fault is. A change

@@ -41,7 +41,7 @@ export function placeView(type, path) {
   const crumbs = h("nav", { class: "crumbs", "aria-label": "Places above" },
     above.map((at) => link(type, at, titleOf(database, at))));
   return { ...view, title, node: h("div", {}, crumbs, heading(title), hintOf(schema),
-    view.node) };
+    type === "wifi" && path === "guest" && guestSwitch(), view.node) };
 }
 
 const hintOf = (schema) => schema.description && h("p", { class: "hint" }, schema.description);
@@ -49,6 +49,7 @@ const hintOf = (schema) => schema.description && h("p", { class: "hint" }, schem
 // What the form of a place does not edit itself: tables; in the view of a database, its sections.
 function partOf(type, place, schema, value, path) {
   if (path === place) return null;
+  if (path === "guest.enabled") return guestSwitch();
   if (place === "" && isContainer(schema)) return h("p", {}, link(type, path, schema.title));
   if (!isTable(databases[type].schema, schema) || stepsOf(place).some(isRow)) return null;
   return h("section", { "data-path": path, tabindex: -1 }, h("h2", {}, schema.title), hintOf(schema),
@@ -84,4 +85,25 @@ function table(type, path, schema, rows) {
   return h("div", {}, rows.length > 0 && h("table", { class: "rows", "aria-label": schema.title }, head,
     h("tbody", {}, rows.slice(0, 200).map(line))), note && h("p", { class: "hint" }, note),
   canChange && rows.length < schema.maxItems && h("p", {}, link(type, join(path, NEW), "Add", add)));
+}
+
+// Guests on and off in one step. What is typed beside it stays.
+function guestSwitch() {
+  const types = ["wifi", "network", "security"];
+  const button = h("button", { role: "switch", class: "switch", type: "button", disabled: !isAdministrator(), async onclick() {
+    const enabled = button.getAttribute("aria-checked") !== "true";
+    announce("Saving ...");
+    await request("POST", "/api/guest", { enabled }).then(() => Promise.all(types.map(reload)))
+      .then(() => announce("Saved"), ({ message }) => announce("Not saved: " + message));
+    show();
+  } });
+  const show = () => {
+    const [wifi, ...others] = types.map((type) => databases[type]?.value);
+    const parts = [wifi?.ssids?.find(({ id }) => id === wifi.guest?.ssidId), ...others.map((value) => value?.guest)];
+    const count = parts.filter((part) => part?.enabled).length;
+    button.setAttribute("aria-checked", String(count === 3));
+    button.textContent = "The guest network is " + ["off", "partly on", "partly on", "on"][count];
+  };
+  show();
+  return button;
 }

@@ -7,7 +7,6 @@ export const parentOf = (path) => stepsOf(path).slice(0, -1).join(".");
 export const isIndex = (step) => /^\[\d+\]$/.test(step);
 export const isRow = (step) => isIndex(step) || step === NEW;
 export const isObject = (value) => value !== null && typeof value === "object" && !Array.isArray(value);
-
 const keyOf = (step) => (isIndex(step) ? Number(step.slice(1, -1)) : step);
 
 export function valueAt(value, path) {

@@ -79,47 +79,59 @@ function askedView(title, load, ...controls) {
 }
 
 const LEVELS = ["ERROR", "WARN", "INFO", "DEBUG"];
-
 export function logView() {
   const options = LEVELS.map((name, i) => h("option", { value: i, selected: i === 3 }, i > 0 ? name + " and worse" : name));
   const level = h("select", { "aria-label": "Level" }, options);
   const isShown = (line) => LEVELS.indexOf(/^.{14}\|\s*(\w+): /.exec(line)?.[1]) <= Number(level.value);
   return askedView("Log", async () => {
     const { body = "" } = await request("GET", "/log");
-    return h("pre", { tabindex: 0, "aria-label": "Log" }, body.split("\n").filter(isShown).join("\n"));
+    const lines = body.split("\n").filter(isShown).reverse();
+    return h("pre", { tabindex: 0, role: "region", "aria-label": "Log, newest first" }, lines.join("\n") || "Nothing.");
   }, level);
 }
 
-const AUDIT = ["When", "Who", "From", "What", "Where"];
-
+// Newest first; an old entry is found by a word of it.
 export function auditView() {
+  const word = h("input", { type: "search", "aria-label": "Only entries with", placeholder: "Only entries with ..." });
+  const titles = ["When", "Who", "From", "What", "Where"];
   return askedView("Changes and logins", async () => {
     const { body } = await request("GET", "/audit");
-    const line = (entry) => h("tr", {}, [new Date(entry.time).toLocaleString(), entry.user, entry.address, entry.what, entry.path]
-      .map((text, i) => h(i > 0 ? "td" : "th", { "data-title": AUDIT[i] }, text)));
-    return h("table", { class: "rows" }, headOf(AUDIT), h("tbody", {}, body.reverse().map(line)));
-  });
+    const all = body.map(({ time, user, address, what, path }) => [new Date(time).toLocaleString(), user, address, what, path])
+      .filter((texts) => texts.join(" ").toLowerCase().includes(word.value.toLowerCase()));
+    const line = (texts) => h("tr", {}, texts.map((text, i) => h(i > 0 ? "td" : "th", { "data-title": titles[i] }, text)));
+    return h("div", {}, h("table", { class: "rows" }, headOf(titles), h("tbody", {}, all.reverse().slice(0, 50).map(line))),
+      h("p", { class: "hint", role: "status" }, `${Math.min(50, all.length)} of ${all.length} entries`));
+  }, word);
 }
 
-export function passwordView() {
+// With `enter`, which loads what a new password opens, if that is why one is asked for.
+export function passwordView(enter) {
   const [old, fresh, again] = ["current-password", "new-password", "new-password"].map((autocomplete) =>
     h("input", { type: "password", autocomplete, required: true, maxlength: 128 }));
   const fault = h("p", { role: "alert", class: "fault" });
   const onsubmit = async (event) => {
     event.preventDefault();
+    if (form.inert) return; // a second click
     fault.textContent = fresh.value === again.value ? "" : "The new passwords are not the same.";
     if (fault.textContent) return again.focus();
+    form.inert = true;
     try {
       await request("PUT", "/api/me/password", { old: old.value, new: fresh.value });
       announce("The password is changed");
-      if (user.mustChangePassword) return location.replace("/"); // loads everything
-      go("#/", true);
+      form.reset();
+      if (enter) await enter();
+      go(enter ? location.hash : "#/", true);
     } catch (error) {
       fault.textContent = error.message;
     }
+    form.inert = false;
+    old.focus();
   };
   const reason = user.mustChangePassword && h("p", {}, "Choose a password of your own before you go on.");
-  const form = h("form", { onsubmit, class: "narrow" }, h("label", {}, "Password", old), h("label", {}, "New password", fresh),
+  const name = h("input", { autocomplete: "username", value: user.user, hidden: true }); // a password manager's
+  const form = h("form", { onsubmit, class: "narrow" }, name, h("label", {}, "Password", old), h("label", {}, "New password", fresh),
     h("label", {}, "New password again", again), fault, h("button", { class: "main" }, "Change"));
-  return { title: "Change password", node: h("div", {}, heading("Change password"), reason, form) };
+  const node = h("div", {}, heading("Change password"), reason, form);
+  const isDirty = () => [old, fresh, again].some((input) => input.value);
+  return { title: "Change password", node, isDirty, save: () => (form.requestSubmit(), false) };
 }
