@@ -1,9 +1,9 @@
 // A form that saves what its controls change: questions, refusals at their places, changes made elsewhere.
 import { Refusal, databases, isAdministrator, send } from "./gateway.js";
 import { announce, ask, h } from "./dom.js";
-import { addressOf, go, rename } from "./router.js";
+import { addressOf, go, rename, showAgain } from "./router.js";
 import {
-  NEW, difference, isEqual, isIndex, isRow, join, nameOf, parentOf, placesOf, schemaAt, stepsOf, textOf, titleOf, valueAt,
+  NEW, difference, isEqual, isIndex, isRow, join, merged, nameOf, parentOf, placesOf, schemaAt, stepsOf, textOf, titleOf, valueAt,
 } from "./schema.js";
 
 // The view of a place with its control. What has changed is saved; a new row is appended, and has a place from then on.
@@ -63,10 +63,12 @@ export function editView(type, path, control) {
     if (place !== current) rename(addressOf(type, place));
     document.querySelector("h1").textContent = titleOf(databases[type], place);
     document.title = titleOf(databases[type], place) + " – Home gateway";
+    const others = !isNew() && !isEqual(merged(valueAt(base, current), body), valueAt(databases[type].value, place));
     [base, saved, current] = [databases[type].value, now, place];
     if (remove) remove.hidden = false;
     say(isDirty() ? "Saved; what was typed since then is not" : "Saved");
     announce(state.textContent);
+    if (others && !isDirty()) showAgain(); // what others have changed beside it
     return true;
   }
 

@@ -50,6 +50,11 @@ function show(hash, inside) {
   refresh();
 }
 
+// The focus stays at its place.
+export function showAgain() {
+  show(address, document.activeElement.closest("[data-path]")?.dataset.path ?? "");
+}
+
 // Looks whether the gateway has something newer. What is being typed stays.
 async function refresh() {
   const shown = view;
@@ -59,7 +64,5 @@ async function refresh() {
   } catch (error) {
     announce(error.message);
   }
-  if (shown === view && shown.isStale() && !shown.isDirty?.()) {
-    show(address, document.activeElement.closest("[data-path]")?.dataset.path ?? "");
-  }
+  if (shown === view && shown.isStale() && !shown.isDirty?.()) showAgain();
 }
