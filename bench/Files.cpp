@@ -20,9 +20,8 @@ namespace fs = std::filesystem;
 
 class ScratchFolder {
   public:
-    ScratchFolder() {
-        fs::path const memory = "/dev/shm";
-        path_ = ((fs::is_directory(memory) ? memory : fs::temp_directory_path()) / "bench-XXXXXX");
+    explicit ScratchFolder(fs::path const& wanted) {
+        path_ = (fs::is_directory(wanted) ? wanted : fs::temp_directory_path()) / "bench-XXXXXX";
         if (mkdtemp(path_.data()) == nullptr) {
             abort();
         }
@@ -85,7 +84,12 @@ Work databaseCycle(API_TYPE_T type, int bytes) {
 }  // namespace
 
 std::string scratchFile(std::string const& name) {
-    static ScratchFolder const folder;
+    static ScratchFolder const folder("/dev/shm");
+    return folder.path() + "/" + name;
+}
+
+std::string diskFile(std::string const& name) {
+    static ScratchFolder const folder("/var/tmp");
     return folder.path() + "/" + name;
 }
 

@@ -59,6 +59,7 @@ void addLogLines();
 void addFiles();
 void addSnapshots();     // after the files, which start the databases
 void addTransactions();  // likewise
+void addChanges();       // likewise
 void addGrowths();
 
 #endif

@@ -36,6 +36,7 @@ int main(int argc, char** argv) {
     addFiles();
     addSnapshots();
     addTransactions();
+    addChanges();
     addGrowths();
     if (argc == 3 && strcmp(argv[1], "--count") == 0) {
         countInstructions(argv[2]);
