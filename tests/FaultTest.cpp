@@ -46,7 +46,8 @@ Fault const FAULTS[] = {
     {faults::ACCESS, ENOENT, true},    {faults::XATTR, EPERM, true},
     {faults::XATTR, EOPNOTSUPP, true}, {faults::XATTR, ENOSPC, false},
     {faults::XATTR, ENOMEM, false},    {faults::TEXT, ENOMEM, true},
-    {faults::TEXTS, ENOMEM, false},
+    {faults::TEXTS, ENOMEM, false},    {faults::UNLINK, EIO, true},
+    {faults::MOUNT, ENOMEM, true},
 };
 
 struct Trial {
@@ -270,10 +271,12 @@ void savesSeveral(Trial& trial) {
             result = change.save();
         }
     });
-    bool const refuses = trial.fault.call == faults::RENAME || trial.fault.call == faults::OWNER ||
-                         trial.fault.call == faults::MODE || trial.fault.call == faults::XATTR;
+    bool const refuses = trial.fault.call == faults::MOUNT || trial.fault.call == faults::RENAME ||
+                         trial.fault.call == faults::OWNER || trial.fault.call == faults::MODE ||
+                         trial.fault.call == faults::XATTR;
     EXPECT_TRUE(result == 0 || !trial.fault.harmless || refuses);
     EXPECT_TRUE(result == 0 || trial.fault.call != faults::RENAME || trial.n <= 3);
+    EXPECT_TRUE(result != 0 || trial.fault.call != faults::MOUNT || !trial.reached);
     EXPECT_TRUE(result != 0 || TempDir::read(LAN_FILE) + TempDir::read(rulesFile) == NEW + NEW);
     LocalDbTransaction next(API_NETWORK, "a", "default");
     EXPECT_NE(next.also(API_SECURITY, "a"), nullptr);

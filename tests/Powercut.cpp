@@ -1,8 +1,11 @@
 // powercut [TYPES]: tries every disk that a loss of power may leave during a save of so many
 // databases, 1 and then 2 unless given, and during the recovery from each of these disks, and so on.
 // Each time a reader has to find all files old or all new: new once the save has returned, and what
-// an earlier reader has found. Without any one of the save's syncs that has to fail.
+// an earlier reader has found. Without any one of the save's syncs that has to fail. The same for two
+// of which one cannot be renamed over when the change counts, and is written in place.
+#include <errno.h>
 #include <fcntl.h>
+#include <string.h>
 #include <unistd.h>
 
 #include <deque>
@@ -21,7 +24,8 @@ namespace fs = std::filesystem;
 DiskModel* model = nullptr;  // of the action that is being watched
 std::set<Disk> left;         // what losses of power during it may leave
 int syncs = 0;
-int droppedSync = 0;  // its number; 0 for none
+int droppedSync = 0;     // its number; 0 for none
+bool isRefused = false;  // the rename to the first database
 
 std::string plain(fs::path const& name) { return name.lexically_normal(); }
 std::string nameOf(int fd) {
@@ -121,7 +125,9 @@ bool isRight(int types, int without, int& count) {
 
 bool check(int types) {
     int count = 0;
-    bool isAsItMustBe = true;
+    isRefused = true;
+    bool isAsItMustBe = types == 1 || isRight(types, 0, count);
+    isRefused = false;
     for (int without = 0; without <= count; ++without) {
         isAsItMustBe = isRight(types, without, count) == (without == 0) && isAsItMustBe;
     }
@@ -148,9 +154,17 @@ WRAP(int, open, (char const* name, int flags, mode_t mode)) {
 }
 WRAP(ssize_t, write, (int fd, void const* bytes, size_t size)) {
     if (isWatched()) {
-        model->files[model->now[nameOf(fd)]].content.append(static_cast<char const*>(bytes), size);
+        model->files[model->now[nameOf(fd)]].content.replace(
+            static_cast<size_t>(lseek(fd, 0, SEEK_CUR)), size, static_cast<char const*>(bytes),
+            size);
     }
     return __real_write(fd, bytes, size);
+}
+WRAP(int, ftruncate64, (int fd, off_t length)) {
+    if (isWatched()) {
+        model->files[model->now[nameOf(fd)]].content.resize(static_cast<size_t>(length));
+    }
+    return __real_ftruncate64(fd, length);
 }
 WRAP(int, fsync, (int fd)) {  // a real one would only take time
     if (++syncs != droppedSync && isWatched()) {
@@ -159,6 +173,10 @@ WRAP(int, fsync, (int fd)) {  // a real one would only take time
     return 0;
 }
 WRAP(int, rename, (char const* from, char const* to)) {
+    if (isRefused && strstr(from, ".change.1") != nullptr) {
+        errno = EBUSY;
+        return -1;
+    }
     return moved(__real_rename(from, to), plain(from), plain(to));
 }
 WRAP(int, unlink, (char const* name)) { return moved(__real_unlink(name), plain(name), ""); }

@@ -17,6 +17,9 @@
 #include <random>
 
 #include "JsonData.h"
+#include "LocalDbCtrl.h"
+#include "LocalDbSnapshot.h"
+#include "LocalDbTransaction.h"
 #include "Logger.h"
 #include "Support.h"
 #include "TreeMapObject.h"
@@ -206,6 +209,62 @@ TEST_F(SaveTest, IsNeverTornByAKill) {
     EXPECT_EQ(entriesOf("d"), 1);
     EXPECT_TRUE(fs::is_symlink("link"));
     EXPECT_EQ(statusOf("d/f").st_uid, geteuid() == 0 ? 1234 : geteuid());  // the other user saved
+}
+
+[[noreturn]] void transferForEver(std::atomic<int>* saves) {
+    for (int amount = 1;; ++amount) {
+        LocalDbTransaction change(API_WIFI, "", "default", 10);
+        TreeMapObject* const other = change.also(API_SECURITY, "");
+        if (other != nullptr) {
+            change->set("share", change->get<int>("share") - amount % 1000);
+            other->set("share", other->get<int>("share") + amount % 1000);
+            *saves += change.save() == 0;
+        }
+    }
+}
+
+int sumOfShares() {
+    unsigned int const types[] = {API_WIFI, API_SECURITY};
+    LocalDbSnapshot taken[2];
+    EXPECT_TRUE(LocalDbSnapshot::take(types, 2, taken));
+    return taken[0].get<int>("share") + taken[1].get<int>("share");
+}
+
+// A process transfers from one database to the other until it is killed, again until so many kills
+// have met it in the middle of a change, which a record shows: KILLS of them, if that is set. This
+// one reads meanwhile, and finishes what is left.
+TEST_F(SaveTest, TransfersAddUpDespiteKills) {
+    std::minstd_rand random(std::random_device{}());
+    char const* const kills = getenv("KILLS");
+    for (unsigned int type : {API_WIFI, API_SECURITY}) {
+        TempDir::write(LocalDbCtrl::getFileName(type), "{\"share\":0}");
+    }
+    Logger::mask = 0;
+    LocalDbCtrl::init();
+    auto* const saves = static_cast<std::atomic<int>*>(
+        mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    int const wanted = kills != nullptr ? atoi(kills) : 10;
+    for (int round = 0, met = 0; met < wanted && round < 30 * wanted; ++round) {
+        *saves = 0;
+        pid_t const writer = fork();
+        if (writer == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);  // should the test fail
+            transferForEver(saves);
+        }
+        while (*saves < 2) {
+            ASSERT_EQ(sumOfShares(), 0) << round;
+        }
+        usleep(static_cast<useconds_t>(random() % 5000));
+        kill(writer, SIGKILL);
+        waitpid(writer, nullptr, 0);
+        met += fs::exists("data/.change") ? 1 : 0;
+        ASSERT_EQ(sumOfShares(), 0) << round;
+        EXPECT_TRUE(LocalDbTransaction(API_WIFI, "", "default"));
+        ASSERT_EQ(entriesOf("data"), 3) << round;  // the two folders and the lock
+        if (kills != nullptr && round % 100 == 0) {
+            fprintf(stderr, "%d kills, %d in the middle of a change\n", round, met);
+        }
+    }
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // The disks that a loss of power may leave after some operations on files.
 //
 // A disk may lack each change of a name whose folder has not been synced since, whatever else it
-// has, and what has been written to a file since its sync, or a half of that. Of a rename to another
-// folder, the new name may be there without the old one being gone.
+// has, and what has been written to a file since its sync, or the half of the new content that comes
+// first. Of a rename to another folder, the new name may be there without the old one being gone.
 #ifndef VOBIUTILS_TESTS_DISKMODEL_H
 #define VOBIUTILS_TESTS_DISKMODEL_H
 
@@ -19,7 +19,7 @@ typedef std::map<std::string, std::string> Disk;  // names of files, and their c
 struct DiskModel {
     struct File {
         std::string content;
-        size_t synced = 0;  // so many bytes
+        std::string synced;
     };
     struct Move {
         std::string from, to;
@@ -30,7 +30,7 @@ struct DiskModel {
     explicit DiskModel(Disk const& disk) {
         for (auto const& [name, content] : disk) {
             lasting[name] = now[name] = files.size();
-            files.push_back({content, content.size()});
+            files.push_back({content, content});
         }
     }
 
@@ -47,7 +47,7 @@ struct DiskModel {
     // Once a folder has lost a name for good, its file has the new one.
     void sync(std::string const& name) {
         if (now.contains(name)) {
-            files[now[name]].synced = files[now[name]].content.size();
+            files[now[name]].synced = files[now[name]].content;
             return;
         }
         for (Move& move : pending) {
@@ -88,9 +88,11 @@ struct DiskModel {
                                File const& file) {
         std::set<Disk> more;
         for (Disk disk : disks) {
-            for (size_t length :
-                 {file.synced, (file.synced + file.content.size()) / 2, file.content.size()}) {
-                disk[name] = file.content.substr(0, length);
+            size_t const half = std::min(file.content.size() / 2, file.synced.size());
+            for (std::string const& content :
+                 {file.synced, file.content,
+                  file.content.substr(0, file.content.size() / 2) + file.synced.substr(half)}) {
+                disk[name] = content;
                 more.insert(disk);
             }
         }

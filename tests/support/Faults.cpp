@@ -71,6 +71,10 @@ WRAP_BOTH(OPEN, int, open, (char const* name, int flags, mode_t mode), name, fla
 WRAP(READ, ssize_t, read, (int fd, void* bytes, size_t size), fd, bytes, size)
 WRAP(SYNC, int, fsync, (int fd), fd)
 WRAP(RENAME, int, rename, (char const* from, char const* to), from, to)
+WRAP(UNLINK, int, unlink, (char const* name), name)
+WRAP(MOUNT, int, name_to_handle_at,
+     (int folder, char const* name, struct file_handle* to, int* mount, int flags), folder, name,
+     to, mount, flags)
 WRAP_BOTH(STAT, int, stat, (char const* name, void* status), name, status)
 WRAP_BOTH(STAT, int, fstat, (int fd, void* status), fd, status)
 WRAP(STAT, int, lstat64, (char const* name, void* status), name, status)

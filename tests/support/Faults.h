@@ -13,6 +13,7 @@ enum Call {
     SHORT_WRITE,
     SYNC,
     RENAME,
+    UNLINK,
     CLOSE,
     STAT,
     LOCK,
@@ -21,6 +22,7 @@ enum Call {
     DUPLICATE,
     LINK,
     ACCESS,
+    MOUNT,  // the call that tells a file's mount
     XATTR,  // a call for one extended attribute
     ALLOCATION,
     JSON,  // a call to json-c, out of memory
