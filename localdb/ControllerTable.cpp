@@ -1,4 +1,4 @@
-// Apart from the registry, because only this needs exceptions.
+// Finds, adds and removes the entries of the map, without an exception.
 #include "localdb/ControllerTable.h"
 
 #include <new>

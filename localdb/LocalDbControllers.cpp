@@ -1,5 +1,4 @@
-// Makes controllers, and looks them up. Apart from the registry, because only this passes
-// std::bad_alloc on.
+// Makes controllers, and looks them up.
 #include <memory>
 #include <new>
 
