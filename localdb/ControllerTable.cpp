@@ -10,7 +10,7 @@ namespace vobiutils {
 
 // The map's own search needs a std::string, which takes memory if the key is long. Without that, the
 // entries are searched one by one: a writer must be able to end its lock even when out of memory.
-ControllerEntry findEntry(char const* key) noexcept {
+ControllerEntry findEntry(char const* key) {
     try {
         return LocalDbCtrl::controllers.find(key);
     } catch (std::bad_alloc const&) {
@@ -22,7 +22,7 @@ ControllerEntry findEntry(char const* key) noexcept {
     return entry;
 }
 
-ControllerEntry addEntry(char const* key) noexcept {
+ControllerEntry addEntry(char const* key) {
     try {
         return LocalDbCtrl::controllers.emplace(key, nullptr).first;
     } catch (std::bad_alloc const&) {
@@ -30,6 +30,6 @@ ControllerEntry addEntry(char const* key) noexcept {
     }
 }
 
-void removeEntry(ControllerEntry entry) noexcept { LocalDbCtrl::controllers.erase(entry); }
+void removeEntry(ControllerEntry entry) { LocalDbCtrl::controllers.erase(entry); }
 
 }  // namespace vobiutils
