@@ -31,6 +31,14 @@
 /// }
 /// \endcode
 ///
+/// Where other programs change the files, too, a document with unsaved changes may be out of date:
+///
+/// \code{.cpp}
+/// if (lan.save() != 0 && lan.status() == LocalDbTransaction::CHANGED) {
+///     return force ? lan.save() : lan.forget();  // write over the other's file, or take it
+/// }
+/// \endcode
+///
 /// A change to several databases, which is saved as a whole or not at all:
 ///
 /// \code{.cpp}
@@ -54,6 +62,12 @@
 /// get it in the order in which they came. One that is refused holds nothing. Two that each want
 /// what the other one has do not deadlock: at least one of them times out. removeDB
 /// waits for a transaction of the controller to end.
+///
+/// Processes: transactions of different processes take turns at a database, within the same waiting
+/// time, so that none reads what another one is about to replace. Not those that only read, and not
+/// plain operations; docs/threads.md says what follows when programs mix. The lock of a process that
+/// ends, or is killed, is free at once. Where the file system has no locks, or the process may not
+/// make the file `.lock` in the folder of the type, processes do not wait for each other.
 ///
 /// Transactions and plain operations are not mixed on one lock: a saveDbObject or unlockDbObject of
 /// the same database inside the scope ends the lock. From then on the status is ENDED, there is no
@@ -82,15 +96,17 @@ class LocalDbTransaction {
   public:
     /// The state of the lock, or why there is none.
     enum Status {
-        LOCKED,      ///< the database is locked, and there is a handle
-        BUSY,        ///< another writer held or was saving the database until the timeout expired
-        NO_FILE,     ///< there is no data file
-        UNREADABLE,  ///< the data file cannot be read, or is not JSON
-        NO_NODE,     ///< nothing at that path
+        LOCKED,         ///< the database is locked, and there is a handle
+        BUSY,           ///< another writer, perhaps of another process, held or was saving the
+                        ///< database until the timeout expired
+        NO_FILE,        ///< there is no data file
+        UNREADABLE,     ///< the data file cannot be read, or is not JSON
+        NO_NODE,        ///< nothing at that path
         BAD_ARGUMENTS,  ///< an API type of 9 or more, a null path, no default controller
         NO_MEMORY,      ///< out of memory for the document, the handle or the copy
         ENDED,          ///< it was locked, and then saved, kept or ended by a plain operation
         INVALID,        ///< locked still: the last save() refused the document, see fault()
+        CHANGED,        ///< locked still: the last save() would have written over another's file
     };
 
     /// Why a document is not valid, and which one.
@@ -134,8 +150,9 @@ class LocalDbTransaction {
     /// nothing changed, if the transaction is not open.
     TreeMapObject* also(unsigned int apiType, char const* path);
 
-    Status status() const;           ///< LOCKED or INVALID, then ENDED; or why nothing was locked
-    explicit operator bool() const;  ///< whether the database is locked: LOCKED or INVALID
+    /// LOCKED, INVALID or CHANGED, then ENDED; or why nothing was locked.
+    Status status() const;
+    explicit operator bool() const;  ///< whether the database is locked: not so with other states
 
     /// Where and why the last save() found a document not valid, with a path inside the whole
     /// document; four empty strings, and no API type, if it did not. Changes with the next save(),
@@ -169,11 +186,24 @@ class LocalDbTransaction {
     /// not written, whether the change or an earlier one made it invalid; nor is any while that
     /// schema exists and cannot be used. save() then returns 2 with the status INVALID, and the lock
     /// does not end: put the document right and save again, keep it, or let it go.
+    ///
+    /// Nor is a document written over a file that is not the one which it was read from: its file was
+    /// replaced, changed or removed while the controller held it with unsaved changes, or, in a
+    /// session's own controller, since that was made or has last read it. Another process may have
+    /// done so, another session, or a user. save() then returns 2 with the status CHANGED, and the
+    /// lock does not end: save again to write over the file, forget() to take it, keep the document,
+    /// or let it go. With several databases, nothing is written if one of them is so. Any other
+    /// document is read again by the lock if its file has changed.
     int save();
 
     /// Leaves the changes in memory, unsaved, and ends the lock, as LocalDbCtrl::unlockDbObject
     /// does. Returns 0; 2 if nothing was locked. After READ, memory is as it was before.
     int keep();
+
+    /// Drops the documents of all databases that it has locked, with what was unsaved before the
+    /// lock, and ends the lock: the next lock reads the files. Returns 0; 2 if nothing was locked.
+    /// After READ it does nothing and returns 2: the lock does not end.
+    int forget();
 
   private:
     __attribute__((visibility("hidden"))) Status lock(vobiutils::Database const& wanted,
@@ -183,6 +213,7 @@ class LocalDbTransaction {
                                                           TreeMapObject*& object);
     __attribute__((visibility("hidden"))) bool isHeld() const;
     __attribute__((visibility("hidden"))) bool areValid();
+    __attribute__((visibility("hidden"))) bool overwritesAnother();
     __attribute__((visibility("hidden"))) void discard();
     template <typename Finish>
     __attribute__((visibility("hidden"))) bool end(Finish const& finish);

@@ -9,11 +9,11 @@ namespace {
 
 unsigned int const LONGEST_SLEEP_MS = 100;
 
+}  // namespace
+
 bool isBefore(timespec const& one, timespec const& other) {
     return one.tv_sec != other.tv_sec ? one.tv_sec < other.tv_sec : one.tv_nsec < other.tv_nsec;
 }
-
-}  // namespace
 
 timespec deadlineIn(unsigned int milliseconds) {
     timespec deadline = {0, 0};

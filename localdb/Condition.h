@@ -11,6 +11,8 @@ namespace vobiutils {
 // The time on CLOCK_MONOTONIC that many milliseconds from now.
 timespec deadlineIn(unsigned int milliseconds);
 
+bool isBefore(timespec const& one, timespec const& other);
+
 // Has no destructor: threads may still wait on a condition with static storage while the process
 // exits, so that one is never destroyed. The owner of any other calls destroy().
 class Condition {

@@ -1,6 +1,7 @@
 // The document of a database, between its data file and memory.
 #include "localdb/Database.h"
 
+#include <errno.h>
 #include <sys/stat.h>
 
 #include <new>
@@ -54,6 +55,7 @@ uint64_t Database::remember(std::unique_ptr<FileContent> content) {
     if (origins_ != nullptr) {
         Origin& origin = origins_->of[apiType];
         origin.set(document_->jobj, version);
+        origin.base = version;
         if (origins_->areReadAgain) {
             content->bytes.clear();
             origin.file = std::move(content);
@@ -74,6 +76,18 @@ bool Database::isValid(CompiledSchema::Fault& fault) const {
     return satisfiesSchemaFile(hasValue() ? document_->jobj : nullptr, schema.get(), fault);
 }
 
+// What is not a regular file is never another: to read it could take for ever.
+bool Database::isFileAnother() const {
+    uint64_t const base = origins_ != nullptr ? origins_->of[apiType].base : 0;
+    FileName const file = FileName::ofData(apiType);
+    if (base == 0 || file.get() == nullptr ||
+        finishChange("LocalDbTransaction") == ChangeState::UNFINISHED) {
+        return false;
+    }
+    uint64_t now = 0;
+    return readVersion(file.get(), now) ? now != base : errno != EINVAL;
+}
+
 int Database::save(uint64_t& version) {
     FileName const file = FileName::ofData(apiType);
     UTIL_DEBUG("%s: type=%d save object %p to file %s\n", "saveDbObject", static_cast<int>(apiType),
@@ -90,6 +104,9 @@ void Database::drop() {
     delete document_;
     document_ = nullptr;
     forgetOrigin();
+    if (origins_ != nullptr) {
+        origins_->of[apiType].base = 0;
+    }
 }
 
 Origin const* Database::origin() const {

@@ -79,6 +79,10 @@ class Database {
     // why.
     bool isValid(CompiledSchema::Fault& fault) const;
 
+    // Whether the file holds other bytes than when it was last read for a document of this database;
+    // false if that is not known. Finishes a change before that.
+    bool isFileAnother() const;
+
     // Writes the document to its data file and drops it, even if the write failed: the next lock
     // reads the file as it is then. Returns 0 if it was written, with the version of the content in
     // `version`; else 2. Does not change the state.

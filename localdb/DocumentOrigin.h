@@ -19,7 +19,7 @@ namespace vobiutils {
 
 // Belongs to the thread that the document belongs to (Database.h).
 struct Origin {
-    // Forgets the document before, and shares the value that was read, or a copy of it: no other
+    // Forgets the document before, but not its base, and shares the value that was read, or a copy of it: no other
     // value can get its address as long as it is known.
     void set(json_object* value, uint64_t contentVersion);
     void forget();
@@ -28,7 +28,9 @@ struct Origin {
     bool isCurrent(char const* name) const;
 
     JsonRef root = JsonRef(nullptr);
-    uint64_t version = 0;               // of the content (FileBytes.h)
+    uint64_t version = 0;  // of the content (FileBytes.h)
+    uint64_t base = 0;     // the version that was read, also once the document has been
+                           // given to a caller; 0 if that is not known
     std::unique_ptr<FileContent> file;  // open, without its bytes; null if it is not read again
 };
 

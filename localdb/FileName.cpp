@@ -39,4 +39,8 @@ FileName FileName::ofDataSchema(unsigned int apiType) {
     return FileName(folder, folder, "_SCHEMA.ldb", SCHEMA_SIZE);
 }
 
+FileName FileName::ofLock(unsigned int apiType) {
+    return FileName(LocalDbCtrl::getApiDir(apiType), "", ".lock");
+}
+
 }  // namespace vobiutils

@@ -17,6 +17,9 @@ class FileName {
     // Of the schema of the data file, beside it: fits wherever the name of the data file does.
     static FileName ofDataSchema(unsigned int apiType);
 
+    // Of the empty file that processes lock in turn: fits wherever the name of the data file does.
+    static FileName ofLock(unsigned int apiType);
+
     // Null if the types do not name a file, or the name is too long.
     char const* get() const { return text_[0] != '\0' ? text_ : nullptr; }
 

@@ -4,7 +4,8 @@
 // databases before the next: their mutexes are freed, the documents are saved, kept or discarded,
 // their states are changed. It takes no memory.
 //
-// A save that finds a document invalid does nothing, so that any of these ends can follow.
+// A save that finds a document invalid, or a file changed, does nothing, so that any of these ends can
+// follow.
 #include "LocalDbTransaction.h"
 
 #include <new>
@@ -120,7 +121,7 @@ LocalDbTransaction::Status LocalDbTransaction::lock(Database const& wanted, char
         vobiutils::release(database);
         return NO_MEMORY;
     }
-    Status const status = added->prepare(path, object);
+    Status const status = added->prepare(path, deadline_, object);
     if (status == LOCKED) {
         std::unique_ptr<TransactionLock>* end = &locks_;
         while (*end != nullptr) {
@@ -205,6 +206,13 @@ bool LocalDbTransaction::areValid() {
     return true;
 }
 
+// Before anything is written. Logs every file that is another one.
+bool LocalDbTransaction::overwritesAnother() {
+    bool result = false;
+    forAll(*locks_, [&](TransactionLock& lock) { result = lock.overwritesAnother() || result; });
+    return result;
+}
+
 int LocalDbTransaction::save() {
     clear(fault_);
     if (!isHeld() || locks_->mode == READ) {
@@ -212,6 +220,10 @@ int LocalDbTransaction::save() {
     }
     if (!areValid()) {
         status_ = INVALID;
+        return FAILURE;
+    }
+    if (overwritesAnother()) {
+        status_ = CHANGED;
         return FAILURE;
     }
     int result = FAILURE;
@@ -223,4 +235,12 @@ int LocalDbTransaction::keep() {
     bool const isKept =
         end([this] { forAll(*locks_, [](TransactionLock& lock) { lock.keep(); }); });
     return isKept ? SUCCESS : FAILURE;
+}
+
+int LocalDbTransaction::forget() {
+    if (!isHeld() || locks_->mode == READ) {
+        return FAILURE;
+    }
+    return end([this] { forAll(*locks_, [](TransactionLock& lock) { lock.forget(); }); }) ? SUCCESS
+                                                                                          : FAILURE;
 }

@@ -24,10 +24,13 @@ void TransactionLock::deleteHandles() {
 
 // The state is "writing" before anything that takes time, so that other callers are refused at
 // once.
-Transaction::Status TransactionLock::prepare(char const* path, TreeMapObject*& object) {
+Transaction::Status TransactionLock::prepare(char const* path, timespec const& deadline,
+                                             TreeMapObject*& object) {
     bool const wasInMemory = database.state() == DB_STATE_ACCESSIBLE;
     database.setState(DB_STATE_WRITING);
-    Status status = wasInMemory ? checkDocument() : readDocument();
+    bool const isOurs =
+        mode == Transaction::READ || processLock_.acquire(database.apiType, deadline);
+    Status status = !isOurs ? Transaction::BUSY : wasInMemory ? checkDocument() : readDocument();
     isDropped_ = mode == Transaction::WRITE ? isInFile_ : !wasInMemory;
     if (status == Transaction::LOCKED) {
         status = open(path, object);
@@ -122,6 +125,17 @@ bool TransactionLock::isValid(LocalDbTransaction::Fault& found) const {
     return false;
 }
 
+// A document that was read for this lock, or could have been, is the file's.
+bool TransactionLock::overwritesAnother() {
+    if (isInFile_ || overwrites_ || !database.isFileAnother()) {
+        return false;
+    }
+    overwrites_ = true;
+    UTIL_WARN("%s: api type %d is not saved: its file was changed meanwhile\n",
+              "LocalDbTransaction", static_cast<int>(database.apiType));
+    return true;
+}
+
 bool TransactionLock::beginRelease() {
     deleteHandles();
     isReleased_ = claim_.release();
@@ -129,6 +143,7 @@ bool TransactionLock::beginRelease() {
 }
 
 void TransactionLock::endRelease() {
+    processLock_.release();
     if (isReleased_) {
         endWriting(database);
     }

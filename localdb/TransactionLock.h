@@ -19,6 +19,7 @@
 #include "TreeMapObject.h"
 #include "jsondata/JsonRef.h"
 #include "localdb/DatabaseLock.h"
+#include "localdb/ProcessLock.h"
 
 namespace vobiutils {
 
@@ -36,9 +37,10 @@ class TransactionLock {
     TransactionLock(TransactionLock const&) = delete;
     TransactionLock& operator=(TransactionLock const&) = delete;
 
-    // Reads the document or looks whether it is current, and opens the node at `path`. Without
-    // LOCKED the database is released, and memory has a whole document, or none.
-    Status prepare(char const* path, TreeMapObject*& object);
+    // Waits for other processes, reads the document or looks whether it is current, and opens the
+    // node at `path`. Without LOCKED the database is released, and memory has a whole document, or
+    // none.
+    Status prepare(char const* path, timespec const& deadline, TreeMapObject*& object);
 
     // Sets `object` to the document's own handle, or to one on the node at `path` that lives until
     // the end of the lock.
@@ -46,6 +48,10 @@ class TransactionLock {
 
     // Whether the document may be written; nothing is, before this is known of everything.
     bool isValid(LocalDbTransaction::Fault& found) const;
+
+    // Whether a save would write over a file that is not the one which the document was read from.
+    // Answers that once; from then on the caller knows.
+    bool overwritesAnother();
 
     // False once a plain save or unlock has ended the lock.
     bool isHeld() const { return claim_.holds(); }
@@ -57,6 +63,7 @@ class TransactionLock {
 
     void keep();
     void discard();
+    void forget() { database.drop(); }
 
     // Of the content that the document was read from; 0 if that is not known.
     uint64_t version() const { return version_; }
@@ -78,9 +85,11 @@ class TransactionLock {
     void deleteHandles();
 
     Claim claim_;
+    ProcessLock processLock_;  // not of a transaction that only reads
     uint64_t version_ = 0;
     bool isInFile_ = false;    // the document can be read again in place of the one in memory
     bool isDropped_ = false;   // by a discard
+    bool overwrites_ = false;  // another's file, as the caller knows
     bool isReleased_ = false;  // the first half of the release is over, the second is not
     std::unique_ptr<Node> nodes_;
     JsonRef before_;  // the copy for a discard that does not drop the document

@@ -3,6 +3,7 @@
 #   scripts/test.sh           the preset "release"
 #   scripts/test.sh --all     first under the sanitizers, then "release"
 #   scripts/test.sh PRESET    one preset of CMakePresets.json
+#   scripts/test.sh --processes    the count of processes in full, in the preset "release": minutes
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \
@@ -47,6 +48,11 @@ case ${1-} in
         run asan-ubsan
         run tsan
         run release
+        ;;
+    --processes)
+        cmake --preset release >/dev/null
+        cmake --build --preset release --parallel "$(nproc)" --target processes
+        build/release/tests/processes 5000
         ;;
     "") run release ;;
     *) run "$1" ;;

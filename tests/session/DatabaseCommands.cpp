@@ -89,7 +89,7 @@ void showBuffers(Call& c) {
 }
 
 char const* const STATUSES[] = {"locked",        "busy",      "no file", "unreadable", "no node",
-                                "bad arguments", "no memory", "ended",   "invalid"};
+                                "bad arguments", "no memory", "ended",   "invalid",    "changed"};
 
 void dropHandles(Call& c, std::string const& transaction) {
     std::erase_if(c.session.handles, [&](auto const& entry) {
@@ -226,6 +226,7 @@ Commands const DATABASE_COMMANDS = {
     {"also", also},
     {"commit", [](Call& c) { end(c, &LocalDbTransaction::save); }},
     {"keep", [](Call& c) { end(c, &LocalDbTransaction::keep); }},
+    {"forget-db", [](Call& c) { end(c, &LocalDbTransaction::forget); }},
     {"version", showVersion},
     {"take", take},
     {"discard", [](Call& c) { end(c, nullptr); }},
