@@ -1,5 +1,5 @@
 # Installation: libraries (component runtime), headers, a CMake package and a pkg-config file
-# (development), pages (documentation).
+# (development), pages (documentation). tools/CMakeLists.txt adds vobidb (tools).
 set(VOBIUTILS_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vobiutils)
 
 set(VOBIUTILS_INSTALLED vobiutils)

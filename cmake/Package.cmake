@@ -1,8 +1,11 @@
-# Debian packages: the libraries, what it takes to build with them, and the documentation.
+# Debian packages: the libraries, vobidb, what it takes to build with the libraries, and the documentation.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "libvobiutils maintainers <vobiutils@example.net>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_COMPONENTS_ALL runtime development documentation)
+if(VOBIUTILS_BUILD_TOOLS)
+    list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_STRIP_FILES ON)
@@ -15,6 +18,14 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
     "Settings, logging, documents with paths, a configuration database of JSON
  files, a login lock-out record and message names.")
+
+# What else it needs, the library needs, too.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME vobidb)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION admin)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
+    "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION
+    "Reads and changes the databases of a gateway from the shell.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvobiutils-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)

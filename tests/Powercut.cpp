@@ -107,7 +107,10 @@ bool isRight(int types, int without, int& count) {
     Search search;
     Disk disk;
     for (int type = 0; type < types; ++type) {
-        disk[plain(LocalDbCtrl::getFileName(static_cast<unsigned int>(type)))] = "{\"a\":0}";
+        fs::path const file = plain(LocalDbCtrl::getFileName(static_cast<unsigned int>(type)));
+        disk[file] = "{\"a\":0}";
+        disk[file.parent_path() / ".lock"] = "";  // of an earlier save: whether it is there decides
+                                                  // nothing, and doubles the disks
     }
     droppedSync = without;
     bool right = search.follow(disk, "", types, save);

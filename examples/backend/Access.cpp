@@ -7,20 +7,17 @@
 #include <algorithm>
 #include <iterator>
 
-namespace {
-
-char const* const SECRETS[] = {"password", "passphrase", "presharedKey", "pin", "wpsPin"};
-
-}  // namespace
+#include "tools/SecretNames.h"
 
 bool isSecret(Place const& place, std::string const& name) {
     bool const isHash = name == "password" && place.type == API_GATEWAY;
     return isHash || (!place.session.isAdministrator() &&
-                      std::find(std::begin(SECRETS), std::end(SECRETS), name) != std::end(SECRETS));
+                      std::find(std::begin(SECRET_NAMES), std::end(SECRET_NAMES), name) !=
+                          std::end(SECRET_NAMES));
 }
 
 void removeSecrets(Place const& place, TreeMapObject& copy) {
-    for (char const* const name : SECRETS) {
+    for (char const* const name : SECRET_NAMES) {
         if (isSecret(place, name)) {
             copy.removeAll(name);
         }

@@ -22,7 +22,8 @@ if [ "${2-}" = --chroot ]; then
         apt-get install -y --no-install-recommends ./*.deb
         c++ program.cpp -o program $(pkg-config --cflags --libs vobiutils)
         ./program >answer
-        man -w LocalDbTransaction
+        man -w LocalDbTransaction vobidb
+        vobidb get -r network lan.dhcp.reservations.[0].host | grep -x printer
         apt-get purge -y libvobiutils1
         ! ls /usr/lib/*/libvobiutils*' >"$root/messages" 2>&1 || { cat "$root/messages"; exit 1; }
     answer=$root/tmp/answer
@@ -32,7 +33,7 @@ else
     # its dependencies are those of this machine
     dpkg --root="$root" --force-depends --force-not-root --force-script-chrootless \
         --log=/dev/null --install "$packages"/*.deb >"$root/messages" 2>&1
-    test -e "$root"/usr/share/man/man3/LocalDbTransaction.3*
+    test -e "$root"/usr/share/man/man3/LocalDbTransaction.3* && test -e "$root"/usr/share/man/man1/vobidb.1*
     write_program >"$root/program.cpp"
     write_database "$root"
     library=$(dirname "$(find "$root/usr" -name libvobiutils.so)")
@@ -40,7 +41,8 @@ else
     export PKG_CONFIG_PATH
     # shellcheck disable=SC2046 # a list of options
     c++ "$root/program.cpp" -o "$root/program" $(pkg-config --cflags --libs vobiutils)
-    (cd "$root" && LD_LIBRARY_PATH=$library ./program >answer)
+    (cd "$root" && LD_LIBRARY_PATH=$library ./program >answer &&
+        usr/bin/vobidb get -r network lan.dhcp.reservations.[0].host | grep -qx printer)
     answer=$root/answer
 fi
 head -1 "$answer" | grep -qx 192.168.1.1

@@ -1,0 +1,161 @@
+// Edits a copy of a database, and saves it if the database has not changed meanwhile.
+#include <JsonData.h>
+#include <LocalDbCtrl.h>
+#include <errno.h>
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "Tool.h"
+
+namespace vobidb {
+
+namespace {
+
+// A file that only its owner reads, which goes with the object.
+class Copy {
+  public:
+    explicit Copy(char const* type) {
+        char const* const folder = getenv("TMPDIR");
+        name_ =
+            std::string(folder != nullptr ? folder : "/tmp") + "/vobidb-" + type + "-XXXXXX.json";
+        fd_ = mkstemps(name_.data(), 5);
+        if (fd_ < 0) {
+            throw complain(FAILED, "%s: %s", name_.c_str(), strerror(errno));
+        }
+    }
+    ~Copy() {
+        unlink(name_.c_str());
+        close(fd_);
+    }
+    Copy(Copy const&) = delete;
+    Copy& operator=(Copy const&) = delete;
+
+    char const* name() const { return name_.c_str(); }
+    bool fill(std::string const& text) const { return writeAll(fd_, text); }
+
+  private:
+    std::string name_;
+    int fd_;
+};
+
+char const* editor() {
+    for (char const* const variable : {"VISUAL", "EDITOR"}) {
+        char const* const command = getenv(variable);
+        if (command != nullptr && *command != '\0') {
+            return command;
+        }
+    }
+    return "vi";
+}
+
+volatile sig_atomic_t interrupted = 0;
+
+// Signals end the command where it waits, so that it can remove the copy. SIGPIPE would come only
+// from a message that no one reads.
+void catchSignals() {
+    struct sigaction action = {};
+    action.sa_handler = [](int) { interrupted = 1; };
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+        sigaction(signal, &action, nullptr);
+    }
+    signal(SIGPIPE, SIG_IGN);
+}
+
+// The keyboard's signals are the editor's as long as it runs.
+void leaveKeyboardTo(pid_t child) {
+    for (int const keyboard : {SIGINT, SIGQUIT}) {
+        signal(keyboard, SIG_IGN);
+    }
+    int status = -1;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    catchSignals();
+    if (status != 0) {
+        throw complain(FAILED, "the editor has failed; nothing is changed");
+    }
+}
+
+// The editor is a command of the shell, and may have arguments.
+void runEditor(Copy const& copy) {
+    std::string const command = std::string(editor()) + " \"$1\"";
+    pid_t const child = fork();
+    if (child == 0) {
+        signal(SIGPIPE, SIG_DFL);
+        execl("/bin/sh", "sh", "-c", command.c_str(), "sh", copy.name(), nullptr);
+        _exit(127);
+    }
+    if (child < 0) {
+        throw complain(FAILED, "the editor cannot be started: %s", strerror(errno));
+    }
+    leaveKeyboardTo(child);
+    if (interrupted != 0) {
+        throw complain(FAILED, "interrupted; nothing is changed");
+    }
+}
+
+Result saveEdited(Options const& options, unsigned int type, LocalDbSnapshot const& before,
+                  json_object* edited) {
+    LocalDbTransaction change(type, "", "default", options.milliseconds);
+    if (!change) {
+        return explain(change, type);
+    }
+    char const* const name = LocalDbCtrl::getApiDir(type);
+    if (change.version() != before.version()) {
+        return complain(BUSY, "%s: has changed meanwhile; nothing is changed", name);
+    }
+    if (!replaceContent(*change.object(), edited)) {
+        return complain(NOT_VALID, "%s: an object must stay one, and an array; nothing is changed",
+                        name);
+    }
+    return save(change);
+}
+
+// Saves what the copy holds, unless it is as it was.
+Result take(Options const& options, unsigned int type, LocalDbSnapshot const& before,
+            Copy const& copy, std::string const& text) {
+    try {
+        std::string const now = contentOf(copy.name());
+        if (now == text) {
+            return complain(DONE, "%s: not edited", LocalDbCtrl::getApiDir(type));
+        }
+        return saveEdited(options, type, before, parsed(now, "the copy", NOT_VALID)->jobj);
+    } catch (Result result) {
+        return result;
+    }
+}
+
+// Not by getchar, which would wait on after a signal.
+bool wantsAgain() {
+    if (isatty(STDIN_FILENO) == 0) {
+        return false;
+    }
+    fputs("Edit again? [y/n] ", stderr);
+    char answer[64] = "";
+    ssize_t const length = read(STDIN_FILENO, answer, sizeof answer);
+    return length > 0 && (answer[0] == 'y' || answer[0] == 'Y') && interrupted == 0;
+}
+
+}  // namespace
+
+Result edit(Options const& options, char** words, int) {
+    unsigned int const type = typeOf(words[0]);
+    LocalDbSnapshot const before = saved(type);
+    std::string const text = pagesOf(copyOf(before)->jobj) + "\n";
+    catchSignals();
+    Copy const copy(words[0]);
+    if (!copy.fill(text)) {
+        return complain(FAILED, "%s: %s", copy.name(), strerror(errno));
+    }
+    Result result = DONE;
+    do {
+        runEditor(copy);
+        result = take(options, type, before, copy, text);
+    } while (result != DONE && wantsAgain());
+    return result;
+}
+
+}  // namespace vobidb
