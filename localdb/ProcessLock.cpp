@@ -69,12 +69,16 @@ bool ProcessLock::acquire(unsigned int apiType, timespec const& deadline) {
         clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, inTime ? &soon : &deadline, nullptr);
         acquired = tryAcquire(apiType);
     }
+    if (turn_) {
+        turn_.unlock();
+    }
+    turn_.close();
     return acquired;
 }
 
 bool ProcessLock::tryAcquire(unsigned int apiType) {
     MutexGuard const guard(chainLock);
-    if (open(apiType, file_) && lock()) {
+    if (open(apiType, file_) && lock(apiType)) {
         held.append(this);
         return true;
     }
@@ -85,7 +89,7 @@ bool ProcessLock::tryAcquire(unsigned int apiType) {
 
 // The second descriptor of the same open file has the same lock; the second open file would have to
 // wait for the first.
-bool ProcessLock::lock() {
+bool ProcessLock::lock(unsigned int apiType) {
     struct stat status;
     if (fstat(file_.get(), &status) != 0) {
         return false;
@@ -94,7 +98,19 @@ bool ProcessLock::lock() {
     inode_ = status.st_ino;
     process_ = getpid();
     ProcessLock const* const shared = findShared();
-    return shared != nullptr ? file_.duplicate(shared->file_) : file_.tryLock();
+    return shared != nullptr ? file_.duplicate(shared->file_)
+                             : takeTurn(apiType) && file_.tryLock();
+}
+
+// False, with EWOULDBLOCK, as long as another one waits. A folder that cannot be locked keeps no order.
+bool ProcessLock::takeTurn(unsigned int apiType) {
+    if (turn_ || !turn_.open(FileName::ofFolder(apiType).get(), O_RDONLY | O_DIRECTORY) ||
+        turn_.tryLock() || errno != EWOULDBLOCK) {
+        return true;
+    }
+    turn_.close();
+    errno = EWOULDBLOCK;
+    return false;
 }
 
 // What a child made by fork has inherited is its parent's.

@@ -9,7 +9,7 @@ build() { # FOLDER OPTION...
     folder=$1
     shift
     cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=MinSizeRel -DVOBIUTILS_BUILD_TESTS=OFF \
-        -DVOBIUTILS_BUILD_EXAMPLES=OFF "$@" >/dev/null
+        -DVOBIUTILS_BUILD_EXAMPLES=OFF -DVOBIUTILS_BUILD_TOOLS=OFF "$@" >/dev/null
     cmake --build "$folder" --parallel "$(nproc)" >/dev/null
 }
 
@@ -30,7 +30,7 @@ build $native
 scripts/cross.sh mips -- true
 build_mips=build/size-mips
 scripts/cross.sh mips -- cmake --preset mips -B $build_mips -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON \
-    -DVOBIUTILS_BUILD_TESTS=OFF -DVOBIUTILS_BUILD_EXAMPLES=OFF >/dev/null
+    -DVOBIUTILS_BUILD_TESTS=OFF -DVOBIUTILS_BUILD_EXAMPLES=OFF -DVOBIUTILS_BUILD_TOOLS=OFF >/dev/null
 scripts/cross.sh mips -- cmake --build $build_mips --parallel "$(nproc)" >/dev/null
 
 measure x86-64 $native ""
