@@ -104,7 +104,8 @@ bool ProcessLock::lock(unsigned int apiType) {
 
 // False, with EWOULDBLOCK, as long as another one waits. A folder that cannot be locked keeps no order.
 bool ProcessLock::takeTurn(unsigned int apiType) {
-    if (turn_ || !turn_.open(FileName::ofFolder(apiType).get(), O_RDONLY | O_DIRECTORY) ||
+    FileName const folder = FileName::ofFolder(apiType);
+    if (turn_ || folder.get() == nullptr || !turn_.open(folder.get(), O_RDONLY | O_DIRECTORY) ||
         turn_.tryLock() || errno != EWOULDBLOCK) {
         return true;
     }
