@@ -79,9 +79,9 @@ void leaveKeyboardTo(pid_t child) {
     }
 }
 
-// The editor is a command of the shell, and may have arguments.
+// The editor is a command of the shell, and may have arguments. The shell survives the keyboard, too.
 void runEditor(Copy const& copy) {
-    std::string const command = std::string(editor()) + " \"$1\"";
+    std::string const command = std::string("trap : INT QUIT; ") + editor() + " \"$1\"";
     pid_t const child = fork();
     if (child == 0) {
         signal(SIGPIPE, SIG_DFL);
