@@ -172,7 +172,8 @@ class LocalDbCtrl {
     /// waits, and this thread would wait forever. The result does not tell the two kinds apart, and
     /// unlocking after the first kind ends another writer's lock: lock the whole document ("") of a
     /// database whose file exists, and null means busy. A caller that comes just before another
-    /// writer gets the database waits for that writer.
+    /// writer gets the database waits for that writer. Other processes are not waited for, nor kept
+    /// waiting: where they write, too, use LocalDbTransaction.
     ///
     /// The document belongs to the controller: the caller does not delete it, and the save destroys
     /// it. The handle on a node belongs to the caller, which deletes it and does not use it after
