@@ -87,6 +87,7 @@
 namespace vobiutils {
 class __attribute__((visibility("hidden"))) Database;
 class __attribute__((visibility("hidden"))) TransactionLock;
+enum class Ending;
 }  // namespace vobiutils
 
 #pragma GCC visibility push(default)
@@ -215,8 +216,7 @@ class LocalDbTransaction {
     __attribute__((visibility("hidden"))) bool areValid();
     __attribute__((visibility("hidden"))) bool overwritesAnother();
     __attribute__((visibility("hidden"))) void discard();
-    template <typename Finish>
-    __attribute__((visibility("hidden"))) bool end(Finish const& finish);
+    __attribute__((visibility("hidden"))) int end(vobiutils::Ending ending);
 
     std::unique_ptr<vobiutils::TransactionLock> locks_;  // null once the transaction has ended them
     TreeMapObject* object_;

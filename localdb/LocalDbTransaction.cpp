@@ -20,6 +20,8 @@
 
 using namespace vobiutils;
 
+enum class vobiutils::Ending { SAVE, KEEP, FORGET, DISCARD };
+
 namespace {
 
 int const SUCCESS = 0;
@@ -55,25 +57,6 @@ bool beginRelease(TransactionLock& first) {
     return areReleased;
 }
 
-// Releases the databases; `finish` saves or keeps the documents between the two halves. False, with
-// all discarded, if a plain save or unlock has ended one of the locks.
-//
-// Ordinarily the mutexes keep removeDB away. They are free while `finish` works, so the use of the
-// controller takes their place before the claims end.
-template <typename Finish>
-bool release(TransactionLock& first, Finish const& finish) {
-    ControllerUse const use(first.database.controller);
-    bool const areReleased = beginRelease(first);
-    if (areReleased) {
-        finish();
-    } else {
-        forAll(first, [](TransactionLock& lock) { lock.discard(); });
-    }
-    forAll(first, [](TransactionLock& lock) { lock.endRelease(); });
-    return areReleased;
-}
-
-// Between the two halves of the release.
 int saveAll(TransactionLock& first, uint64_t& version) {
     if (first.next == nullptr) {
         return first.database.save(version);
@@ -87,6 +70,34 @@ int saveAll(TransactionLock& first, uint64_t& version) {
     version = result == SUCCESS ? change.version() : version;
     forAll(first, [](TransactionLock& lock) { lock.database.drop(); });
     return result;
+}
+
+// Between the two halves of the release.
+int finish(TransactionLock& first, Ending ending, uint64_t& version) {
+    if (ending == Ending::SAVE) {
+        return saveAll(first, version);
+    }
+    forAll(first, [ending](TransactionLock& lock) {
+        switch (ending) {
+            case Ending::KEEP: lock.keep(); break;
+            case Ending::FORGET: lock.forget(); break;
+            default: lock.discard(); break;
+        }
+    });
+    return SUCCESS;
+}
+
+// Releases the databases. Fails, with all discarded, if a plain save or unlock has ended one of the
+// locks.
+//
+// Ordinarily the mutexes keep removeDB away. They are free while the documents are saved, so the use
+// of the controller takes their place before the claims end.
+int release(TransactionLock& first, Ending ending, uint64_t& version) {
+    ControllerUse const use(first.database.controller);
+    bool const areReleased = beginRelease(first);
+    int const result = finish(first, areReleased ? ending : Ending::DISCARD, version);
+    forAll(first, [](TransactionLock& lock) { lock.endRelease(); });
+    return areReleased ? result : FAILURE;
 }
 
 }  // namespace
@@ -136,8 +147,7 @@ LocalDbTransaction::~LocalDbTransaction() { discard(); }
 
 void LocalDbTransaction::discard() {
     if (locks_ != nullptr) {
-        ::release(*locks_,
-                  [this] { forAll(*locks_, [](TransactionLock& lock) { lock.discard(); }); });
+        ::release(*locks_, Ending::DISCARD, version_);
         locks_.reset();
     }
 }
@@ -185,15 +195,11 @@ TreeMapObject* LocalDbTransaction::operator->() const { return object(); }
 
 LocalDbTransaction::Fault const& LocalDbTransaction::fault() const { return fault_; }
 
-template <typename Finish>
-bool LocalDbTransaction::end(Finish const& finish) {
-    if (!isHeld()) {
-        return false;
-    }
-    bool const isDone = ::release(*locks_, finish);
+int LocalDbTransaction::end(Ending ending) {
+    int const result = ::release(*locks_, ending, version_);
     locks_.reset();
     status_ = ENDED;
-    return isDone;
+    return result;
 }
 
 // Before anything is written.
@@ -226,21 +232,11 @@ int LocalDbTransaction::save() {
         status_ = CHANGED;
         return FAILURE;
     }
-    int result = FAILURE;
-    end([&] { result = saveAll(*locks_, version_); });
-    return result;
+    return end(Ending::SAVE);
 }
 
-int LocalDbTransaction::keep() {
-    bool const isKept =
-        end([this] { forAll(*locks_, [](TransactionLock& lock) { lock.keep(); }); });
-    return isKept ? SUCCESS : FAILURE;
-}
+int LocalDbTransaction::keep() { return isHeld() ? end(Ending::KEEP) : FAILURE; }
 
 int LocalDbTransaction::forget() {
-    if (!isHeld() || locks_->mode == READ) {
-        return FAILURE;
-    }
-    return end([this] { forAll(*locks_, [](TransactionLock& lock) { lock.forget(); }); }) ? SUCCESS
-                                                                                          : FAILURE;
+    return isHeld() && locks_->mode == WRITE ? end(Ending::FORGET) : FAILURE;
 }
