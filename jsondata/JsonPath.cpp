@@ -48,7 +48,7 @@ unsigned int extract(char const* begin, char const* end) {
 
 }  // namespace
 
-int64_t extractIndex(PathToken token) {
+int64_t indexOf(PathToken token) {
     size_t const brackets = 2;
     return token.text().size() > brackets ? int64_t{extract(token.start() + 1, token.end() - 1)}
                                           : -1;
