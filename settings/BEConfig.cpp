@@ -158,5 +158,5 @@ int BEConfig::get_Session_Uptime() {
         puts("Configuration file /proc/uptime has wrong format, exit...");
         return 0;
     }
-    return atoi(text);
+    return static_cast<int>(strtoull(text, nullptr, 10));
 }

@@ -10,11 +10,11 @@ namespace vobiutils {
 namespace {
 
 // With snprintf addArrayItem takes 62 ns instead of 31 (x86-64, -O2).
-template <size_t SIZE>
-void writeIndexKey(char (&text)[SIZE], unsigned int index) {
-    static_assert(SIZE >= sizeof "[4294967295]");
+void writeIndexKey(char* text, unsigned int index) {
+    char const longest[] = "[4294967295]";
+    static_assert(sizeof longest <= sizeof TreeMapObject::key_obj);
     text[0] = '[';
-    char* const end = std::to_chars(text + 1, text + SIZE, index).ptr;
+    char* const end = std::to_chars(text + 1, text + sizeof longest, index).ptr;
     end[0] = ']';
     end[1] = '\0';
 }
