@@ -119,8 +119,8 @@ Lookup walk(json_object* root, char const* path) {
     if (!at.isLast()) {
         trace.strayed();
     }
-    UTIL_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(parent),
-              TOKEN_ARGS(at.token()));
+    UTIL_HOT_INFO("%s: FOUND parent=%p, key=%.*s\n", "getJObj", static_cast<void*>(parent),
+                  TOKEN_ARGS(at.token()));
     return {at.isLast() ? Lookup::ENDED : Lookup::STRAYED, value.value_or(nullptr), parent,
             at.token()};
 }

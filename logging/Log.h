@@ -1,8 +1,8 @@
 // Macros with which the library logs: one for each level, always in the group UTIL.
 //
-// A disabled line of the levels INFO and DEBUG, which ordinary calls log, costs a test without a
-// call, and its arguments are not evaluated: they must have no side effects. Warnings and errors are
-// rare. Each is a call, which tests by itself.
+// A line is a call, which tests whether it is enabled. On a hot path, that of a lookup, a value or a
+// handle, a disabled line costs a test without a call, and its arguments are not evaluated: they must
+// have no side effects.
 #ifndef VOBIUTILS_LOGGING_LOG_H
 #define VOBIUTILS_LOGGING_LOG_H
 
@@ -37,10 +37,13 @@ inline char const* printable(char const* string) { return string != nullptr ? st
 
 #define UTIL_WARN(...) ::vobiutils::logLine(LOG_TYPE_WARN, __VA_ARGS__)
 #define UTIL_ERROR(...) ::vobiutils::logLine(LOG_TYPE_ERROR, __VA_ARGS__)
-#define UTIL_INFO(...)                                                                   \
+#define UTIL_INFO(...) ::vobiutils::logLine(LOG_TYPE_INFO, __VA_ARGS__)
+#define UTIL_DEBUG(...) ::vobiutils::logLine(LOG_TYPE_DEBUG, __VA_ARGS__)
+
+#define UTIL_HOT_INFO(...)                                                               \
     VOBIUTILS_LOG_IF(::vobiutils::enabled(LOG_TYPE_INFO, LOG_GROUP_UTIL), LOG_TYPE_INFO, \
                      __VA_ARGS__)
-#define UTIL_DEBUG(...) \
+#define UTIL_HOT_DEBUG(...) \
     UTIL_DEBUG_IF(::vobiutils::enabled(LOG_TYPE_DEBUG, LOG_GROUP_UTIL), __VA_ARGS__)
 
 // For a walk of many steps, which calls ::vobiutils::enabled for the level DEBUG once and passes

@@ -15,13 +15,13 @@ TreeMapObject::TreeMapObject(json_object* node)
     : jobj(node), key_obj(), jobj_parent(nullptr), error(0) {}
 
 TreeMapObject::~TreeMapObject() {
-    UTIL_DEBUG("%s: this=%p\n", "~TreeMapObject", static_cast<void*>(this));
+    UTIL_HOT_DEBUG("%s: this=%p\n", "~TreeMapObject", static_cast<void*>(this));
     if (jobj != nullptr && jobj_parent == nullptr) {
-        UTIL_DEBUG("     release jobj=%p\n", static_cast<void*>(jobj));
+        UTIL_HOT_DEBUG("     release jobj=%p\n", static_cast<void*>(jobj));
         json_object_put(jobj);
     } else {
         key_obj[sizeof key_obj - 1] = '\0';
-        UTIL_DEBUG("     ignore jobj=%p jobj_parent=%p key_obj=%s\n", static_cast<void*>(jobj),
-                   static_cast<void*>(jobj_parent), key_obj);
+        UTIL_HOT_DEBUG("     ignore jobj=%p jobj_parent=%p key_obj=%s\n", static_cast<void*>(jobj),
+                       static_cast<void*>(jobj_parent), key_obj);
     }
 }
