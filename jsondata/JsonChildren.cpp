@@ -1,6 +1,8 @@
 // The loop, over the inside of json-c's containers: json-c's own loops are macros, for one type each.
 #include "jsondata/JsonChildren.h"
 
+#include "jsondata/files/JsonTable.h"
+
 namespace vobiutils {
 
 Children::Children(json_object* container) : elements_(json_object_get_array(container)) {

@@ -22,6 +22,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "jsondata/files/JsonTable.h"
+
 namespace vobiutils {
 
 namespace {

@@ -9,6 +9,8 @@
 
 #include <string_view>
 
+#include "jsondata/files/JsonTable.h"
+
 namespace jsonschema {
 
 inline bool is(json_object* value, json_type type) { return json_object_is_type(value, type) != 0; }

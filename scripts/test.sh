@@ -10,6 +10,8 @@ scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev
     binutils json-schema-test-suite libmicrohttpd-dev libssl-dev libcrypt-dev openssl curl
 scripts/install-axe.sh
 
+[ "${1-}" != clang ] || scripts/install-packages.sh clang
+
 summary=
 # Prints how many tests ran, and which were skipped and why, in this build and in those before it; then the
 # summary of ctest.

@@ -403,11 +403,12 @@ void startsTheRecord(Trial& trial) {
     BELoginRecord::isRunning = false;
     IntendedLeaks const array;  // of a record that cannot start
     trial.run(BELoginRecord::init);
-    EXPECT_EQ(TempDir::read(".loginrecord.cfg"), BELoginRecord::isRunning ? "[\n]" : "[7]");
+    EXPECT_EQ(TempDir::read(".loginrecord.cfg"),
+              BELoginRecord::isRunning ? asPrintedHere("[\n]") : "[7]");
     TempDir::write(".loginrecord.cfg", "[7]");
     std::string const said = printed([&] { trial.run(BELoginRecord::deinit); });
     EXPECT_EQ(TempDir::read(".loginrecord.cfg"),
-              said == "deinit: erased record file\n" ? "[\n]" : "[7]");
+              said == "deinit: erased record file\n" ? asPrintedHere("[\n]") : "[7]");
 }
 
 void readsSettings(Trial& trial) {

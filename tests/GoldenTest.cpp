@@ -36,7 +36,7 @@ TEST_P(GoldenTest, SaysWhatTheFileSays) {
     if (getenv("GOLDEN_UPDATE") != nullptr) {
         std::ofstream(GetParam()) << actual;
     }
-    EXPECT_EQ(actual, expected.str());
+    EXPECT_EQ(actual, asPrintedHere(expected.str()));
 }
 
 INSTANTIATE_TEST_SUITE_P(Golden, GoldenTest, testing::ValuesIn(sessions()),

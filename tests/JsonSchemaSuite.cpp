@@ -55,7 +55,7 @@ bool isConfirmed(json_object* schema, json_object* data, bool expected, json_obj
                     : json_schema_check(compiled, data, &found) == (expected ? 1 : 0);
     json_schema_free(compiled);
     good = good && expected == (found.keyword[0] == '\0');
-    for (auto const& [i, field] : {std::pair(0, found.path),
+    for (auto const& [i, field] : {std::pair<size_t, char const*>(0, found.path),
                                    {1, found.keyword},
                                    {2, found.message},
                                    {3, found.schema_path}}) {

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -18,6 +19,7 @@
 #include "BELoginRecord.h"
 #include "LocalDbCtrl.h"
 #include "Logger.h"
+#include "jsondata/JsonRef.h"
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
@@ -76,6 +78,17 @@ std::string withoutPointers(std::string text) {
         text = std::regex_replace(text, from, to);
     }
     return text;
+}
+
+std::string asPrintedHere(std::string const& text) {
+    char null[16];
+    snprintf(null, sizeof null, "%p", static_cast<void*>(nullptr));
+    vobiutils::JsonRef const array(json_object_new_array());
+    bool const isSpread =
+        strcmp("[]", json_object_to_json_string_ext(array.get(), JSON_C_TO_STRING_PRETTY)) != 0;
+    std::string const printed =
+        isSpread ? text : std::regex_replace(text, std::regex("\\[\n *\\]"), "[]");
+    return null[0] == '(' ? printed : std::regex_replace(printed, std::regex("NIL"), null);
 }
 
 std::string transcript(std::function<void()> const& action) {

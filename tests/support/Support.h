@@ -34,6 +34,10 @@ std::string printed(std::function<void()> const& action, FILE* stream = stdout);
 // by NIL.
 std::string withoutPointers(std::string text);
 
+// A text in which a null pointer is NIL and an empty array "[\n]", with both as the C library and
+// json-c print them here.
+std::string asPrintedHere(std::string const& text);
+
 // The log lines that `action` writes, in that form.
 std::string transcript(std::function<void()> const& action);
 
