@@ -39,4 +39,7 @@ set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 set(CPACK_COMPONENT_DOCUMENTATION_DESCRIPTION
     "Manual pages, the documentation in HTML, and the examples.")
+if(NOT VOBIUTILS_SYSTEM_JSONSCHEMA)  # whose contents are the platform's
+    include(cmake/Sbom.cmake)
+endif()
 include(CPack)

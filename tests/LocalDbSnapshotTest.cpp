@@ -192,7 +192,7 @@ TEST_F(LocalDbSnapshotTest, NoticesEachChangeOfTheFile) {
          }},
         {"in no possible place", STATUS_NO_FILE, [] { BEConfig::DATA_LOCATION.assign(300, 'd'); }},
     };
-    for (useconds_t pause : {0, 40000}) {  // changed while recent, and later
+    for (useconds_t pause : {0U, 40000U}) {  // changed while recent, and later
         std::string const location = BEConfig::DATA_LOCATION;
         for (auto const& row : rows) {
             row.make();

@@ -1,6 +1,7 @@
 #include "Support.h"
 
 #include <fcntl.h>
+#include <json-c/json.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/wait.h>
@@ -19,7 +20,6 @@
 #include "BELoginRecord.h"
 #include "LocalDbCtrl.h"
 #include "Logger.h"
-#include "jsondata/JsonRef.h"
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
@@ -83,9 +83,10 @@ std::string withoutPointers(std::string text) {
 std::string asPrintedHere(std::string const& text) {
     char null[16];
     snprintf(null, sizeof null, "%p", static_cast<void*>(nullptr));
-    vobiutils::JsonRef const array(json_object_new_array());
+    json_object* const array = json_object_new_array();
     bool const isSpread =
-        strcmp("[]", json_object_to_json_string_ext(array.get(), JSON_C_TO_STRING_PRETTY)) != 0;
+        strcmp("[]", json_object_to_json_string_ext(array, JSON_C_TO_STRING_PRETTY)) != 0;
+    json_object_put(array);
     std::string const printed =
         isSpread ? text : std::regex_replace(text, std::regex("\\[\n *\\]"), "[]");
     return null[0] == '(' ? printed : std::regex_replace(printed, std::regex("NIL"), null);
