@@ -77,6 +77,7 @@ Reply Login::attempt(std::string const& address, std::string const& body) {
     Node const request = parseBody(body);
     requireRequest(API_GATEWAY, "GATEWAY_LOGIN_REQ", *request);
     std::string const name = textIn(*request, "username");
+    std::lock_guard<std::mutex> const guard(oneAtATime_);
     User const user = verify(address, name, textIn(*request, "password"),
                              refuse(401, "wrong user name or password"));
     std::string const token = sessions_.open(name, user.role, user.mustChangePassword);
@@ -94,6 +95,7 @@ Reply Login::changePassword(Session const& session, std::string const& address,
         throw refuse(400, "the new password needs " + std::to_string(MIN_PASSWORD) + " to " +
                               std::to_string(MAX_PASSWORD) + " bytes, and must be another one");
     }
+    std::lock_guard<std::mutex> const guard(oneAtATime_);
     User const user = verify(address, session.user, old, refuse(403, "wrong password"));
     std::string const hash = hashOf(fresh);
     require(!hash.empty(), 503, "the password cannot be hashed", 1);
@@ -129,7 +131,6 @@ void Login::requireUnlocked(std::string const& client) {
 Login::User Login::verify(std::string const& address, std::string const& name,
                           std::string const& password, Reply const& refusal) {
     std::string const client = networkOf(address);
-    std::lock_guard<std::mutex> const guard(oneAtATime_);
     requireUnlocked(client);
     User user = findUser(name);
     std::string const known = user.isKnown ? name : "";  // what is not a name may be a password

@@ -31,7 +31,8 @@ class Login {
     struct User;
     static User findUser(std::string const& name);
 
-    // The user, whose password this is. Throws `refusal` when it is not.
+    // The user, whose password this is. Throws `refusal` when it is not. Under the lock, which is kept until the
+    // session is open or the new password stored: a password is not replaced meanwhile.
     User verify(std::string const& address, std::string const& name, std::string const& password,
                 Reply const& refusal);
 

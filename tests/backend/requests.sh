@@ -170,6 +170,14 @@ check "a password that must be changed"
 expect "the size of the audit" yes "$([ "$(wc -c <"$work/gateway/audit.jsonl")" -lt 4096 ] && echo yes)"
 must_change=
 own=$token
+changes=
+for new in first-password second-password; do
+    ask PUT /api/me/password "{\"old\": \"new-admin-password\", \"new\": \"$new\"}" >"$work/$new" &
+    changes="$changes $!"
+done
+# shellcheck disable=SC2086 # two numbers
+wait $changes
+expect "two who replace the same password" 1 "$(grep -l 204 "$work"/*-password | wc -l)"
 expect "the old password" 401 "$(login admin sample-admin-password)"
 token=$other
 check "a session that a new password has ended"
