@@ -7,7 +7,9 @@
 #include <openssl/hmac.h>
 #include <sys/random.h>
 
+#include <cerrno>
 #include <memory>
+#include <new>
 
 namespace {
 
@@ -41,7 +43,10 @@ bool passwordMatches(std::string const& stored, std::string const& password) {
         stored.starts_with(METHOD) || stored.starts_with("$6$");  // not of one round
     std::string const actual = isSlow ? hashWith(stored, password) : "";
     if (actual.empty()) {
-        hashWith(NOBODY, password);
+        bool const cannotHash = hashWith(NOBODY, password).empty();
+        if (cannotHash && errno != ERANGE) {  // which is a password that is too long
+            throw std::bad_alloc();
+        }
         return false;
     }
     return stored.size() == actual.size() &&
@@ -63,7 +68,10 @@ std::string randomToken() {
 std::string keyedHash(std::string const& secret, std::string const& token) {
     unsigned char digest[EVP_MAX_MD_SIZE];
     unsigned int size = 0;
-    HMAC(EVP_sha256(), secret.data(), static_cast<int>(secret.size()),
-         reinterpret_cast<unsigned char const*>(token.data()), token.size(), digest, &size);
+    auto const* const text = reinterpret_cast<unsigned char const*>(token.data());
+    if (HMAC(EVP_sha256(), secret.data(), static_cast<int>(secret.size()), text, token.size(),
+             digest, &size) == nullptr) {
+        throw std::bad_alloc();  // what stands for no token must not stand for all
+    }
     return hexOf(digest, size);
 }
