@@ -17,6 +17,7 @@ struct Request {
     std::string token;    // of the session, or empty
     std::string body;
     std::map<std::string, std::string> headers = {};  // by name in small letters
+    std::string version = {};                         // of HTTP
 
     // "" when there is none
     std::string header(char const* name) const {

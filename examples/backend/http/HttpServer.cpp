@@ -104,8 +104,8 @@ struct HttpServer::Callbacks {
     // When the headers are there, for each part of the body, at its end, and when there is a reply. An
     // exception must not pass through libmicrohttpd: it ends the connection.
     static MHD_Result onRequest(void* self, MHD_Connection* connection, char const* path,
-                                char const* method, char const*, char const* data, size_t* size,
-                                void** context) {
+                                char const* method, char const* version, char const* data,
+                                size_t* size, void** context) {
         HttpServer& server = *static_cast<HttpServer*>(self);
         auto* exchange = static_cast<Exchange*>(*context);
         try {
@@ -116,6 +116,7 @@ struct HttpServer::Callbacks {
                 return exchange->reply(server.workers_);
             }
             Request request = {method, path, {}, textOf(peerOf(connection)), "", ""};
+            request.version = version;
             *context = exchange =
                 new Exchange(connection, std::move(request), server.routes_, server.names_);
             return exchange->isLast() ? exchange->reply(server.workers_) : MHD_YES;

@@ -78,7 +78,8 @@ std::optional<std::uint64_t> lengthOf(Request const& request) {
     bool const isChunked = request.headers.contains("transfer-encoding");  // also without a value
     bool const isCounted = request.headers.contains("content-length");
     std::string const encoding = lowerCase(request.header("transfer-encoding"));
-    require(!isChunked || (!isCounted && encoding == "chunked"), 400,
+    bool const isClear = !isCounted && encoding == "chunked" && request.version != "HTTP/1.0";
+    require(!isChunked || isClear, 400,
             "unclear length: only Content-Length, or Transfer-Encoding: chunked");
     std::string const text = request.header("content-length");
     std::uint64_t length = 0;
