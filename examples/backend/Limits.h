@@ -8,6 +8,7 @@
 std::size_t const MAX_BODY = 65536;          // bytes of a request's body
 std::size_t const MAX_UNUSED_BODY = 131072;  // bytes that are read of a body that is refused
 int const MAX_HEADERS = 64;                  // of a request, and parameters
+std::size_t const MAX_METHOD = 16;           // characters
 std::size_t const MAX_HEAD = 32768;          // bytes of a request's headers, and of its reply's
 int const SOCKET_BUFFER = 65536;  // bytes that the system keeps for a connection, in each direction
 long const MAX_CONNECTIONS = 64;  // on all ports together

@@ -103,10 +103,13 @@ std::string tokenOf(MHD_Connection* connection, Request const& request) {
 }  // namespace
 
 std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& request) {
+    if (request.method == "HEAD") {
+        request.method = "GET";  // the body is left out later
+    } else if (!isToken(request.method) || request.method.size() > MAX_METHOD) {
+        request.method = "?";  // it would go into the log
+    }
     Fields const headers = fieldsOf(connection, MHD_HEADER_KIND);
     Fields const parameters = fieldsOf(connection, MHD_GET_ARGUMENT_KIND);
-    request.method =
-        request.method == "HEAD" ? "GET" : request.method;  // the body is left out later
     request.parameters.insert(parameters.begin(), parameters.end());
     readHeaders(headers, request);
     request.token = tokenOf(connection, request);
