@@ -31,8 +31,8 @@ bool isHidden(fs::path const& part) { return part.native().front() == '.'; }
 Reply readPage(std::string const& urlPath) {
     std::error_code error;
     fs::path const root = fs::canonical(BEConfig::WEBSERVER_DOCROOT, error);
-    std::string const name = urlPath == "/" ? "index.html" : urlPath.substr(1);
-    fs::path const file = error ? "" : fs::canonical(root / name, error);
+    std::string const name = urlPath == "/" ? "/index.html" : urlPath;
+    fs::path const file = error ? "" : fs::canonical(root.native() + name, error);
     auto const [rootEnd, rest] = std::mismatch(root.begin(), root.end(), file.begin(), file.end());
     if (error || rootEnd != root.end() || std::any_of(rest, file.end(), isHidden) ||
         !fs::is_regular_file(file, error) || fs::file_size(file, error) > MAX_FILE) {
