@@ -62,15 +62,18 @@ std::string pathOf(std::string const& pointer) {
 // programs.
 Reply refuseFault(int status, unsigned int type, CompiledSchema::Fault const& fault,
                   char const* schemaFile, char const* where) {
-    std::string const place = JsonData::parentPath(pathOf(fault.schemaPath));
+    std::string place = JsonData::parentPath(pathOf(fault.schemaPath));
     Node const schema(JsonData::createObjectFromFile(schemaFile));
     char const* hint = nullptr;
-    if (schema != nullptr) {
-        schema->get_ex((place + (place.empty() ? "" : ".") + "description").c_str(), hint);
+    place += place.empty() ? "description" : ".description";
+    if (schema != nullptr && schema->presence(place.c_str()) == TreeMapObject::PRESENT) {
+        schema->get_ex(place.c_str(), hint);
     }
     TreeMapObject reason(false);
     reason.set("error", fault.message);
-    reason.set("hint", hint);  // nothing if there is none
+    if (hint != nullptr) {
+        reason.set("hint", hint);
+    }
     reason.set("path", fault.path);
     reason.set("keyword", fault.keyword);
     reason.set("in", where);
