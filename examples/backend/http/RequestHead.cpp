@@ -91,10 +91,11 @@ std::optional<std::uint64_t> lengthOf(Request const& request) {
 
 // Of the session: for programs as "Authorization: Bearer <token>", for pages as a cookie.
 std::string tokenOf(MHD_Connection* connection, Request const& request) {
-    std::string const scheme = "Bearer ";
+    std::string const scheme = "bearer ";
     std::string const value = request.header("authorization");
     if (!value.empty()) {
-        return value.starts_with(scheme) ? value.substr(scheme.size()) : "";
+        return lowerCase(value.substr(0, scheme.size())) == scheme ? value.substr(scheme.size())
+                                                                   : "";
     }
     char const* const cookie = MHD_lookup_connection_value(connection, MHD_COOKIE_KIND, "session");
     return cookie != nullptr ? cookie : "";
