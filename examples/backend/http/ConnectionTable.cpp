@@ -45,7 +45,7 @@ bool ConnectionTable::hasRoomFor(in6_addr const& client) {
         return isOpen(connection) && std::memcmp(&connection.client, &client, sizeof(client)) == 0;
     };
     long const own = std::count_if(connections_.begin(), connections_.end(), isOwn);
-    return own < std::clamp((maximum_ - count() + 1) / 2, 1L, MAX_CONNECTIONS_OF_ONE);
+    return own < std::clamp((maximum_ - count() + 1) / 2, 2L, MAX_CONNECTIONS_OF_ONE);
 }
 
 Connection* ConnectionTable::open(int socket, in6_addr const& client) {

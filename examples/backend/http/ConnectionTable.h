@@ -25,7 +25,8 @@ class ConnectionTable {
 
     ConnectionTable();
 
-    // One client gets half of the room that is left, and its first connection at any time.
+    // One client gets half of the room that is left, and at any time its first connection, and a second one while
+    // that is being closed.
     bool hasRoomFor(in6_addr const& client);
 
     // Begins the time for a handshake. When there are too many, the one whose time is over first is shut down,
