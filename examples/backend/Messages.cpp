@@ -106,7 +106,7 @@ void requireRequest(unsigned int type, char const* label, TreeMapObject& body) {
     if (isValid(type, label, body)) {
         return;
     }
-    Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: not valid, refused\n", label);
+    Logger::print(LOG_TYPE_INFO, LOG_GROUP_API_AL, "%s: not valid, refused\n", label);
     char const* const file = LocalDbCtrl::getSchemaFile(type, numberOf(type, label));
     CompiledSchema const schema(file);
     CompiledSchema::Fault fault = {};
