@@ -6,7 +6,6 @@
 #include "BEConfig.h"
 #include "TreeMapObject.h"
 #include "jsondata/files/FileBytes.h"
-#include "jsondata/files/FileChange.h"
 #include "jsondata/files/FileReplacement.h"
 #include "jsondata/files/JsonSave.h"
 #include "logging/Log.h"
@@ -49,12 +48,19 @@ bool DatabaseChange::add(Database const& database) {
                static_cast<int>(database.apiType), static_cast<void*>(database.document()),
                printable(file.name.get()));
     file.text = database.hasValue() ? savedText(database.document()->jobj, file.length) : nullptr;
-    SaveTarget target;
-    if (file.name.get() == nullptr || file.text == nullptr || !target.find(file.name.get())) {
-        return false;
+    return file.name.get() != nullptr && file.text != nullptr;
+}
+
+bool DatabaseChange::findChanged() {
+    for (int i = 0; i < count_; ++i) {
+        File& file = files_[i];
+        SaveTarget target;
+        FileDescriptor unchanged;
+        if (!target.find(file.name.get())) {
+            return false;
+        }
+        file.isChanged = !target.holds(file.text, file.length, unchanged);
     }
-    FileDescriptor unchanged;
-    file.isChanged = !target.holds(file.text, file.length, unchanged);
     return true;
 }
 
@@ -66,8 +72,17 @@ int DatabaseChange::changedCount() const {
     return count;
 }
 
-int DatabaseChange::save() const {
-    bool const isSaved = changedCount() > 1 ? saveTogether() : saveEach();
+// Also a single file is saved under the lock of changes: if another process changed the files that
+// are left out meanwhile, they would be of its change, and the single one of this.
+int DatabaseChange::save() {
+    FileChange change(BEConfig::DATA_LOCATION.c_str());
+    ChangeState const state = change.begin();
+    bool isSaved = state != ChangeState::UNFINISHED && findChanged();
+    if (changedCount() <= 1) {
+        isSaved = isSaved && saveEach();
+    } else {
+        isSaved = isSaved && state != ChangeState::NOT_PERMITTED && saveTogether(change);
+    }
     if (!isSaved) {
         UTIL_DEBUG("%s: failed to save the change\n", "LocalDbTransaction");
         return 2;
@@ -88,14 +103,13 @@ bool DatabaseChange::saveEach() const {
     return areSaved;
 }
 
-bool DatabaseChange::saveTogether() const {
-    std::string const& directory = BEConfig::DATA_LOCATION;
-    FileChange change(directory.c_str());
-    bool isComplete = change.begin();
+bool DatabaseChange::saveTogether(FileChange& change) const {
+    size_t const directory = BEConfig::DATA_LOCATION.size();
+    bool isComplete = true;
     for (int i = 0; i < count_; ++i) {
         File const& file = files_[i];
-        isComplete = isComplete &&
-                     change.add(file.name.get() + directory.size() + 1, file.text, file.length);
+        isComplete =
+            isComplete && change.add(file.name.get() + directory + 1, file.text, file.length);
     }
     return isComplete && change.commit();
 }

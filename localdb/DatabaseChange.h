@@ -5,7 +5,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "jsondata/files/ChangeFolder.h"
+#include "jsondata/files/FileChange.h"
 #include "localdb/Database.h"
 #include "localdb/FileName.h"
 
@@ -29,7 +29,7 @@ class DatabaseChange {
     bool add(Database const& database);
 
     // 0 if every file holds its document; else 2, and none does, or not yet (FileChange.h).
-    int save() const;
+    int save();
 
     // The version of the first document as it is saved.
     uint64_t version() const;
@@ -39,12 +39,13 @@ class DatabaseChange {
         FileName name = FileName::ofData(API_TYPE_COUNT);
         char const* text;
         size_t length;
-        bool isChanged;
+        bool isChanged = false;
     };
 
+    bool findChanged();
     int changedCount() const;
     bool saveEach() const;
-    bool saveTogether() const;
+    bool saveTogether(FileChange& change) const;
 
     int count_ = 0;
     File files_[API_TYPE_COUNT];

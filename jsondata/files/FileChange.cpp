@@ -15,11 +15,13 @@ FileChange::~FileChange() {
     }
 }
 
-bool FileChange::begin() {
-    if (folder_.lock(true) != ChangeState::NONE || folder_.finish() == ChangeState::UNFINISHED) {
-        return false;
-    }
-    isMarked_ = folder_.mark();
+ChangeState FileChange::begin() {
+    ChangeState const state = folder_.lock(true);
+    return state == ChangeState::NONE ? folder_.finish() : state;
+}
+
+bool FileChange::mark() {
+    isMarked_ = isMarked_ || folder_.mark();
     return isMarked_ || errno == EEXIST;
 }
 
@@ -35,7 +37,7 @@ bool FileChange::add(char const* name, char const* bytes, size_t length) {
     if (target.holds(bytes, length, unchanged)) {
         return true;
     }
-    return had != gets && record_.add(name, had, gets) &&
+    return had != gets && record_.add(name, had, gets) && mark() &&
            prepareReplacement(target, bytes, length, folder_.text(record_.count() - 1));
 }
 

@@ -1,7 +1,7 @@
 // Changes several files below one folder: all of them, or none.
 //
-//   1. Take the lock of the folder, finish an earlier change, and mark that one has begun (begin).
-//   2. For each file: make what is to replace it, synced, in the folder (add).
+//   1. Take the lock of the folder, and finish an earlier change (begin).
+//   2. Mark that one has begun. For each file: make what is to replace it, synced, in the folder (add).
 //   3. Write the record, sync it, and put it in the place of the mark (commit).
 //   4. Finish what the record says (ChangeFolder.cpp): sync the folder, whereupon the change counts,
 //      rename, sync the folders of the files, remove the record.
@@ -15,8 +15,8 @@
 
 namespace vobiutils {
 
-// In this order: begin(), add() for each file, commit(). After one that returns false only the
-// destructor is called.
+// In this order: begin(), add() for each file, commit(). After an add() or commit() that returns
+// false only the destructor is called.
 class FileChange {
   public:
     // `folder` must outlive the object.
@@ -25,9 +25,10 @@ class FileChange {
     FileChange(FileChange const&) = delete;
     FileChange& operator=(FileChange const&) = delete;
 
-    // Waits for a change that is under way. Something other than a record in the place of the record
-    // stays there until commit().
-    bool begin();
+    // Waits for a change that is under way, and keeps others away until the destructor. Files may be
+    // added after NONE, and after DAMAGED: what is there in the place of the record stays until
+    // commit(). After NOT_PERMITTED others are not kept away.
+    ChangeState begin();
 
     // Adds a file, by its name below the folder, that gets these bytes, unless it holds them
     // already. False if it could only be written in place.
@@ -37,6 +38,8 @@ class FileChange {
     bool commit();
 
   private:
+    bool mark();
+
     ChangeFolder folder_;
     ChangeRecord record_;
     bool isMarked_ = false;    // by this change
