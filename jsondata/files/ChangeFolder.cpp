@@ -87,7 +87,7 @@ ChangeState ChangeFolder::lock(bool waits) {
     if (faccessat(AT_FDCWD, path_, W_OK | X_OK, AT_EACCESS) != 0 && isRefusal(errno)) {
         return ChangeState::NOT_PERMITTED;
     }
-    if (!lock_.open(NameBelow(path_, LOCK), O_RDONLY | O_CREAT | O_NOFOLLOW, 0644)) {
+    if (!lock_.open(NameBelow(path_, LOCK), O_RDONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0644)) {
         return isRefusal(errno) ? ChangeState::NOT_PERMITTED : ChangeState::UNFINISHED;
     }
     if (waits ? lock_.lock() : lock_.tryLock()) {
