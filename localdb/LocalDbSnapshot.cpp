@@ -1,6 +1,8 @@
 // Reads in a document that many threads share: only with functions that write nothing to it.
 #include "LocalDbSnapshot.h"
 
+#include <sys/stat.h>
+
 #include <new>
 
 #include "jsondata/JsonElement.h"
@@ -8,6 +10,7 @@
 #include "jsondata/SchemaFile.h"
 #include "jsondata/SharedSchema.h"
 #include "localdb/DatabaseChange.h"
+#include "localdb/FileName.h"
 #include "localdb/SnapshotStore.h"
 #include "logging/Log.h"
 #include "treemap/TypedValues.h"
@@ -16,10 +19,40 @@ using namespace vobiutils;
 
 namespace {
 
-bool areCurrent(unsigned int const* types, int count, LocalDbSnapshot const* taken) {
+// The data files of some types. As they are open, no file that is made later gets the inode of one.
+struct HeldFiles {
+    bool hold(unsigned int type) {
+        FileName const name = FileName::ofData(type);
+        return name.get() == nullptr || files[type].open(name.get(), O_PATH) || errno == ENOENT ||
+               errno == ENOTDIR;
+    }
+
+    bool isReplaced(unsigned int type) const {
+        FileName const name = FileName::ofData(type);
+        struct stat held;
+        struct stat now;
+        return name.get() != nullptr && files[type] &&
+               (fstat(files[type].get(), &held) != 0 || stat(name.get(), &now) != 0 ||
+                held.st_ino != now.st_ino || held.st_dev != now.st_dev);
+    }
+
+    FileDescriptor files[API_TYPE_COUNT];
+};
+
+bool hold(HeldFiles& files, unsigned int const* types, int count) {
+    bool areHeld = true;
+    for (int i = 0; i < count; ++i) {
+        areHeld = files.hold(types[i]) && areHeld;
+    }
+    return areHeld;
+}
+
+bool areCurrent(HeldFiles const& files, unsigned int const* types, int count,
+                LocalDbSnapshot const* taken) {
     for (int i = 0; i < count; ++i) {
         LocalDbSnapshot const now(types[i]);
-        if (now.status() != taken[i].status() || now.version() != taken[i].version()) {
+        if (now.status() != taken[i].status() || now.version() != taken[i].version() ||
+            files.isReplaced(types[i])) {
             return false;
         }
     }
@@ -38,8 +71,9 @@ LocalDbSnapshot::LocalDbSnapshot(unsigned int apiType)
 LocalDbSnapshot::LocalDbSnapshot() : document_(nullptr), status_(BAD_ARGUMENTS) {}
 
 // Ordinarily the first attempt succeeds. What was taken is still current when it is looked at again,
-// so that it was current, all of it, at the moment between; and at that moment no change was
-// recorded, so that none had come to a part of the files.
+// in the same files, which have not been replaced back and forth: so it was current, all of it, at
+// the moment between; and at that moment no change was recorded, so that none had come to a part of
+// the files.
 bool LocalDbSnapshot::take(unsigned int const* types, int count, LocalDbSnapshot* out) {
     int const attempts = 100;
     bool canSucceed = types != nullptr && out != nullptr;
@@ -48,12 +82,14 @@ bool LocalDbSnapshot::take(unsigned int const* types, int count, LocalDbSnapshot
             ChangeState const state = finishChange("LocalDbSnapshot");
             canSucceed = state == ChangeState::NONE || state == ChangeState::DAMAGED;
         }
+        HeldFiles files;
+        bool const areHeld = canSucceed && hold(files, types, count);
         bool areRead = true;
         for (int j = 0; j < count; ++j) {
             out[j] = LocalDbSnapshot(types[j]);
             areRead = areRead && out[j];
         }
-        if (canSucceed && !isChangeRecorded() && areCurrent(types, count, out)) {
+        if (areHeld && !isChangeRecorded() && areCurrent(files, types, count, out)) {
             return areRead;
         }
     }

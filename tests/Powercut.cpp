@@ -3,6 +3,7 @@
 // Each time a reader has to find all files old or all new: new once the save has returned, and what
 // an earlier reader has found. Without any one of the save's syncs that has to fail. The same for two
 // of which one cannot be renamed over when the change counts, and is written in place.
+// Before that: a reader while others save back and forth.
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
@@ -26,6 +27,7 @@ std::set<Disk> left;         // what losses of power during it may leave
 int syncs = 0;
 int droppedSync = 0;     // its number; 0 for none
 bool isRefused = false;  // the rename to the first database
+bool othersSave = false;
 
 std::string plain(fs::path const& name) { return name.lexically_normal(); }
 std::string nameOf(int fd) {
@@ -46,6 +48,14 @@ int moved(int result, std::string const& from, std::string const& to) {
     return result;
 }
 
+void write(Disk const& disk) {
+    fs::remove_all("data");
+    for (auto const& [name, content] : disk) {
+        TempDir::write(name, content);
+    }
+    LocalDbSnapshot::forget();
+}
+
 typedef std::string Action(int types);
 
 // What a reader finds.
@@ -60,23 +70,33 @@ std::string read(int types) {
     return !areRead ? "unreadable" : sum == 0 ? "old" : sum == types ? "new" : "mixed";
 }
 
-std::string save(int types) {
+std::string save(int types, int value) {
     LocalDbTransaction change(0, "", "default");
     for (int type = 0; type < types; ++type) {
-        change.also(static_cast<unsigned int>(type), "")->set("a", 1);
+        change.also(static_cast<unsigned int>(type), "")->set("a", value);
     }
     return change.save() == 0 ? "new" : "refused";
+}
+
+std::string save(int types) { return save(types, 1); }
+
+// Whether a reader takes no part of a change while others save, back and forth, before each look at
+// one of the files.
+bool isNotMisled() {
+    Disk const disk = {{plain(LocalDbCtrl::getFileName(0)), "{\"a\":0}"},
+                       {plain(LocalDbCtrl::getFileName(1)), "{\"a\":0}"}};
+    write(disk);
+    othersSave = true;
+    std::string const found = read(2);
+    othersSave = false;
+    return found != "mixed";
 }
 
 // The disks to be tried, each with what a reader has to find, if that is decided.
 struct Search {
     // Does something on a disk, and adds those that a loss of power may leave meanwhile.
     bool follow(Disk const& disk, std::string const& wanted, int types, Action* action) {
-        fs::remove_all("data");
-        for (auto const& [name, content] : disk) {
-            TempDir::write(name, content);
-        }
-        LocalDbSnapshot::forget();
+        write(disk);
         DiskModel watching(disk);
         syncs = 0;
         left.clear();
@@ -147,6 +167,12 @@ bool check(int types) {
     RESULT __wrap_##NAME PARAMETERS
 
 WRAP(int, open64, (char const* name, int flags, mode_t mode)) {
+    static int value = 0;
+    if (flags == (O_RDONLY | O_CLOEXEC) && strstr(name, ".ldb") != nullptr &&
+        std::exchange(othersSave, false)) {
+        save(2, value = 1 - value);
+        othersSave = true;
+    }
     bool const isNew = (flags & O_CREAT) != 0 && access(name, F_OK) != 0;
     int const fd = __real_open64(name, flags, mode);
     moved(isNew && fd >= 0 ? 0 : -1, "", plain(name));
@@ -190,5 +216,5 @@ int main(int count, char** words) {
     TempDir const dir;
     Logger::mask = 0;
     LocalDbCtrl::init();
-    return (count > 1 ? check(atoi(words[1])) : check(1) && check(2)) ? 0 : 1;
+    return (count > 1 ? check(atoi(words[1])) : isNotMisled() && check(1) && check(2)) ? 0 : 1;
 }
