@@ -1,7 +1,8 @@
 // powercut [TYPES]: tries every disk that a loss of power may leave during a save of so many
 // databases, 1 and then 2 unless given, and during the recovery from each of these disks, and so on.
 // Each time a reader has to find all files old or all new: new once the save has returned, and what
-// an earlier reader has found. Without any one of the save's syncs that has to fail. The same for two
+// an earlier reader has found. Nor does it matter where a kill stops the save, with a reader before
+// the loss of power. Without any one of the save's syncs that has to fail. The same for two
 // of which one cannot be renamed over when the change counts, and is written in place.
 // Before that: a reader while others save back and forth.
 #include <errno.h>
@@ -28,6 +29,8 @@ int syncs = 0;
 int droppedSync = 0;     // its number; 0 for none
 bool isRefused = false;  // the rename to the first database
 bool othersSave = false;
+int killAt = 0;  // the number of the call at which the process is killed; 0 for none
+int calls = 0;
 
 std::string plain(fs::path const& name) { return name.lexically_normal(); }
 std::string nameOf(int fd) {
@@ -40,6 +43,11 @@ bool isWatched() {
         left.merge(model->disks());
     }
     return model != nullptr;
+}
+// From then on it changes nothing.
+bool isKilled() {
+    errno = EIO;
+    return killAt != 0 && ++calls >= killAt;
 }
 int moved(int result, std::string const& from, std::string const& to) {
     if (result == 0 && isWatched()) {
@@ -71,14 +79,24 @@ std::string read(int types) {
 }
 
 std::string save(int types, int value) {
+    int const at = std::exchange(killAt, 0);  // not while it locks
     LocalDbTransaction change(0, "", "default");
     for (int type = 0; type < types; ++type) {
         change.also(static_cast<unsigned int>(type), "")->set("a", value);
     }
-    return change.save() == 0 ? "new" : "refused";
+    killAt = at;
+    calls = 0;
+    bool const isSaved = change.save() == 0;
+    killAt = 0;
+    return isSaved ? "new" : "refused";
 }
 
 std::string save(int types) { return save(types, 1); }
+
+std::string saveAndRead(int types) {
+    save(types);
+    return read(types);
+}
 
 // Whether a reader takes no part of a change while others save, back and forth, before each look at
 // one of the files.
@@ -136,6 +154,12 @@ bool isRight(int types, int without, int& count) {
     bool right = search.follow(disk, "", types, save);
     count = syncs;
     droppedSync = 0;
+    bool isKilledLast = without == 0;
+    for (int at = 1; right && isKilledLast; ++at) {
+        killAt = at;
+        right = search.follow(disk, "", types, saveAndRead);
+        isKilledLast = calls >= at;
+    }
     while (right && !search.untried.empty()) {
         disk = search.untried.front();
         search.untried.pop_front();
@@ -174,7 +198,7 @@ WRAP(int, open64, (char const* name, int flags, mode_t mode)) {
         othersSave = true;
     }
     bool const isNew = (flags & O_CREAT) != 0 && access(name, F_OK) != 0;
-    int const fd = __real_open64(name, flags, mode);
+    int const fd = isKilled() ? -1 : __real_open64(name, flags, mode);
     moved(isNew && fd >= 0 ? 0 : -1, "", plain(name));
     return fd;
 }
@@ -182,6 +206,9 @@ WRAP(int, open, (char const* name, int flags, mode_t mode)) {
     return __wrap_open64(name, flags, mode);
 }
 WRAP(ssize_t, write, (int fd, void const* bytes, size_t size)) {
+    if (isKilled()) {
+        return -1;
+    }
     if (isWatched()) {
         model->files[model->now[nameOf(fd)]].content.replace(
             static_cast<size_t>(lseek(fd, 0, SEEK_CUR)), size, static_cast<char const*>(bytes),
@@ -190,12 +217,18 @@ WRAP(ssize_t, write, (int fd, void const* bytes, size_t size)) {
     return __real_write(fd, bytes, size);
 }
 WRAP(int, ftruncate64, (int fd, off_t length)) {
+    if (isKilled()) {
+        return -1;
+    }
     if (isWatched()) {
         model->files[model->now[nameOf(fd)]].content.resize(static_cast<size_t>(length));
     }
     return __real_ftruncate64(fd, length);
 }
 WRAP(int, fsync, (int fd)) {  // a real one would only take time
+    if (isKilled()) {
+        return -1;
+    }
     if (++syncs != droppedSync && isWatched()) {
         model->sync(nameOf(fd));
     }
@@ -206,9 +239,11 @@ WRAP(int, rename, (char const* from, char const* to)) {
         errno = EBUSY;
         return -1;
     }
-    return moved(__real_rename(from, to), plain(from), plain(to));
+    return isKilled() ? -1 : moved(__real_rename(from, to), plain(from), plain(to));
 }
-WRAP(int, unlink, (char const* name)) { return moved(__real_unlink(name), plain(name), ""); }
+WRAP(int, unlink, (char const* name)) {
+    return isKilled() ? -1 : moved(__real_unlink(name), plain(name), "");
+}
 
 #pragma GCC visibility pop
 

@@ -172,13 +172,15 @@ bool ChangeFolder::Finish::survey(int i) {
     if (!readVersion(nameOf(i), version)) {
         return errno == EINVAL;
     }
-    if (version == file.gets) {
+    bool const isNew = version == file.gets;
+    if (isNew && !file.isInPlace) {
         states[i] = NEW;
-    } else if (version == file.had || file.isInPlace) {
+    } else if (version == file.had ||
+               file.isInPlace) {  // what was written in place may be unsynced
         if (!readVersion(changes.text(i), version)) {
             return false;
         }
-        states[i] = version == file.gets ? OLD : LOST;
+        states[i] = version == file.gets ? OLD : isNew ? NEW : LOST;
     }
     return true;
 }
