@@ -1,6 +1,7 @@
 // Appending steps, in memory that is doubled as needed.
 #include "jsondata/PathText.h"
 
+#include <assert.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -30,6 +31,7 @@ bool PathText::append(char const* piece) {
     }
     memcpy(text_ + length_, piece, length - length_);
     length_ = length;
+    assert(length_ <= capacity_);
     return true;
 }
 

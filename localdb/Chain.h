@@ -4,6 +4,8 @@
 #ifndef VOBIUTILS_LOCALDB_CHAIN_H
 #define VOBIUTILS_LOCALDB_CHAIN_H
 
+#include <assert.h>
+
 namespace vobiutils {
 
 template <typename Node>
@@ -11,6 +13,7 @@ struct Chain {
     Node* first = nullptr;
 
     void append(Node* node) {
+        assert(node->next == nullptr);
         Node** end = &first;
         while (*end != nullptr) {
             end = &(*end)->next;
@@ -21,6 +24,7 @@ struct Chain {
     void remove(Node* node) {
         Node** link = &first;
         while (*link != node) {
+            assert(*link != nullptr);  // the node is in the chain
             link = &(*link)->next;
         }
         *link = node->next;

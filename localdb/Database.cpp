@@ -1,6 +1,7 @@
 // The document of a database, between its data file and memory.
 #include "localdb/Database.h"
 
+#include <assert.h>
 #include <errno.h>
 #include <sys/stat.h>
 
@@ -124,6 +125,7 @@ void Database::forgetOrigin() {
 }
 
 void Database::restore(json_object* copy, uint64_t version) {
+    assert(hasValue() && copy != nullptr);
     json_object_put(document_->jobj);
     document_->jobj = copy;
     if (origins_ != nullptr && version != 0) {

@@ -1,6 +1,7 @@
 // Knows the data directory, and tells the log how changes end.
 #include "localdb/DatabaseChange.h"
 
+#include <assert.h>
 #include <string.h>
 
 #include "BEConfig.h"
@@ -42,6 +43,7 @@ ChangeState finishChange(char const* function, bool waits) {
 bool isChangeRecorded() { return ChangeFolder(BEConfig::DATA_LOCATION.c_str()).isRecorded(); }
 
 bool DatabaseChange::add(Database const& database) {
+    assert(count_ < static_cast<int>(API_TYPE_COUNT));
     File& file = files_[count_++];
     file.name = FileName::ofData(database.apiType);
     UTIL_DEBUG("%s: type=%d save object %p to file %s\n", "LocalDbTransaction",

@@ -12,6 +12,8 @@
 // - pthread_mutex_timedlock measures its deadline with CLOCK_REALTIME, which can be set.
 #include "localdb/DatabaseLock.h"
 
+#include <assert.h>
+
 #include "localdb/Chain.h"
 #include "localdb/Condition.h"
 #include "logging/MutexGuard.h"
@@ -148,6 +150,7 @@ bool Claim::release() {
 }
 
 void Claim::end() {
+    assert(holds());
     claims.remove(this);
     holds_.store(false, std::memory_order_release);
 }

@@ -1,6 +1,7 @@
 // Opens, shares and frees the side file.
 #include "localdb/ProcessLock.h"
 
+#include <assert.h>
 #include <errno.h>
 #include <pthread.h>
 #include <sys/stat.h>
@@ -61,6 +62,7 @@ bool mayPass(int error) {
 }  // namespace
 
 bool ProcessLock::acquire(unsigned int apiType, timespec const& deadline) {
+    assert(!file_ && !turn_);
     bool inTime = true;
     bool acquired = tryAcquire(apiType);
     while (!acquired && inTime) {

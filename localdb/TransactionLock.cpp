@@ -1,6 +1,8 @@
 // What a transaction does with each of its databases.
 #include "localdb/TransactionLock.h"
 
+#include <assert.h>
+
 #include <new>
 #include <utility>
 
@@ -32,6 +34,7 @@ Transaction::Status TransactionLock::prepare(char const* path, timespec const& d
         mode == Transaction::READ || processLock_.acquire(database.apiType, deadline);
     Status status = !isOurs ? Transaction::BUSY : wasInMemory ? checkDocument() : readDocument();
     isDropped_ = mode == Transaction::WRITE ? isInFile_ : !wasInMemory;
+    assert(status != Transaction::LOCKED || database.hasValue());
     if (status == Transaction::LOCKED) {
         status = open(path, object);
     }
@@ -159,6 +162,7 @@ void TransactionLock::discard() {
     if (!isReleased_) {
         return;
     }
+    assert(!isDropped_ || !before_);
     if (isDropped_) {
         database.drop();
     } else if (before_) {

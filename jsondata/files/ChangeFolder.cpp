@@ -14,6 +14,7 @@
 // later, after further saves, so that the removal is synced.
 #include "jsondata/files/ChangeFolder.h"
 
+#include <assert.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -102,6 +103,7 @@ bool ChangeFolder::mark() const {
 }
 
 bool ChangeFolder::store(ChangeRecord const& record) const {
+    assert(lock_);
     NameBelow const name(path_, NEW_RECORD);
     unlink(name);  // a leftover
     char text[ChangeRecord::SIZE];
@@ -142,6 +144,7 @@ struct ChangeFolder::Finish {
 };
 
 bool ChangeFolder::Finish::run() {
+    assert(changes.lock_);
     if (!folder.open(changes.path_, O_RDONLY | O_DIRECTORY) || !folder.sync() || !survey() ||
         (counts && !carryOut())) {
         return false;

@@ -11,6 +11,7 @@
 #ifndef VOBIUTILS_JSONDATA_FILES_CHANGERECORD_H
 #define VOBIUTILS_JSONDATA_FILES_CHANGERECORD_H
 
+#include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
 
@@ -34,7 +35,10 @@ class ChangeRecord {
     bool add(char const* name, uint64_t had, uint64_t gets, bool isInPlace = false);
 
     int count() const { return count_; }
-    File& operator[](int i) { return files_[i]; }
+    File& operator[](int i) {
+        assert(i < count_);
+        return files_[i];
+    }
 
     // Writes the record into `text`, and returns its length.
     size_t print(char (&text)[SIZE]) const;

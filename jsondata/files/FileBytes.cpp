@@ -1,6 +1,7 @@
 // Reads the bytes of a file, hashes and parses them.
 #include "jsondata/files/FileBytes.h"
 
+#include <assert.h>
 #include <endian.h>
 #include <errno.h>
 #include <limits.h>
@@ -104,6 +105,7 @@ int FileBytes::append(FileDescriptor const& file, off_t expected) {
             return ENOMEM;
         }
         size_t const used = static_cast<size_t>(length_);
+        assert(used < capacity_);
         ssize_t const count = file.read(bytes_ + used, capacity_ - used);
         if (count <= 0) {
             return count == 0 ? 0 : errno;

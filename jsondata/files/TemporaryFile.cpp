@@ -1,6 +1,7 @@
 // Creates, locks, fills and renames the temporary file.
 #include "jsondata/files/TemporaryFile.h"
 
+#include <assert.h>
 #include <stdio.h>
 
 namespace vobiutils {
@@ -94,10 +95,12 @@ bool TemporaryFile::takeAccessOf(struct stat const& old, FileAttributes const& a
 }
 
 bool TemporaryFile::fill(char const* bytes, size_t length, bool synced) {
+    assert(exists_ && file_);
     return file_.writeAll(bytes, length) && (!synced || file_.sync()) && file_.close();
 }
 
 bool TemporaryFile::renameTo(char const* target) {
+    assert(exists_);
     exists_ = rename(name_, target) != 0;
     return !exists_;
 }
