@@ -19,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 int syncs = 0;
+int savedSyncs = 0;  // the next lock adds one, which removes the record
 
 void changeOnce(int types) {
     LocalDbTransaction change(0, "", "default");
@@ -26,9 +27,11 @@ void changeOnce(int types) {
         TreeMapObject* const document = change.also(static_cast<unsigned int>(type), "");
         document->set("wan.[1].mtu", document->get<int>("wan.[1].mtu") + 1);
     }
+    syncs = 0;
     if (change.save() != 0) {
         abort();
     }
+    savedSyncs += syncs;
 }
 
 // The size is the number of syncs, which has to be so.
@@ -36,13 +39,13 @@ Growth::Size changes(int types) {
     int const expected = types == 1 ? 2 : 2 * types + 2;
     return {static_cast<double>(expected), [types, expected](int count) {
                 std::string const before = std::exchange(BEConfig::DATA_LOCATION, diskFile("data"));
-                syncs = 0;
+                savedSyncs = 0;
                 for (int i = 0; i < count; ++i) {
                     changeOnce(types);
                 }
                 BEConfig::DATA_LOCATION = before;
-                if (syncs != count * expected) {
-                    fprintf(stderr, "%d changes of %d types: %d syncs\n", count, types, syncs);
+                if (savedSyncs != count * expected) {
+                    fprintf(stderr, "%d changes of %d types: %d syncs\n", count, types, savedSyncs);
                     abort();
                 }
             }};

@@ -21,6 +21,9 @@ ChangeState finishIn(char const* directory, bool waits) {
         return ChangeState::NONE;
     }
     ChangeState const state = folder.lock(waits);
+    if (state == ChangeState::NOT_PERMITTED && folder.isEmpty()) {
+        return ChangeState::NONE;
+    }
     return state == ChangeState::NONE ? folder.finish() : state;
 }
 

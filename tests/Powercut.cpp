@@ -4,7 +4,7 @@
 // an earlier reader has found. Nor does it matter where a kill stops the save, with a reader before
 // the loss of power. Without any one of the save's syncs that has to fail. The same for two
 // of which one cannot be renamed over when the change counts, and is written in place.
-// Before that: a reader while others save back and forth.
+// Before that: a reader while others save back and forth, and a save that follows a change.
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
@@ -170,6 +170,28 @@ bool isRight(int types, int without, int& count) {
     return right;
 }
 
+// Whether a save that follows a change outlasts it, though it puts back what the file had before.
+bool outlastsChange(int without) {
+    std::string const old = "{\n  \"a\":0\n}";  // as it is saved
+    Disk const disk = {{plain(LocalDbCtrl::getFileName(0)), old},
+                       {plain(LocalDbCtrl::getFileName(1)), old}};
+    write(disk);
+    DiskModel watching(disk);
+    model = &watching;
+    save(2, 1);
+    syncs = 0;
+    droppedSync = without;
+    save(1, 0);
+    droppedSync = 0;
+    model = nullptr;
+    bool result = true;
+    for (Disk const& after : watching.disks()) {
+        write(after);
+        result = result && read(2) == "mixed" && LocalDbSnapshot(0).get<int>("a") == 0;
+    }
+    return result;
+}
+
 bool check(int types) {
     int count = 0;
     isRefused = true;
@@ -251,5 +273,9 @@ int main(int count, char** words) {
     TempDir const dir;
     Logger::mask = 0;
     LocalDbCtrl::init();
-    return (count > 1 ? check(atoi(words[1])) : isNotMisled() && check(1) && check(2)) ? 0 : 1;
+    return (count > 1
+                ? check(atoi(words[1]))
+                : isNotMisled() && outlastsChange(0) && !outlastsChange(1) && check(1) && check(2))
+               ? 0
+               : 1;
 }

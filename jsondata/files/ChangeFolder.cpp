@@ -6,12 +6,13 @@
 //   2. See what each file is: old and its new content there, new, or another one, saved since.
 //      If a file is old and its new content is gone, the change never counted, and is removed.
 //   3. Rename the new content to each file that is old.
-//   4. Sync the folder of each file, so that the record is removed after that.
-//   5. Remove the record.
+//   4. Sync the folder of each file, so that the record is emptied after that.
+//   5. Empty the record.
+//   6. Sync the empty record, and remove it.
 //
-// The removal need not last: a record that comes back finds no file that is old with its new
-// content there. Only where a file was left alone, or the change never counted, could it find one
-// later, after further saves, so that the removal is synced.
+// A change itself ends with step 5. After a loss of power the record may be whole again: it finds
+// every file new. But if one was saved meanwhile, and had its old content again, it would be taken
+// for old. So whoever comes next, and before it saves anything, does step 6.
 #include "jsondata/files/ChangeFolder.h"
 
 #include <assert.h>
@@ -120,7 +121,23 @@ void ChangeFolder::removeTexts() const {
     unlink(NameBelow(path_, NEW_RECORD));
 }
 
-void ChangeFolder::removeRecord() const { unlink(NameBelow(path_, RECORD)); }
+void ChangeFolder::removeMark() const { unlink(NameBelow(path_, RECORD)); }
+
+// What the record said cannot come back.
+bool ChangeFolder::removeEmptied() const {
+    FileDescriptor record;
+    bool const isThere = record.open(NameBelow(path_, RECORD), O_RDONLY | O_NOFOLLOW);
+    if (isThere ? !record.sync() : errno != ENOENT) {
+        return false;
+    }
+    removeMark();
+    return true;
+}
+
+bool ChangeFolder::isEmpty() const {
+    struct stat status;
+    return stat(NameBelow(path_, RECORD), &status) == 0 && status.st_size == 0;
+}
 
 // One attempt to finish the change of a record.
 struct ChangeFolder::Finish {
@@ -140,7 +157,6 @@ struct ChangeFolder::Finish {
     FileDescriptor folder;
     FileState states[ChangeRecord::MOST];
     bool counts = true;
-    bool leavesNoTrace = true;  // a record that came back would do nothing
 };
 
 bool ChangeFolder::Finish::run() {
@@ -150,11 +166,8 @@ bool ChangeFolder::Finish::run() {
         return false;
     }
     changes.removeTexts();
-    changes.removeRecord();
-    if (!leavesNoTrace) {
-        folder.sync();
-    }
-    return true;
+    FileDescriptor const emptied(NameBelow(changes.path_, RECORD), O_WRONLY | O_NOFOLLOW);
+    return emptied && emptied.resize(0);
 }
 
 bool ChangeFolder::Finish::survey() {
@@ -163,7 +176,6 @@ bool ChangeFolder::Finish::survey() {
             return false;
         }
         counts = counts && states[i] != LOST;
-        leavesNoTrace = leavesNoTrace && !record[i].isInPlace && states[i] <= NEW;
     }
     return true;
 }
@@ -213,7 +225,6 @@ bool ChangeFolder::Finish::replace(int i) {
 bool ChangeFolder::Finish::write(int i, char const* target) {
     if (!record[i].isInPlace) {
         record[i].isInPlace = true;
-        leavesNoTrace = false;
         if (!changes.store(record) || !folder.sync()) {
             return false;
         }
@@ -233,7 +244,7 @@ bool ChangeFolder::Finish::syncFolderOf(int i) {
     return of && of.sync();
 }
 
-ChangeState ChangeFolder::finish() const {
+ChangeState ChangeFolder::carryOut() const {
     ChangeRecord record;
     ChangeState const state = read(NameBelow(path_, RECORD), record);
     if (state != ChangeState::NONE) {
@@ -241,11 +252,15 @@ ChangeState ChangeFolder::finish() const {
     }
     if (record.count() == 0) {
         removeTexts();
-        removeRecord();
         return ChangeState::NONE;
     }
     Finish attempt = {*this, record, {}, {}};
     return attempt.run() ? ChangeState::NONE : ChangeState::UNFINISHED;
+}
+
+ChangeState ChangeFolder::finish() const {
+    ChangeState const state = carryOut();
+    return state == ChangeState::NONE && !removeEmptied() ? ChangeState::UNFINISHED : state;
 }
 
 }  // namespace vobiutils

@@ -47,12 +47,19 @@ class ChangeFolder {
     // new, or is about to. Takes one system call if there is none, and no lock.
     bool isRecorded() const;
 
+    // Whether what is marked needs nothing but to be removed.
+    bool isEmpty() const;
+
     // Takes the lock, and returns NONE; waits for it, or returns BUSY.
     ChangeState lock(bool waits);
 
     // The caller of what follows holds the lock.
 
-    // Finishes what the record says, or removes what never got one. NONE, DAMAGED or UNFINISHED.
+    // Does what the record says, and empties it; or removes what never got one. NONE, DAMAGED or
+    // UNFINISHED.
+    ChangeState carryOut() const;
+
+    // Does the same, and removes the record. As long as that is not done, no file may be saved.
     ChangeState finish() const;
 
     // Marks that a change has begun. False with errno.
@@ -61,15 +68,17 @@ class ChangeFolder {
     // Puts the record in its place. False if that fails.
     bool store(ChangeRecord const& record) const;
 
-    // Removes all but the record, and the record.
+    // Removes all but the record; and the mark.
     void removeTexts() const;
-    void removeRecord() const;
+    void removeMark() const;
 
     char const* path() const { return path_; }
     NameBelow text(int i) const { return NameBelow(path_, ".change.", i + 1); }
 
   private:
     struct Finish;
+
+    bool removeEmptied() const;
 
     char const* const path_;
     FileDescriptor lock_;

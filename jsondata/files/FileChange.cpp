@@ -11,7 +11,7 @@ FileChange::~FileChange() {
         folder_.removeTexts();
     }
     if (!isRecorded_ && isMarked_) {
-        folder_.removeRecord();
+        folder_.removeMark();
     }
 }
 
@@ -46,7 +46,7 @@ bool FileChange::commit() {
         return true;
     }
     isRecorded_ = folder_.store(record_);
-    return isRecorded_ && folder_.finish() == ChangeState::NONE;
+    return isRecorded_ && folder_.carryOut() == ChangeState::NONE;
 }
 
 }  // namespace vobiutils
