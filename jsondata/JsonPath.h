@@ -29,9 +29,9 @@ class PathToken {
 
     bool isIndex() const { return *start() == '['; }
 
-    // With start(), the two arguments of "%.*s"; see TOKEN_ARGS. A token too long for an int is
-    // cut.
-    int width() const { return static_cast<int>(slice_.size() & INT_MAX); }
+    // With start(), the two arguments of "%.*s"; see TOKEN_ARGS. The width of a token of 2 GiB may be
+    // negative, which prints the rest of the string.
+    int width() const { return static_cast<int>(slice_.size()); }
 
   private:
     std::string_view slice_;

@@ -6,7 +6,6 @@
 #include <atomic>
 #include <new>
 
-#include "jsondata/FileCache.h"
 #include "jsondata/files/JsonFile.h"
 
 namespace vobiutils {
@@ -18,9 +17,9 @@ struct ParsedSchema : Made {
     std::atomic<bool> isInUse = false;
 };
 
-namespace {
-
 constinit FileCache schemas;
+
+namespace {
 
 int parseSchema(FileBytes const& bytes, Shared<Made>& made) {
     JsonRef value(bytes.parse());

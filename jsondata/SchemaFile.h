@@ -6,6 +6,7 @@
 #include <stddef.h>
 #include <sys/stat.h>
 
+#include "jsondata/FileCache.h"
 #include "jsondata/JsonRef.h"
 #include "jsondata/Shared.h"
 
@@ -13,6 +14,9 @@ namespace vobiutils {
 
 // The largest file whose schema is kept. A usual one has 1 to 4 KB.
 size_t const LARGEST_KEPT_SCHEMA = 32 << 10;
+
+// What was made of schema files: parsed here, and compiled in SharedSchema.cpp.
+extern FileCache schemas;
 
 struct ParsedSchema;
 

@@ -28,8 +28,6 @@ char const NO_MEMORY[] = "cannot be checked: out of memory";
 char const NOT_JSON[] = "cannot be checked: the schema is not JSON";
 char const NO_SCHEMA[] = "cannot be checked: there is no schema";
 
-constinit FileCache schemas;
-
 bool canCompile() {
     return json_schema_compile != nullptr && json_schema_check != nullptr &&
            json_schema_free != nullptr;
@@ -157,7 +155,5 @@ bool satisfiesSchemaFile(json_object* value, char const* file, Fault& fault) {
     Shared<SharedSchema> const schema(compileSchemaFile(file));
     return schema ? schema->accepts(value, &fault) : refuse(faultOf(NO_MEMORY), &fault);
 }
-
-void forgetCompiledSchemas() { schemas.forget(); }
 
 }  // namespace vobiutils

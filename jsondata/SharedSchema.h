@@ -33,9 +33,6 @@ SharedSchema* compileSchemaFile(char const* file);
 // refuses every value, and so does a link to nowhere. If not, `fault` says why.
 bool satisfiesSchemaFile(json_object* value, char const* file, CompiledSchema::Fault& fault);
 
-// Drops the compiled schemas of files, and closes these.
-void forgetCompiledSchemas();
-
 }  // namespace vobiutils
 
 #endif

@@ -49,9 +49,6 @@ bool DatabaseChange::add(Database const& database) {
     assert(count_ < static_cast<int>(API_TYPE_COUNT));
     File& file = files_[count_++];
     file.name = FileName::ofData(database.apiType);
-    UTIL_DEBUG("%s: type=%d save object %p to file %s\n", "LocalDbTransaction",
-               static_cast<int>(database.apiType), static_cast<void*>(database.document()),
-               printable(file.name.get()));
     file.text = database.hasValue() ? savedText(database.document()->jobj, file.length) : nullptr;
     return file.name.get() != nullptr && file.text != nullptr;
 }
@@ -65,16 +62,9 @@ bool DatabaseChange::findChanged() {
             return false;
         }
         file.isChanged = !target.holds(file.text, file.length, unchanged);
+        changedCount_ += file.isChanged;
     }
     return true;
-}
-
-int DatabaseChange::changedCount() const {
-    int count = 0;
-    for (int i = 0; i < count_; ++i) {
-        count += files_[i].isChanged;
-    }
-    return count;
 }
 
 // Also a single file is saved under the lock of changes: if another process changed the files that
@@ -83,21 +73,17 @@ int DatabaseChange::save() {
     FileChange change(BEConfig::DATA_LOCATION.c_str());
     ChangeState const state = change.begin();
     bool isSaved = state != ChangeState::UNFINISHED && findChanged();
-    if (changedCount() <= 1) {
+    if (changedCount_ <= 1) {
         isSaved = isSaved && saveEach();
     } else {
         isSaved = isSaved && state != ChangeState::NOT_PERMITTED && saveTogether(change);
     }
-    if (!isSaved) {
-        UTIL_DEBUG("%s: failed to save the change\n", "LocalDbTransaction");
-        return 2;
-    }
-    return 0;
+    return isSaved ? 0 : 2;
 }
 
 // If nothing is to be changed, the files are synced.
 bool DatabaseChange::saveEach() const {
-    bool const isChange = changedCount() > 0;
+    bool const isChange = changedCount_ > 0;
     bool areSaved = true;
     for (int i = 0; i < count_; ++i) {
         File const& file = files_[i];
@@ -113,8 +99,8 @@ bool DatabaseChange::saveTogether(FileChange& change) const {
     bool isComplete = true;
     for (int i = 0; i < count_; ++i) {
         File const& file = files_[i];
-        isComplete =
-            isComplete && change.add(file.name.get() + directory + 1, file.text, file.length);
+        isComplete = isComplete && (!file.isChanged || change.add(file.name.get() + directory + 1,
+                                                                  file.text, file.length));
     }
     return isComplete && change.commit();
 }

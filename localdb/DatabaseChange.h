@@ -43,11 +43,11 @@ class DatabaseChange {
     };
 
     bool findChanged();
-    int changedCount() const;
     bool saveEach() const;
     bool saveTogether(FileChange& change) const;
 
     int count_ = 0;
+    int changedCount_ = 0;
     File files_[API_TYPE_COUNT];
 };
 

@@ -43,8 +43,4 @@ FileName FileName::ofLock(unsigned int apiType) {
     return FileName(LocalDbCtrl::getApiDir(apiType), "", ".lock");
 }
 
-FileName FileName::ofFolder(unsigned int apiType) {
-    return FileName(LocalDbCtrl::getApiDir(apiType), "", ".");
-}
-
 }  // namespace vobiutils

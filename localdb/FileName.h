@@ -19,7 +19,6 @@ class FileName {
 
     // Of the empty file that processes lock in turn: fits wherever the name of the data file does.
     static FileName ofLock(unsigned int apiType);
-    static FileName ofFolder(unsigned int apiType);
 
     // Null if the types do not name a file, or the name is too long.
     char const* get() const { return text_[0] != '\0' ? text_ : nullptr; }

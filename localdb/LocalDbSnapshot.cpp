@@ -190,5 +190,4 @@ uint64_t LocalDbSnapshot::version() const { return document_ != nullptr ? docume
 void LocalDbSnapshot::forget() {
     forgetDocuments();
     forgetSchemas();
-    forgetCompiledSchemas();
 }

@@ -212,7 +212,7 @@ bool LocalDbTransaction::areValid() {
     return true;
 }
 
-// Before anything is written. Logs every file that is another one.
+// Before anything is written. Looks at every file, so that the next save writes over them.
 bool LocalDbTransaction::overwritesAnother() {
     bool result = false;
     forAll(*locks_, [&](TransactionLock& lock) { result = lock.overwritesAnother() || result; });

@@ -62,7 +62,7 @@ bool mayPass(int error) {
 }  // namespace
 
 bool ProcessLock::acquire(unsigned int apiType, timespec const& deadline) {
-    assert(!file_ && !turn_);
+    assert(!file_);
     bool inTime = true;
     bool acquired = tryAcquire(apiType);
     while (!acquired && inTime) {
@@ -71,16 +71,12 @@ bool ProcessLock::acquire(unsigned int apiType, timespec const& deadline) {
         clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, inTime ? &soon : &deadline, nullptr);
         acquired = tryAcquire(apiType);
     }
-    if (turn_) {
-        turn_.unlock();
-    }
-    turn_.close();
     return acquired;
 }
 
 bool ProcessLock::tryAcquire(unsigned int apiType) {
     MutexGuard const guard(chainLock);
-    if (open(apiType, file_) && lock(apiType)) {
+    if (open(apiType, file_) && lock()) {
         held.append(this);
         return true;
     }
@@ -91,7 +87,7 @@ bool ProcessLock::tryAcquire(unsigned int apiType) {
 
 // The second descriptor of the same open file has the same lock; the second open file would have to
 // wait for the first.
-bool ProcessLock::lock(unsigned int apiType) {
+bool ProcessLock::lock() {
     struct stat status;
     if (fstat(file_.get(), &status) != 0) {
         return false;
@@ -100,20 +96,7 @@ bool ProcessLock::lock(unsigned int apiType) {
     inode_ = status.st_ino;
     process_ = getpid();
     ProcessLock const* const shared = findShared();
-    return shared != nullptr ? file_.duplicate(shared->file_)
-                             : takeTurn(apiType) && file_.tryLock();
-}
-
-// False, with EWOULDBLOCK, as long as another one waits. A folder that cannot be locked keeps no order.
-bool ProcessLock::takeTurn(unsigned int apiType) {
-    FileName const folder = FileName::ofFolder(apiType);
-    if (turn_ || folder.get() == nullptr || !turn_.open(folder.get(), O_RDONLY | O_DIRECTORY) ||
-        turn_.tryLock() || errno != EWOULDBLOCK) {
-        return true;
-    }
-    turn_.close();
-    errno = EWOULDBLOCK;
-    return false;
+    return shared != nullptr ? file_.duplicate(shared->file_) : file_.tryLock();
 }
 
 // What a child made by fork has inherited is its parent's.

@@ -2,9 +2,7 @@
 //
 // Ordinarily a transaction that writes holds an flock on the side file `.lock` in the folder of the
 // type, from before it reads the data file until it has saved. The data file itself would not do: a
-// save replaces it. The side file is empty and never removed. Who waits for it holds an flock on the
-// folder meanwhile, which no other takes the side file without: a process that writes again and
-// again could otherwise keep the others waiting without end.
+// save replaces it. The side file is empty and never removed.
 //
 // The lock is the process's: all its controllers share it, and only its last transaction frees it. A
 // child made by fork does not have it. The kernel frees it when the process ends, however it ends.
@@ -37,12 +35,10 @@ class ProcessLock {
 
   private:
     bool tryAcquire(unsigned int apiType);
-    bool lock(unsigned int apiType);
-    bool takeTurn(unsigned int apiType);
+    bool lock();
     ProcessLock const* findShared() const;
 
     FileDescriptor file_;  // open while the lock is held
-    FileDescriptor turn_;  // the folder, open while it is this one's turn to get the lock
     dev_t device_ = 0;
     ino_t inode_ = 0;
     pid_t process_ = 0;

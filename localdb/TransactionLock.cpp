@@ -134,8 +134,6 @@ bool TransactionLock::overwritesAnother() {
         return false;
     }
     overwrites_ = true;
-    UTIL_WARN("%s: api type %d is not saved: its file was changed meanwhile\n",
-              "LocalDbTransaction", static_cast<int>(database.apiType));
     return true;
 }
 

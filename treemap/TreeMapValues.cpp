@@ -31,8 +31,8 @@ void setValue(json_object* document, char const* path, T value) {
 json_object* vobiutils::getNode(json_object* document, char const* path, LogWords const& words) {
     json_object* const node = JsonData::getJObj(document, path);
     if (node == nullptr) {
-        UTIL_HOT_DEBUG("object '%s' is not available, assign default %s value as %s\n",
-                       printable(path), words.shortName, words.defaultValue);
+        UTIL_DEBUG("object '%s' is not available, assign default %s value as %s\n", printable(path),
+                   words.shortName, words.defaultValue);
     } else if (!words.accepts(json_object_get_type(node))) {
         UTIL_WARN("object '%s' is not %s!\n", path, words.nodeType);
     }

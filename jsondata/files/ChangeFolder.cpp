@@ -72,17 +72,17 @@ ChangeFolder::~ChangeFolder() {
     }
 }
 
-bool ChangeFolder::isMarked() const {
-    return faccessat(AT_FDCWD, NameBelow(path_, RECORD), F_OK, 0) == 0;
-}
+NameBelow ChangeFolder::record() const { return NameBelow(path_, RECORD); }
+
+bool ChangeFolder::isMarked() const { return faccessat(AT_FDCWD, record(), F_OK, 0) == 0; }
 
 bool ChangeFolder::isRecorded() const {
     if (!isMarked()) {
         return false;
     }
-    ChangeRecord record;
-    ChangeState const state = read(NameBelow(path_, RECORD), record);
-    return state == ChangeState::UNFINISHED || (state == ChangeState::NONE && record.count() > 0);
+    ChangeRecord change;
+    ChangeState const state = read(record(), change);
+    return state == ChangeState::UNFINISHED || (state == ChangeState::NONE && change.count() > 0);
 }
 
 ChangeState ChangeFolder::lock(bool waits) {
@@ -99,19 +99,19 @@ ChangeState ChangeFolder::lock(bool waits) {
 }
 
 bool ChangeFolder::mark() const {
-    FileDescriptor const empty(NameBelow(path_, RECORD), O_WRONLY | O_CREAT | O_EXCL, 0644);
+    FileDescriptor const empty(record(), O_WRONLY | O_CREAT | O_EXCL, 0644);
     return static_cast<bool>(empty);
 }
 
-bool ChangeFolder::store(ChangeRecord const& record) const {
+bool ChangeFolder::store(ChangeRecord const& change) const {
     assert(lock_);
     NameBelow const name(path_, NEW_RECORD);
     unlink(name);  // a leftover
     char text[ChangeRecord::SIZE];
-    size_t const length = record.print(text);
+    size_t const length = change.print(text);
     FileDescriptor file(name, O_WRONLY | O_CREAT | O_EXCL, 0644);
     return file && file.writeAll(text, length) && file.sync() && file.close() &&
-           rename(name, NameBelow(path_, RECORD)) == 0;
+           rename(name, record()) == 0;
 }
 
 void ChangeFolder::removeTexts() const {
@@ -121,13 +121,13 @@ void ChangeFolder::removeTexts() const {
     unlink(NameBelow(path_, NEW_RECORD));
 }
 
-void ChangeFolder::removeMark() const { unlink(NameBelow(path_, RECORD)); }
+void ChangeFolder::removeMark() const { unlink(record()); }
 
 // What the record said cannot come back.
 bool ChangeFolder::removeEmptied() const {
-    FileDescriptor record;
-    bool const isThere = record.open(NameBelow(path_, RECORD), O_RDONLY | O_NOFOLLOW);
-    if (isThere ? !record.sync() : errno != ENOENT) {
+    FileDescriptor emptied;
+    bool const isThere = emptied.open(record(), O_RDONLY | O_NOFOLLOW);
+    if (isThere ? !emptied.sync() : errno != ENOENT) {
         return false;
     }
     removeMark();
@@ -136,7 +136,7 @@ bool ChangeFolder::removeEmptied() const {
 
 bool ChangeFolder::isEmpty() const {
     struct stat status;
-    return stat(NameBelow(path_, RECORD), &status) == 0 && status.st_size == 0;
+    return stat(record(), &status) == 0 && status.st_size == 0;
 }
 
 // One attempt to finish the change of a record.
@@ -166,7 +166,7 @@ bool ChangeFolder::Finish::run() {
         return false;
     }
     changes.removeTexts();
-    FileDescriptor const emptied(NameBelow(changes.path_, RECORD), O_WRONLY | O_NOFOLLOW);
+    FileDescriptor const emptied(changes.record(), O_WRONLY | O_NOFOLLOW);
     return emptied && emptied.resize(0);
 }
 
@@ -245,16 +245,16 @@ bool ChangeFolder::Finish::syncFolderOf(int i) {
 }
 
 ChangeState ChangeFolder::carryOut() const {
-    ChangeRecord record;
-    ChangeState const state = read(NameBelow(path_, RECORD), record);
+    ChangeRecord change;
+    ChangeState const state = read(record(), change);
     if (state != ChangeState::NONE) {
         return state;
     }
-    if (record.count() == 0) {
+    if (change.count() == 0) {
         removeTexts();
         return ChangeState::NONE;
     }
-    Finish attempt = {*this, record, {}, {}};
+    Finish attempt = {*this, change, {}, {}};
     return attempt.run() ? ChangeState::NONE : ChangeState::UNFINISHED;
 }
 

@@ -66,7 +66,7 @@ class ChangeFolder {
     bool mark() const;
 
     // Puts the record in its place. False if that fails.
-    bool store(ChangeRecord const& record) const;
+    bool store(ChangeRecord const& change) const;
 
     // Removes all but the record; and the mark.
     void removeTexts() const;
@@ -78,6 +78,7 @@ class ChangeFolder {
   private:
     struct Finish;
 
+    NameBelow record() const;
     bool removeEmptied() const;
 
     char const* const path_;

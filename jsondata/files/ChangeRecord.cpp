@@ -32,7 +32,7 @@ bool isBelow(char const* name) {
         return false;  // the names of the change itself are in the folder
     }
     for (char const* part = name;; ++part) {
-        size_t const length = strcspn(part, "/");
+        size_t const length = static_cast<size_t>(strchrnul(part, '/') - part);
         if (!isPart(part, length)) {
             return false;
         }
@@ -96,7 +96,7 @@ bool ChangeRecord::parseLine(char const* line) {
     uint64_t const had = readNumber(line);
     uint64_t const gets = readNumber(line);
     char name[sizeof files_[0].name];
-    size_t const length = strcspn(line, "\n");
+    size_t const length = static_cast<size_t>(strchrnul(line, '\n') - line);
     if (length >= sizeof name) {
         return false;
     }
@@ -111,7 +111,7 @@ bool ChangeRecord::parse(char const* text) {
         return false;
     }
     while (parseLine(line)) {
-        line += strcspn(line, "\n");
+        line = strchrnul(line, '\n');
         line += *line == '\n' ? 1 : 0;
     }
     char again[SIZE];

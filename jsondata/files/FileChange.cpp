@@ -30,14 +30,8 @@ bool FileChange::add(char const* name, char const* bytes, size_t length) {
     uint64_t const gets = hashOf(bytes, length);
     uint64_t had = 0;
     SaveTarget target;
-    FileDescriptor unchanged;
-    if (!target.find(file) || !readVersion(file, had)) {
-        return false;
-    }
-    if (target.holds(bytes, length, unchanged)) {
-        return true;
-    }
-    return had != gets && record_.add(name, had, gets) && mark() &&
+    return target.find(file) && readVersion(file, had) && had != gets &&
+           record_.add(name, had, gets) && mark() &&
            prepareReplacement(target, bytes, length, folder_.text(record_.count() - 1));
 }
 

@@ -30,8 +30,8 @@ class FileChange {
     // commit(). After NOT_PERMITTED others are not kept away.
     ChangeState begin();
 
-    // Adds a file, by its name below the folder, that gets these bytes, unless it holds them
-    // already. False if it could only be written in place.
+    // Adds a file, by its name below the folder, that gets these bytes, which it does not
+    // hold. False if it could only be written in place.
     bool add(char const* name, char const* bytes, size_t length);
 
     // True when every file holds its bytes, synced. False if none does, or if the record stays.
