@@ -1,7 +1,7 @@
 #!/bin/sh
 # Builds the project and runs its tests with the packages of three releases of Debian, freshly installed in a folder
 # each (as root):
-#   bullseye   json-c 0.15, libmicrohttpd 0.9.72, CMake 3.18; the rest is bookworm's, as its g++ 10 does not suffice
+#   bullseye   json-c 0.15, CMake 3.18; the rest is bookworm's, as its g++ 10 and libmicrohttpd 0.9.72 do not suffice
 #   bookworm   json-c 0.16, libmicrohttpd 0.9.75, CMake 3.25, g++ 12
 #   trixie     json-c 0.18, libmicrohttpd 1.0, CMake 3.31, g++ 14
 #
@@ -23,9 +23,10 @@ install_debian() { # RELEASE FOLDER
     cp /etc/resolv.conf "$2/etc"
     chroot "$2" apt-get update -qq
     chroot "$2" apt-get install -qq --no-install-recommends --allow-downgrades "libjson-c-dev/$1" "libjson-c5/$1" \
-        "libmicrohttpd-dev/$1" "libmicrohttpd12/$1" "cmake/$1" "cmake-data/$1" >/dev/null
+        "cmake/$1" "cmake-data/$1" >/dev/null
 }
 
+failed=
 [ $# -gt 0 ] || set -- bullseye bookworm trixie
 for release in "$@"; do
     echo "== $release"
@@ -35,22 +36,20 @@ for release in "$@"; do
         install_debian "$release" "$root"
         touch "$root/complete"
     fi
-    # libmicrohttpd 0.9.72 closes seven of the malformed connections without an answer, and answers one of HTTP/2.0
-    left_out=none
-    [ "$release" != bullseye ] || left_out=backend_connections
     rm -rf "$root/source"
     mkdir "$root/source"
-    git ls-files -z | xargs -0 cp --parents -t "$root/source"
+    git ls-files -z | xargs -0 cp --parents --preserve=timestamps -t "$root/source"
     # the processes and mounts in it end with the shell
     # shellcheck disable=SC2016 # expanded inside
     unshare --mount --pid --fork sh -eu -c '
         mount --bind /dev "$1/dev"
         mount -t proc proc "$1/proc"
-        exec chroot "$1" sh -eu -c "
+        exec env -i "PATH=$PATH" chroot "$1" sh -eu -c "
             c++ --version | head -1
             pkg-config --modversion json-c libpcre2-8 libmicrohttpd | paste -sd\" \"
             cmake -S /source -B /build -DVOBIUTILS_WERROR=ON >/dev/null
             cmake --build /build --parallel $2
-            cd /build && ctest --parallel $2 --output-on-failure -E $3"
-    ' sh "$root" "$(nproc)" $left_out
+            cd /build && ctest --parallel $2 --output-on-failure"
+    ' sh "$root" "$(nproc)" || failed="$failed $release"
 done
+[ -z "$failed" ] || { echo "failed:$failed"; exit 1; }
