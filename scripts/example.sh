@@ -16,7 +16,7 @@ cmake --build "$build" --parallel "$(nproc)" >/dev/null
 show_changes() {
     echo
     echo "== What changed in the data files"
-    diff -ru -x .lock examples/gateway/data "$copy/data" || true
+    diff -ru -x ".*" examples/gateway/data "$copy/data" || true
 }
 
 if [ "${1-}" = --small ]; then

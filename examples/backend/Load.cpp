@@ -227,7 +227,8 @@ bool isSame(TreeMapObject* one, TreeMapObject* other) {
 }
 
 // Takes the writers' parts out of a document. False when one is neither as it was acknowledged nor
-// as it would be after the request that was not answered.
+// as it would be after the request that was not answered. One of which nothing was acknowledged may be
+// from an earlier run.
 bool takeParts(TreeMapObject& document, std::string const& type, TreeMapObject& journal) {
     bool isGood = true;
     for (unsigned int i = 0; Node const entry{journal.at(i)}; ++i) {
@@ -238,7 +239,8 @@ bool takeParts(TreeMapObject& document, std::string const& type, TreeMapObject& 
         Node const found(document.get(name));
         Node const acknowledged(entry->get("acknowledged"));
         Node const next(entry->get("next"));
-        if (!isSame(found.get(), acknowledged.get()) && !isSame(found.get(), next.get())) {
+        if (acknowledged != nullptr && !isSame(found.get(), acknowledged.get()) &&
+            !isSame(found.get(), next.get())) {
             std::printf("lost: %s %s is\n", type.c_str(), name);
             document.dump(name);
             isGood = false;

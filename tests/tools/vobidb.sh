@@ -18,7 +18,7 @@ hold() { # TYPE COMMAND...: while another process has the database
     (flock -n 9 && shift && "$@") 9>>"data/$1/.lock"
 }
 same() { # whether the data are what they were
-    diff -r -x .lock -x .change.lock before data
+    diff -r -x .lock -x .change -x .change.lock before data
 }
 TMPDIR=$work
 export TMPDIR
