@@ -29,7 +29,7 @@ Key keyOf(TreeMapObject const& handle) {
 }
 
 Key indexKey(unsigned int index) {
-    Key key;
+    Key key = {};
     writeIndexKey(key.text, index);
     return key;
 }

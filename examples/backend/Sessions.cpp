@@ -53,6 +53,7 @@ void Sessions::endThose(Condition const& condition) {
 
 void Sessions::cleanUpRegularly(std::stop_token const& stop) {
     std::mutex own;
+    // cppcheck-suppress localMutex; only the waiting needs it
     std::unique_lock<std::mutex> lock(own);
     std::condition_variable_any stopped;
     auto const interval = std::chrono::seconds(std::max(1, BEConfig::AUTH_CLEANUP));
