@@ -167,41 +167,29 @@ Reply changeResource(Place const& place, std::string const& method, std::string 
     Node const value =
         method == "DELETE" ? std::make_unique<TreeMapObject>() : valueFor(place, method, body);
     Reply reply;
-    std::uint64_t const version = changeDatabase(
-        place.type, place.session, [&](TreeMapObject& document, std::uint64_t current) {
-            bool const isThere = document.presence(place.path.c_str()) == TreeMapObject::PRESENT;
-            require(isThere || row->makes, 404, "nothing at this path");
-            if (!isThere) {
-                requireVacant(place, document);
-            }
-            requireVersion(place, current, isThere);
-            reply = row->change(place, document, *value);
-            reply.status = reply.status == 200 && !isThere ? 201 : reply.status;
-        });
-    reply.etag = tagOf(version, true);  // only administrators get here
+    auto const change = [&](LocalDbTransaction& database) {
+        TreeMapObject& document = *database.object();
+        bool const isThere = document.presence(place.path.c_str()) == TreeMapObject::PRESENT;
+        require(isThere || row->makes, 404, "nothing at this path");
+        if (!isThere) {
+            requireVacant(place, document);
+        }
+        requireVersion(place, database.version(), isThere);
+        reply = row->change(place, document, *value);
+        reply.status = reply.status == 200 && !isThere ? 201 : reply.status;
+    };
+    // only administrators get here
+    reply.etag = tagOf(changeDatabase(place.type, place.session, change), true);
     return reply;
 }
 
-Reply refuseDatabase(LocalDbTransaction::Status status) {
-    switch (status) {
-        case LocalDbTransaction::BUSY: return refuse(503, "the database is busy", 1);
-        case LocalDbTransaction::NO_MEMORY: return refuse(503, "out of memory", 1);
-        case LocalDbTransaction::NO_FILE: return refuse(404, "no such database");
-        case LocalDbTransaction::NO_NODE: return refuse(404, "nothing at this path");
-        default: return refuse(500, "the database cannot be read");
-    }
-}
-
-std::uint64_t changeDatabase(unsigned int type, Session const& session, Change const& change) {
+std::uint64_t changeDatabase(unsigned int type, Session const& session, Change const& change,
+                             char const* unsaved) {
     LocalDbTransaction database(type, "", "default", MAX_WAIT_MS);
-    if (!database) {
-        throw refuseDatabase(database.status());
-    }
-    change(*database.object(), database.version());
+    requireReadable(database);
+    change(database);
     if (database.save() != 0) {
-        throw database.status() == LocalDbTransaction::INVALID
-            ? refuseDocument(type, database.fault())
-            : refuse(500, "the change could not be saved; nothing is changed");
+        throw database ? refuseDocument(database.fault()) : refuse(500, unsaved);
     }
     session.seeSaved(type);
     return database.version();

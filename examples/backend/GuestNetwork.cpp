@@ -1,9 +1,5 @@
 // Switches the guest network: its Wi-Fi, its addresses and its firewall are parts of three databases.
-#include <LocalDbTransaction.h>
-
 #include "Access.h"
-#include "Limits.h"
-#include "Messages.h"
 #include "Resources.h"
 
 namespace {
@@ -26,9 +22,7 @@ Node guestSsid(TreeMapObject& wifi) {
 void switchParts(LocalDbTransaction& wifi, bool isOn) {
     TreeMapObject* const addresses = wifi.also(API_NETWORK, "guest");
     TreeMapObject* const firewall = wifi.also(API_SECURITY, "guest");
-    if (!wifi) {
-        throw refuseDatabase(wifi.status());
-    }
+    requireReadable(wifi);
     Node const ssid = guestSsid(*wifi.object());
     require(ssid != nullptr, 409, "guest.ssidId names no network");
     for (TreeMapObject* const part : {ssid.get(), addresses, firewall}) {
@@ -46,15 +40,10 @@ Reply switchGuestNetwork(Session const& session, std::string const& body) {
     bool isOn = false;
     require(wanted->get_ex("enabled", isOn), 400,
             "the guest network needs \"enabled\": true or false");
-    LocalDbTransaction wifi(API_WIFI, "", "default", MAX_WAIT_MS);
-    switchParts(wifi, isOn);
-    if (wifi.save() != 0) {
-        throw wifi.status() == LocalDbTransaction::INVALID
-            ? refuseDocument(wifi.fault().apiType, wifi.fault())
-            : refuse(500, "the change could not be finished: read the databases again");
-    }
-    for (unsigned int const type : {API_WIFI, API_NETWORK, API_SECURITY}) {
-        session.seeSaved(type);
-    }
+    changeDatabase(
+        API_WIFI, session, [&](LocalDbTransaction& wifi) { switchParts(wifi, isOn); },
+        "the change could not be finished: read the databases again");
+    session.seeSaved(API_NETWORK);
+    session.seeSaved(API_SECURITY);
     return Reply{.status = 204};
 }

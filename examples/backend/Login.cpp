@@ -99,12 +99,12 @@ Reply Login::changePassword(Session const& session, std::string const& address,
     User const user = verify(address, session.user, old, refuse(403, "wrong password"));
     std::string const hash = hashOf(fresh);
     require(!hash.empty(), 503, "the password cannot be hashed", 1);
-    changeDatabase(API_GATEWAY, session, [&](TreeMapObject& gateway, std::uint64_t) {
+    changeDatabase(API_GATEWAY, session, [&](LocalDbTransaction& gateway) {
         char const* name = nullptr;
-        require(gateway.get_ex((user.path + "name").c_str(), name) && name == session.user, 503,
+        require(gateway->get_ex((user.path + "name").c_str(), name) && name == session.user, 503,
                 "the users have changed meanwhile", 1);
-        gateway.set((user.path + "password").c_str(), hash.c_str());
-        gateway.remove((user.path + "mustChangePassword").c_str());
+        gateway->set((user.path + "password").c_str(), hash.c_str());
+        gateway->remove((user.path + "mustChangePassword").c_str());
     });
     session.mustChangePassword = false;
     sessions_.closeOthers(session);

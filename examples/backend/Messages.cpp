@@ -121,11 +121,11 @@ void requireResponse(unsigned int type, char const* label, TreeMapObject& value)
     }
 }
 
-Reply refuseDocument(unsigned int type, CompiledSchema::Fault const& fault) {
-    std::string const file = schemaFileOf(type);
-    Node const saved(LocalDbSnapshot(type).copy(""));
+Reply refuseDocument(LocalDbTransaction::Fault const& fault) {
+    std::string const file = schemaFileOf(fault.apiType);
+    Node const saved(LocalDbSnapshot(fault.apiType).copy(""));
     bool const wasValid = CompiledSchema(file.c_str()).accepts(saved ? saved->jobj : nullptr);
     Logger::print(LOG_TYPE_WARN, LOG_GROUP_API_AL, "%s: the changed database is refused\n",
-                  LocalDbCtrl::getApiDir(type));
-    return refuseFault(wasValid ? 400 : 500, type, fault, file.c_str(), "database");
+                  LocalDbCtrl::getApiDir(fault.apiType));
+    return refuseFault(wasValid ? 400 : 500, fault.apiType, fault, file.c_str(), "database");
 }

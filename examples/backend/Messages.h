@@ -7,8 +7,7 @@
 #ifndef BACKEND_MESSAGES_H
 #define BACKEND_MESSAGES_H
 
-#include <CompiledSchema.h>
-#include <TreeMapObject.h>
+#include <LocalDbTransaction.h>
 
 #include <string>
 
@@ -30,6 +29,6 @@ void requireResponse(unsigned int type, char const* label, TreeMapObject& value)
 
 // Says why a changed database was not saved: 400, and 500 when it was not valid before the change, or its
 // schema file cannot be used.
-Reply refuseDocument(unsigned int type, CompiledSchema::Fault const& fault);
+Reply refuseDocument(LocalDbTransaction::Fault const& fault);
 
 #endif

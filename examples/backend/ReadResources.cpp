@@ -2,10 +2,6 @@
 #include <JsonData.h>
 #include <LocalDbCtrl.h>
 #include <LocalDbSnapshot.h>
-#include <LocalDbTransaction.h>
-
-#include <functional>
-#include <optional>
 
 #include "Access.h"
 #include "Limits.h"
@@ -14,77 +10,43 @@
 
 namespace {
 
-LocalDbTransaction::Status statusOf(LocalDbSnapshot const& snapshot, std::string const& path) {
-    switch (snapshot.status()) {
-        case LocalDbSnapshot::NO_MEMORY: return LocalDbTransaction::NO_MEMORY;
-        case LocalDbSnapshot::NO_FILE: return LocalDbTransaction::NO_FILE;
-        case LocalDbSnapshot::READ: break;
-        default: return LocalDbTransaction::UNREADABLE;
-    }
-    return snapshot.type(path.c_str()) == json_type_null ? LocalDbTransaction::NO_NODE
-                                                         : LocalDbTransaction::LOCKED;
-}
+typedef std::function<Reply(TreeMapObject& node)> Selection;
 
-// A database as a session sees it: as it was last saved, without waiting for any writer. In multi-database mode
-// it is what the session's own controller holds, until the session changes the database or learns that another
-// has changed it.
-class View {
-  public:
-    // Throws the refusal when nothing can be read at the place.
-    explicit View(Place const& place) : place_(place) {
-        if (place.session.seesOwn(place.type)) {
-            own_.emplace(place.type, place.path.c_str(), place.session.databaseKey.c_str(),
-                         MAX_WAIT_MS, LocalDbTransaction::READ);
-        } else {
-            saved_.emplace(place.type);
-        }
-        LocalDbTransaction::Status const status =
-            own_ ? own_->status() : statusOf(*saved_, place.path);
-        if (status != LocalDbTransaction::LOCKED) {
-            throw refuseDatabase(status);
-        }
-    }
-
-    std::string tag() const {
-        return tagOf(own_ ? own_->version() : saved_->version(), place_.session.isAdministrator());
-    }
-
-    // What the session may see of the node at the place.
-    Node copy() const {
-        Node copy(own_ ? own_->object()->clone("") : saved_->copy(place_.path.c_str()));
-        if (copy == nullptr) {
-            throw refuseDatabase(LocalDbTransaction::NO_MEMORY);
-        }
-        removeSecrets(place_, *copy);
-        return copy;
-    }
-
-  private:
-    Place const& place_;
-    std::optional<LocalDbSnapshot> saved_;  // one of these two
-    std::optional<LocalDbTransaction> own_;
-};
-
-// Answers with what `select` makes of a copy of the node at the place, unless the client has that already.
-Reply reading(Place const& place, std::function<Reply(TreeMapObject&)> const& select) {
-    View const view(place);
-    std::string const tag = view.tag();
+// Answers with what is made of a copy of the node at the place, without what the session may not see. Nothing is
+// copied when the client has that version already.
+template <typename CopyNode>
+Reply select(Place const& place, std::uint64_t version, CopyNode const& copyNode,
+             Selection const& selection) {
+    std::string const tag = tagOf(version, place.session.isAdministrator());
     require(place.conditions.isWanted(tag), 412, "there is another version of this");
-    Reply reply = place.conditions.isKnown(tag) ? Reply{.status = 304} : select(*view.copy());
+    if (place.conditions.isKnown(tag)) {
+        return {.status = 304, .etag = tag};
+    }
+    Node const copy(copyNode());
+    require(copy != nullptr, 503, "out of memory", 1);
+    removeSecrets(place, *copy);
+    Reply reply = selection(*copy);
     reply.etag = tag;
     return reply;
 }
 
-// {"etag": ..., "value": ..., "schema": ...}, without the last if there is none.
-Node entryOf(Place const& place) {
-    View const view(place);
-    Node const value = view.copy();
-    Node const schema(JsonData::createObjectFromFile(schemaFileOf(place.type).c_str()));
-    auto entry = std::make_unique<TreeMapObject>(false);
-    entry->set("etag", view.tag().c_str());
-    entry->set("value", value.get());
-    entry->set("schema", schema.get());
-    return entry;
+// Selects from a database as a session sees it: as it was last saved, without waiting for any writer. In
+// multi-database mode it is what the session's own controller holds, until the session changes the database or
+// learns that another has changed it.
+Reply reading(Place const& place, Selection const& selection) {
+    char const* const path = place.path.c_str();
+    if (place.session.seesOwn(place.type)) {
+        LocalDbTransaction const own(place.type, path, place.session.databaseKey.c_str(),
+                                     MAX_WAIT_MS, LocalDbTransaction::READ);
+        requireReadable(own);
+        return select(
+            place, own.version(), [&] { return own->clone(""); }, selection);
+    }
+    LocalDbSnapshot const saved(place.type);
+    requireReadable(saved);
+    require(saved.type(path) != json_type_null, 404, "nothing at this path");
+    return select(
+        place, saved.version(), [&] { return saved.copy(path); }, selection);
 }
 
 }  // namespace
@@ -104,9 +66,7 @@ Reply findResources(Place const& place, std::string const& key, std::string cons
     require(!isSecret(place, key), 403, "not shown to anyone");
     return reading(place, [&](TreeMapObject& node) {
         Node const paths(node.findPaths(key.c_str(), value.c_str()));
-        if (paths == nullptr) {
-            throw refuseDatabase(LocalDbTransaction::NO_MEMORY);
-        }
+        require(paths != nullptr, 503, "out of memory", 1);
         TreeMapObject found(true);
         for (int i = 0; i < paths->len(); ++i) {
             std::string const path =
@@ -121,9 +81,15 @@ Reply findResources(Place const& place, std::string const& key, std::string cons
 Reply readEverything(Session const& session) {
     TreeMapObject all(false);
     for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
-        Node entry;
+        Node entry = std::make_unique<TreeMapObject>(false);
         try {
-            entry = entryOf({type, "", session, {}});
+            Reply const read = reading({type, "", session, {}}, [&](TreeMapObject& document) {
+                Node const schema(JsonData::createObjectFromFile(schemaFileOf(type).c_str()));
+                entry->set("value", &document);
+                entry->set("schema", schema.get());  // nothing if there is none
+                return Reply();
+            });
+            entry->set("etag", read.etag.c_str());
         } catch (Reply const& refusal) {
             entry.reset(JsonData::createObject(refusal.body.c_str()));
         }

@@ -13,9 +13,9 @@
 
 #include <LocalDbTransaction.h>
 
-#include <cstdint>
 #include <functional>
 #include <string>
+#include <type_traits>
 
 #include "Conditions.h"
 #include "Reply.h"
@@ -50,14 +50,26 @@ Reply readEverything(Session const& session);
 // - DELETE removes a member or an element. 204.
 Reply changeResource(Place const& place, std::string const& method, std::string const& body);
 
-// Why a database is not locked.
-Reply refuseDatabase(LocalDbTransaction::Status status);
+// Throws why a transaction or a snapshot has nothing to read.
+template <typename Database>
+void requireReadable(Database const& database) {
+    auto const status = database.status();
+    require(status != Database::NO_MEMORY, 503, "out of memory", 1);
+    require(status != Database::NO_FILE, 404, "no such database");
+    if constexpr (std::is_same_v<Database, LocalDbTransaction>) {
+        require(status != Database::BUSY, 503, "the database is busy", 1);
+        require(status != Database::NO_NODE, 404, "nothing at this path");
+    }
+    require(static_cast<bool>(database), 500, "the database cannot be read");
+}
 
-// Changes the document of a database, of which it gets the version as well, or throws a refusal.
-typedef std::function<void(TreeMapObject& document, std::uint64_t version)> Change;
+// Changes the document of a database, and of others that it locks beside it, or throws a refusal.
+typedef std::function<void(LocalDbTransaction& database)> Change;
 
 // Saves what the change makes of the shared document, which the session sees from then on. The new version.
-std::uint64_t changeDatabase(unsigned int type, Session const& session, Change const& change);
+std::uint64_t changeDatabase(
+    unsigned int type, Session const& session, Change const& change,
+    char const* unsaved = "the change could not be saved; nothing is changed");
 
 // Switches the guest network on or off, {"enabled": true | false}: its Wi-Fi, its addresses and its firewall,
 // all of them or none. 204.
