@@ -10,6 +10,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 
 #include "Limits.h"
 
@@ -18,6 +19,8 @@ namespace {
 // In the working directory, like the record of logins.
 char const FILE_NAME[] = "audit.jsonl";
 char const OLD_FILE_NAME[] = "audit.old.jsonl";
+
+std::mutex ofTheFiles;
 
 std::string now() {
     char text[32] = "";
@@ -45,8 +48,8 @@ void readInto(TreeMapObject& entries, char const* name) {
 
 }  // namespace
 
-void Audit::record(std::string const& user, std::string const& address, std::string const& what,
-                   std::string const& path) {
+void audit(std::string const& user, std::string const& address, std::string const& what,
+           std::string const& path) {
     TreeMapObject entry(false);
     entry.set("time", now().c_str());
     entry.set("user", user.c_str());
@@ -56,7 +59,7 @@ void Audit::record(std::string const& user, std::string const& address, std::str
     std::string text = replyWith(entry).body;
     std::erase(text, '\n');
     text.insert(0, "\n");  // a line of which a full disk took only a part spoils no other one
-    std::lock_guard<std::mutex> const guard(mutex_);
+    std::lock_guard<std::mutex> const guard(ofTheFiles);
     std::error_code none;
     if (std::filesystem::file_size(FILE_NAME, none) + text.size() > MAX_AUDIT_FILE && !none) {
         std::rename(FILE_NAME, OLD_FILE_NAME);
@@ -67,8 +70,8 @@ void Audit::record(std::string const& user, std::string const& address, std::str
     }
 }
 
-Reply Audit::read() const {
-    std::lock_guard<std::mutex> const guard(mutex_);
+Reply readAudit() {
+    std::lock_guard<std::mutex> const guard(ofTheFiles);
     TreeMapObject entries(true);
     readInto(entries, OLD_FILE_NAME);
     readInto(entries, FILE_NAME);

@@ -2,25 +2,19 @@
 #ifndef BACKEND_AUDIT_H
 #define BACKEND_AUDIT_H
 
-#include <mutex>
 #include <string>
 
 #include "Reply.h"
 
-// Safe from any thread.
-class Audit {
-  public:
-    // Names only, no values: nothing secret can be in it. When it cannot be written, the log says so, and
-    // nothing else happens.
-    void record(std::string const& user, std::string const& address, std::string const& what,
-                std::string const& path);
+// Both are safe from any thread.
+//
+// Names only, no values: nothing secret can be in it. When it cannot be written, the log says so, and
+// nothing else happens.
+void audit(std::string const& user, std::string const& address, std::string const& what,
+           std::string const& path = "");
 
-    // What is kept, as an array, the oldest first:
-    // [{"time": "2026-01-31T12:00:00Z", "user": ..., "address": ..., "what": ..., "path": ...}, ...]
-    Reply read() const;
-
-  private:
-    std::mutex mutable mutex_;
-};
+// What is kept, as an array, the oldest first:
+// [{"time": "2026-01-31T12:00:00Z", "user": ..., "address": ..., "what": ..., "path": ...}, ...]
+Reply readAudit();
 
 #endif

@@ -4,6 +4,7 @@
 #include <BEConfig.h>
 #include <LocalDbSnapshot.h>
 
+#include "Audit.h"
 #include "Limits.h"
 #include "Messages.h"
 #include "Password.h"
@@ -73,30 +74,29 @@ Login::User Login::findUser(std::string const& name) {
     return user;
 }
 
-Reply Login::attempt(std::string const& address, std::string const& body) {
-    Node const request = parseBody(body);
-    requireRequest(API_GATEWAY, "GATEWAY_LOGIN_REQ", *request);
-    std::string const name = textIn(*request, "username");
+Reply Login::attempt(Request const& request) {
+    Node const body = parseBody(request.body);
+    requireRequest(API_GATEWAY, "GATEWAY_LOGIN_REQ", *body);
+    std::string const name = textIn(*body, "username");
     std::lock_guard<std::mutex> const guard(oneAtATime_);
-    User const user = verify(address, name, textIn(*request, "password"),
+    User const user = verify(request.address, name, textIn(*body, "password"),
                              refuse(401, "wrong user name or password"));
     std::string const token = sessions_.open(name, user.role, user.mustChangePassword);
     require(!token.empty(), 503, "too many sessions", 60);
-    audit_.record(name, address, "login", "");
+    audit(name, request.address, "login");
     return welcome(token, user.role, user.mustChangePassword);
 }
 
-Reply Login::changePassword(Session const& session, std::string const& address,
-                            std::string const& body) {
-    Node const request = parseBody(body);
-    std::string const old = textIn(*request, "old");
-    std::string const fresh = textIn(*request, "new");
+Reply Login::changePassword(Request const& request, Session const& session) {
+    Node const body = parseBody(request.body);
+    std::string const old = textIn(*body, "old");
+    std::string const fresh = textIn(*body, "new");
     if (fresh.size() < MIN_PASSWORD || fresh.size() > MAX_PASSWORD || fresh == old) {
         throw refuse(400, "the new password needs " + std::to_string(MIN_PASSWORD) + " to " +
                               std::to_string(MAX_PASSWORD) + " bytes, and must be another one");
     }
     std::lock_guard<std::mutex> const guard(oneAtATime_);
-    User const user = verify(address, session.user, old, refuse(403, "wrong password"));
+    User const user = verify(request.address, session.user, old, refuse(403, "wrong password"));
     std::string const hash = hashOf(fresh);
     require(!hash.empty(), 503, "the password cannot be hashed", 1);
     changeDatabase(API_GATEWAY, session, [&](LocalDbTransaction& gateway) {
@@ -108,7 +108,7 @@ Reply Login::changePassword(Session const& session, std::string const& address,
     });
     session.mustChangePassword = false;
     sessions_.closeOthers(session);
-    audit_.record(session.user, address, "password", "");
+    audit(session.user, request.address, "password");
     return Reply{.status = 204};
 }
 
@@ -120,7 +120,7 @@ void Login::requireUnlocked(std::string const& client) {
         return;
     }
     if (lockedOut_.insert(client).second) {
-        audit_.record("", client, "locked out", "");
+        audit("", client, "locked out");
     }
     if (lockedOut_.size() > MAX_CLIENTS) {
         lockedOut_.clear();
@@ -136,7 +136,7 @@ Login::User Login::verify(std::string const& address, std::string const& name,
     std::string const known = user.isKnown ? name : "";  // what is not a name may be a password
     attempts_.count(client, known);
     if (!passwordMatches(user.password, password) || !user.isEnabled) {
-        audit_.record(known, address, "login refused", "");
+        audit(known, address, "login refused");
         throw Reply(refusal);
     }
     attempts_.forgive(client, known);

@@ -7,25 +7,23 @@
 #include <string>
 
 #include "Attempts.h"
-#include "Audit.h"
 #include "Reply.h"
 #include "Sessions.h"
 
 class Login {
   public:
-    Login(Sessions& sessions, Audit& audit) : sessions_(sessions), audit_(audit) {}
+    explicit Login(Sessions& sessions) : sessions_(sessions) {}
 
     // The body is a GATEWAY_LOGIN_REQ, the answer a GATEWAY_LOGIN_RESP and a cookie with the token. 401 for a
     // wrong password, an unknown user and one who is disabled, alike. 429 with the minutes to wait once a
     // client is locked out, whatever password comes then. Every attempt is counted before the password is
     // looked at, and one attempt at a time: guessing in parallel gains nothing. A success takes back what the
     // client tried at this user. Addresses of IPv6 count by their network of 64 bits.
-    Reply attempt(std::string const& address, std::string const& body);
+    Reply attempt(Request const& request);
 
     // The body is {"old": ..., "new": ...}. 403 for a wrong old password, which counts as an attempt to log in.
     // The user's other sessions end. 204.
-    Reply changePassword(Session const& session, std::string const& address,
-                         std::string const& body);
+    Reply changePassword(Request const& request, Session const& session);
 
   private:
     struct User;
@@ -39,7 +37,6 @@ class Login {
     void requireUnlocked(std::string const& client);
 
     Sessions& sessions_;
-    Audit& audit_;
     Attempts attempts_;
     std::set<std::string> lockedOut_;  // clients whose lock-out is in the audit
     std::mutex oneAtATime_;

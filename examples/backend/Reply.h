@@ -1,16 +1,34 @@
-// What the back end answers to a request, before it is HTTP. What cannot be carried out ends by throwing its
-// refusal, which Routes catches.
+// A request once it is no longer HTTP, and what the back end answers to it. What cannot be carried out ends by
+// throwing its refusal, which Routes catches.
 #ifndef BACKEND_REPLY_H
 #define BACKEND_REPLY_H
 
 #include <TreeMapObject.h>
 
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 typedef std::unique_ptr<TreeMapObject> Node;
+
+struct Request {
+    std::string method;
+    std::string path;  // decoded
+    std::multimap<std::string, std::string> parameters;
+    std::string address;  // of the client
+    std::string token;    // of the session, or empty
+    std::string body;
+    std::map<std::string, std::string> headers = {};  // by name in small letters
+    std::string version = {};                         // of HTTP
+
+    // "" when there is none
+    std::string header(char const* name) const {
+        auto const found = headers.find(name);
+        return found != headers.end() ? found->second : "";
+    }
+};
 
 struct Reply {
     int status = 200;

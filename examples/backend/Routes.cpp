@@ -11,6 +11,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "Audit.h"
 #include "DocumentRoot.h"
 #include "Limits.h"
 #include "Resources.h"
@@ -19,7 +20,7 @@ namespace {
 
 char const API[] = "/api/";
 
-Reply listTypes(Routes&, Request const&, Session const&) {
+Reply listTypes() {
     TreeMapObject types(true);
     for (char const* const folder : API_DATA_DIR) {
         types.addArrayItem(folder != nullptr ? folder : "");
@@ -36,7 +37,7 @@ Reply describe(Session const& session) {
 }
 
 // The last lines of the log, whole ones.
-Reply logTail(Routes&, Request const&, Session const&) {
+Reply logTail() {
     std::ifstream log(BEConfig::LOG_FILE, std::ios::binary | std::ios::ate);
     std::streamoff const size = log ? static_cast<std::streamoff>(log.tellg()) : 0;
     std::streamoff const start = std::max<std::streamoff>(0, size - std::streamoff(LOG_TAIL));
@@ -69,7 +70,10 @@ Place placeOf(Request const& request, Session const& session) {
     return {type, path, session, {request.header("if-match"), request.header("if-none-match")}};
 }
 
-Reply readPlace(Request const& request, Place const& place) {
+Reply answerAt(Place const& place, Request const& request) {
+    if (request.method != "GET") {
+        return changeResource(place, request.method, request.body);
+    }
     auto const key = request.parameters.find("find");
     auto const value = request.parameters.find("value");
     if (key == request.parameters.end()) {
@@ -82,95 +86,63 @@ Reply readPlace(Request const& request, Place const& place) {
 
 }  // namespace
 
-struct Routes::Route {
-    // Of whom it answers.
-    enum Visitor { ANYONE, USER_WITH_ANY_PASSWORD, USER, ADMINISTRATOR };
+bool Routes::Route::fits(std::string const& wanted) const {
+    return path.ends_with('*') ? wanted.starts_with(path.substr(0, path.size() - 1))
+                               : wanted == path;
+}
 
-    char const* path;  // with a star at its end also what is below
-    char const* methods;
-    Visitor visitor;
-    Reply (*answer)(Routes& routes, Request const& request, Session const& session);
+Routes::Routes()
+    : routes_{
+          {"/login", "POST", ANYONE,
+           [this](auto& request, auto&) { return login_.attempt(request); }},
+          {"/logout", "POST", USER_WITH_ANY_PASSWORD,
+           [this](auto& request, auto&) {
+               sessions_.close(request.token);
+               return Reply{.status = 204, .headers = {sessionCookie("")}};
+           }},
+          {"/api/me", "GET, HEAD", USER_WITH_ANY_PASSWORD,
+           [](auto&, auto& session) { return describe(session); }},
+          {"/api/me/password", "PUT", USER_WITH_ANY_PASSWORD,
+           [this](auto& request, auto& session) {
+               return login_.changePassword(request, session);
+           }},
+          {"/api/all", "GET, HEAD", USER,
+           [](auto&, auto& session) { return readEverything(session); }},
+          {"/api", "GET, HEAD", USER, [](auto&, auto&) { return listTypes(); }},
+          {"/api/", "GET, HEAD", USER, [](auto&, auto&) { return listTypes(); }},
+          {"/api/guest", "POST", USER,
+           [](auto& request, auto& session) { return switchGuestNetwork(session, request.body); }},
+          {"/api/*", "GET, HEAD, PUT, PATCH, POST, DELETE", USER,
+           [](auto& request, auto& session) {
+               return answerAt(placeOf(request, session), request);
+           }},
+          {"/audit", "GET, HEAD", ADMINISTRATOR, [](auto&, auto&) { return readAudit(); }},
+          {"/log", "GET, HEAD", ADMINISTRATOR, [](auto&, auto&) { return logTail(); }},
+          {"*", "GET, HEAD", ANYONE, [](auto& request, auto&) { return readPage(request.path); }},
+      } {}
 
-    bool fits(std::string const& wanted) const {
-        std::string const own = path;
-        return own.ends_with('*') ? wanted.starts_with(own.substr(0, own.size() - 1))
-                                  : wanted == own;
-    }
-};
-
-// The first that fits counts.
-Routes::Route const Routes::ROUTES[] = {
-    {"/login", "POST", Route::ANYONE,
-     [](Routes& routes, Request const& request, Session const&) {
-         return routes.login_.attempt(request.address, request.body);
-     }},
-    {"/logout", "POST", Route::USER_WITH_ANY_PASSWORD,
-     [](Routes& routes, Request const& request, Session const&) {
-         routes.sessions_.close(request.token);
-         return Reply{.status = 204, .headers = {sessionCookie("")}};
-     }},
-    {"/api/me", "GET, HEAD", Route::USER_WITH_ANY_PASSWORD,
-     [](Routes&, Request const&, Session const& session) { return describe(session); }},
-    {"/api/me/password", "PUT", Route::USER_WITH_ANY_PASSWORD,
-     [](Routes& routes, Request const& request, Session const& session) {
-         return routes.login_.changePassword(session, request.address, request.body);
-     }},
-    {"/api/all", "GET, HEAD", Route::USER,
-     [](Routes&, Request const&, Session const& session) { return readEverything(session); }},
-    {"/api", "GET, HEAD", Route::USER, listTypes},
-    {"/api/", "GET, HEAD", Route::USER, listTypes},
-    {"/api/guest", "POST", Route::USER,
-     [](Routes& routes, Request const& request, Session const& session) {
-         Reply reply = switchGuestNetwork(session, request.body);
-         routes.record(request, session);
-         return reply;
-     }},
-    {"/api/*", "GET, HEAD, PUT, PATCH, POST, DELETE", Route::USER,
-     [](Routes& routes, Request const& request, Session const& session) {
-         Place const place = placeOf(request, session);
-         if (request.method == "GET") {
-             return readPlace(request, place);
-         }
-         Reply reply = changeResource(place, request.method, request.body);
-         routes.record(request, session);
-         return reply;
-     }},
-    {"/audit", "GET, HEAD", Route::ADMINISTRATOR,
-     [](Routes& routes, Request const&, Session const&) { return routes.audit_.read(); }},
-    {"/log", "GET, HEAD", Route::ADMINISTRATOR, logTail},
-    {"*", "GET, HEAD", Route::ANYONE,
-     [](Routes&, Request const& request, Session const&) { return readPage(request.path); }},
-};
-
-Routes::Route const& Routes::routeOf(std::string const& path) {
-    return *std::find_if(std::begin(ROUTES), std::end(ROUTES),
+Routes::Route const& Routes::routeOf(std::string const& path) const {
+    return *std::find_if(routes_.begin(), routes_.end(),
                          [&](Route const& route) { return route.fits(path); });
 }
 
-std::string Routes::methodsAt(std::string const& path) {
+std::string Routes::methodsAt(std::string const& path) const {
     return routeOf(path).methods + std::string(", OPTIONS");
 }
 
-SessionRef Routes::sessionOf(Request const& request, Route const& route) {
+SessionRef Routes::sessionOf(Request const& request, Visitor visitor) {
     static SessionRef const anybody =
         std::make_shared<Session const>("anybody", "administrator", "default");
-    if (route.visitor == Route::ANYONE) {
-        return anybody;
+    SessionRef session = visitor == ANYONE ? anybody : sessions_.find(request.token);
+    if (session == nullptr && BEConfig::ENABLE_BYPASS_TOKEN != 0) {
+        session = anybody;
     }
-    SessionRef const known = sessions_.find(request.token);
-    SessionRef session = known == nullptr && BEConfig::ENABLE_BYPASS_TOKEN != 0 ? anybody : known;
     require(session != nullptr, 401, "log in first");
-    require(!session->mustChangePassword || route.visitor <= Route::USER_WITH_ANY_PASSWORD, 403,
+    require(!session->mustChangePassword || visitor <= USER_WITH_ANY_PASSWORD, 403,
             "change the password first: PUT /api/me/password");
-    require(session->isAdministrator() || route.visitor != Route::ADMINISTRATOR, 403,
+    require(session->isAdministrator() || visitor != ADMINISTRATOR, 403,
             "only an administrator may read this");
     return session;
-}
-
-// A line of audit for a change that was made.
-void Routes::record(Request const& request, Session const& session) {
-    audit_.record(session.user, request.address, request.method,
-                  request.path.substr(std::strlen(API)));
 }
 
 Reply Routes::answer(Request const& request) {
@@ -178,8 +150,13 @@ Reply Routes::answer(Request const& request) {
         require(isPlain(request), 400,
                 "malformed path: it must begin with a slash and contain no control characters");
         Route const& route = routeOf(request.path);
-        SessionRef const session = sessionOf(request, route);
-        return route.answer(*this, request, *session);
+        SessionRef const session = sessionOf(request, route.visitor);
+        Reply reply = route.answer(request, *session);
+        if (route.visitor == USER && request.method != "GET") {
+            audit(session->user, request.address, request.method,
+                  request.path.substr(std::strlen(API)));
+        }
+        return reply;
     } catch (Reply const& refusal) {
         return refusal;
     }

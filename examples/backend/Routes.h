@@ -2,49 +2,43 @@
 #ifndef BACKEND_ROUTES_H
 #define BACKEND_ROUTES_H
 
-#include <map>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "Login.h"
 #include "Reply.h"
 #include "Sessions.h"
 
-struct Request {
-    std::string method;
-    std::string path;  // decoded
-    std::multimap<std::string, std::string> parameters;
-    std::string address;  // of the client
-    std::string token;    // of the session, or empty
-    std::string body;
-    std::map<std::string, std::string> headers = {};  // by name in small letters
-    std::string version = {};                         // of HTTP
-
-    // "" when there is none
-    std::string header(char const* name) const {
-        auto const found = headers.find(name);
-        return found != headers.end() ? found->second : "";
-    }
-};
-
 class Routes {
   public:
+    Routes();
+
     // The methods that there may be at a path, separated by commas.
-    static std::string methodsAt(std::string const& path);
+    std::string methodsAt(std::string const& path) const;
 
     // To a request of such a method.
     Reply answer(Request const& request);
 
   private:
-    struct Route;
-    static Route const ROUTES[];
-    static Route const& routeOf(std::string const& path);
+    // Of whom a route answers.
+    enum Visitor { ANYONE, USER_WITH_ANY_PASSWORD, USER, ADMINISTRATOR };
 
-    SessionRef sessionOf(Request const& request, Route const& route);
-    void record(Request const& request, Session const& session);
+    struct Route {
+        std::string path;  // with a star at its end also what is below
+        char const* methods;
+        Visitor visitor;
+        std::function<Reply(Request const& request, Session const& session)> answer;
+
+        bool fits(std::string const& wanted) const;
+    };
+
+    Route const& routeOf(std::string const& path) const;
+    SessionRef sessionOf(Request const& request, Visitor visitor);
 
     Sessions sessions_;
-    Audit audit_;
-    Login login_{sessions_, audit_};
+    Login login_{sessions_};
+    std::vector<Route> const routes_;  // the first that fits counts
 };
 
 #endif

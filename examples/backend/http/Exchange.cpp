@@ -8,7 +8,6 @@
 #include <new>
 #include <utility>
 
-#include "Admission.h"
 #include "Limits.h"
 #include "RequestHead.h"
 
@@ -64,7 +63,7 @@ Exchange::Exchange(MHD_Connection* connection, Request request, Routes& routes,
         auto const length = readHead(connection, request_);
         // A short body is read all the same: closing before that could take the reply away from the client.
         isLast_ = length > MAX_UNUSED_BODY;
-        admit(request_, length != 0, names);
+        admit(request_, length != 0, routes.methodsAt(request_.path), names);
         require(length.value_or(0) <= MAX_BODY, 413, "the body is too long");
         request_.body.reserve(length.value_or(0));
     } catch (Reply const& refusal) {

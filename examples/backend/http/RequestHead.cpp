@@ -1,12 +1,15 @@
-// Reads and checks what comes before the body.
+// Reads and checks what comes before the body, and refuses what is not for this server.
 #include "RequestHead.h"
+
+#include <BEConfig.h>
+#include <arpa/inet.h>
+#include <strings.h>
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "Limits.h"
 
@@ -40,6 +43,10 @@ Fields fieldsOf(MHD_Connection* connection, MHD_ValueKind kind) {
 
 bool isToken(std::string_view name) {
     return !name.empty() && name.find_first_not_of(TOKEN_CHARACTERS) == std::string_view::npos;
+}
+
+bool isSame(std::string const& one, std::string const& other) {
+    return strcasecmp(one.c_str(), other.c_str()) == 0;
 }
 
 std::string lowerCase(std::string_view text) {
@@ -77,8 +84,8 @@ void readHeaders(Fields const& fields, Request& request) {
 std::optional<std::uint64_t> lengthOf(Request const& request) {
     bool const isChunked = request.headers.contains("transfer-encoding");  // also without a value
     bool const isCounted = request.headers.contains("content-length");
-    std::string const encoding = lowerCase(request.header("transfer-encoding"));
-    bool const isClear = !isCounted && encoding == "chunked" && request.version != "HTTP/1.0";
+    bool const isClear = !isCounted && request.version != "HTTP/1.0" &&
+                         lowerCase(request.header("transfer-encoding")) == "chunked";
     require(!isChunked || isClear, 400,
             "unclear length: only Content-Length, or Transfer-Encoding: chunked");
     std::string const text = request.header("content-length");
@@ -101,6 +108,46 @@ std::string tokenOf(MHD_Connection* connection, Request const& request) {
     return cookie != nullptr ? cookie : "";
 }
 
+bool contains(std::string const& methods, std::string const& method) {
+    return (", " + methods + ",").find(" " + method + ",") != std::string::npos;
+}
+
+// Without the port, and the brackets around an address of IPv6; "" when it is malformed.
+std::string hostIn(std::string const& authority) {
+    bool const isBracketed = authority.starts_with('[');
+    size_t const end = std::min(authority.find(isBracketed ? ']' : ':'), authority.size());
+    size_t const port = std::min(end + isBracketed, authority.size());
+    bool const isPort = port == authority.size() || authority[port] == ':';
+    bool const isMalformed =
+        !isPort || authority.find_first_not_of("0123456789", port + 1) != std::string::npos;
+    return isMalformed ? "" : authority.substr(isBracketed, end - isBracketed);
+}
+
+bool isAddress(std::string const& host) {
+    in6_addr address = {};
+    return inet_pton(AF_INET, host.c_str(), &address) == 1 ||
+           inet_pton(AF_INET6, host.c_str(), &address) == 1;
+}
+
+bool isJson(std::string const& contentType) {
+    std::string const type = contentType.substr(0, contentType.find_first_of("; \t"));
+    return isSame(type, "application/json");
+}
+
+// A page elsewhere could read our answers if it came from a name that its maker lets lead to this address.
+bool isOurs(std::string const& authority, std::vector<std::string> const& names) {
+    std::string const host = hostIn(authority);
+    return isAddress(host) || isSame(host, "localhost") ||
+           std::any_of(names.begin(), names.end(),
+                       [&](std::string const& name) { return isSame(name, host); });
+}
+
+bool isForeign(Request const& request) {
+    std::string const scheme = BEConfig::ENABLE_HTTPS != 0 ? "https://" : "http://";
+    return BEConfig::ENABLE_CROSS_DOMAIN == 0 && request.headers.contains("origin") &&
+           !isSame(request.header("origin"), scheme + request.header("host"));
+}
+
 }  // namespace
 
 std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& request) {
@@ -115,4 +162,20 @@ std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& reque
     readHeaders(headers, request);
     request.token = tokenOf(connection, request);
     return lengthOf(request);
+}
+
+void admit(Request const& request, bool hasBody, std::string const& methods,
+           std::vector<std::string> const& names) {
+    require(isOurs(request.header("host"), names), 421,
+            "unknown host: use an address, localhost or a name given at the start");
+    require(!isForeign(request), 403, "requests of pages from elsewhere are refused");
+    require(request.path.size() <= MAX_URL_PATH, 414, "the path is too long");
+    if (request.method == "OPTIONS") {
+        throw Reply{.status = 204, .headers = {{"Allow", methods}}};
+    }
+    if (!contains(methods, request.method)) {
+        throw refuseMethod(methods);
+    }
+    require(!hasBody || isJson(request.header("content-type")), 415,
+            "the body must be JSON: Content-Type: application/json");
 }
