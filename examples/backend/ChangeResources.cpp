@@ -7,7 +7,6 @@
 #include <cstring>
 #include <set>
 
-#include "Access.h"
 #include "Limits.h"
 #include "Messages.h"
 #include "Resources.h"

@@ -1,5 +1,4 @@
 // Switches the guest network: its Wi-Fi, its addresses and its firewall are parts of three databases.
-#include "Access.h"
 #include "Resources.h"
 
 namespace {

@@ -3,7 +3,6 @@
 #include <LocalDbCtrl.h>
 #include <LocalDbSnapshot.h>
 
-#include "Access.h"
 #include "Limits.h"
 #include "Messages.h"
 #include "Resources.h"

@@ -17,17 +17,7 @@
 #include <string>
 #include <type_traits>
 
-#include "Conditions.h"
-#include "Reply.h"
-#include "Sessions.h"
-
-// A place in a database, who asks for it, and on what conditions.
-struct Place {
-    unsigned int type;
-    std::string path;  // JsonData::isPath
-    Session const& session;
-    Conditions conditions;
-};
+#include "Place.h"
 
 // The value. Passwords are left out: those of the gateway's users always, others unless an
 // administrator asks.

@@ -1,10 +1,16 @@
-// Compares entity tags.
-#include "Conditions.h"
+// Compares entity tags, and decides who may see and change what.
+#include "Place.h"
+
+#include <JsonData.h>
+#include <LocalDbCtrl.h>
 
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
+#include <iterator>
 #include <string_view>
+
+#include "tools/SecretNames.h"
 
 namespace {
 
@@ -46,3 +52,30 @@ bool Conditions::isWanted(EntityTag const& tag) const {
 }
 
 bool Conditions::isKnown(EntityTag const& tag) const { return names(ifNoneMatch, tag, WEAK); }
+
+bool isSecret(Place const& place, std::string const& name) {
+    bool const isHash = name == "password" && place.type == API_GATEWAY;
+    return isHash || (!place.session.isAdministrator() &&
+                      std::find(std::begin(SECRET_NAMES), std::end(SECRET_NAMES), name) !=
+                          std::end(SECRET_NAMES));
+}
+
+void removeSecrets(Place const& place, TreeMapObject& copy) {
+    for (char const* const name : SECRET_NAMES) {
+        if (isSecret(place, name)) {
+            copy.removeAll(name);
+        }
+    }
+}
+
+void requireVisible(Place const& place) {
+    for (std::string rest = place.path; !rest.empty(); rest = JsonData::parentPath(rest)) {
+        require(!isSecret(place, JsonData::lastStep(rest)), 403, "not shown to anyone");
+    }
+}
+
+void requireWritable(Place const& place) {
+    require(place.session.isAdministrator(), 403, "only an administrator may change this");
+    require(place.type != API_GATEWAY || !(place.path + ".").starts_with("users."), 403,
+            "users cannot be changed here");
+}
