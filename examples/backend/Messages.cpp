@@ -33,14 +33,10 @@ Message const MESSAGES[] = {
     {"PUT", API_SERVICE, "portForwarding.rules.[]", "SERVICE_PORTFORWARDING_UPDATE_REQ"},
 };
 
-// The path with any index in it as "[]".
+// The path, with an index at its end as "[]".
 std::string placeOf(std::string const& path) {
-    std::string place;
-    for (std::string rest = path; !rest.empty(); rest = JsonData::parentPath(rest)) {
-        std::string const step = JsonData::lastStep(rest);
-        place = (step.starts_with('[') ? "[]" : step) + (place.empty() ? "" : "." + place);
-    }
-    return place;
+    bool const isElement = JsonData::lastStep(path).starts_with('[');
+    return isElement ? JsonData::parentPath(path) + ".[]" : path;
 }
 
 unsigned int numberOf(unsigned int type, char const* label) {

@@ -20,6 +20,8 @@ class Routes {
     // To a request of such a method.
     Reply answer(Request const& request);
 
+    void closeExpiredSessions() { sessions_.closeExpired(); }
+
   private:
     // Of whom a route answers.
     enum Visitor { ANYONE, USER_WITH_ANY_PASSWORD, USER, ADMINISTRATOR };

@@ -5,7 +5,6 @@
 #include <LocalDbCtrl.h>
 
 #include <algorithm>
-#include <condition_variable>
 #include <vector>
 
 #include "Limits.h"
@@ -33,8 +32,6 @@ std::pair<std::string, std::string> sessionCookie(std::string const& token) {
                               (BEConfig::ENABLE_HTTPS != 0 ? "; Secure" : "")};
 }
 
-Sessions::Sessions() : cleaner_([this](std::stop_token const& stop) { cleanUpRegularly(stop); }) {}
-
 bool Sessions::Entry::isExpired() const {
     return Clock::now() - lastUse > std::chrono::seconds(BEConfig::AUTH_EXPIRATION);
 }
@@ -51,15 +48,8 @@ void Sessions::endThose(Condition const& condition) {
     });
 }
 
-void Sessions::cleanUpRegularly(std::stop_token const& stop) {
-    std::mutex own;
-    // cppcheck-suppress localMutex; only the waiting needs it
-    std::unique_lock<std::mutex> lock(own);
-    std::condition_variable_any stopped;
-    auto const interval = std::chrono::seconds(std::max(1, BEConfig::AUTH_CLEANUP));
-    while (!stopped.wait_for(lock, stop, interval, [&] { return stop.stop_requested(); })) {
-        endThose([](auto const& entry) { return entry.second.isExpired(); });
-    }
+void Sessions::closeExpired() {
+    endThose([](auto const& entry) { return entry.second.isExpired(); });
 }
 
 std::string Sessions::open(std::string const& user, std::string const& role,

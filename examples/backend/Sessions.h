@@ -8,7 +8,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <utility>
 
 // One logged-in user. In multi-database mode a session has a controller of its own, which lives as
@@ -43,12 +42,9 @@ typedef std::shared_ptr<Session const> SessionRef;
 // The header that gives a page the token, or takes it away when that is empty.
 std::pair<std::string, std::string> sessionCookie(std::string const& token);
 
-// A session ends by logging out, and BEConfig::AUTH_EXPIRATION seconds after its last request. A
-// thread removes what has expired every BEConfig::AUTH_CLEANUP seconds. Safe from any thread.
+// A session ends by logging out, and BEConfig::AUTH_EXPIRATION seconds after its last request. Safe from any thread.
 class Sessions {
   public:
-    Sessions();
-
     // The token of a new session; empty when there are too many, or no random numbers. Earlier
     // sessions of the user end, unless BEConfig::DUPLICATE_LOGIN_ENABLE is "1".
     std::string open(std::string const& user, std::string const& role, bool mustChangePassword);
@@ -56,6 +52,7 @@ class Sessions {
     SessionRef find(std::string const& token);  // null for a token that is unknown or expired
     void close(std::string const& token);
     void closeOthers(Session const& session);  // of its user
+    void closeExpired();                       // frees what they hold
 
   private:
     typedef std::chrono::steady_clock Clock;
@@ -68,11 +65,9 @@ class Sessions {
 
     template <typename Condition>
     void endThose(Condition const& condition);
-    void cleanUpRegularly(std::stop_token const& stop);
 
     std::map<std::string, Entry> entries_;  // by the keyed hash of the token
     std::mutex mutex_;
-    std::jthread cleaner_;
 };
 
 #endif

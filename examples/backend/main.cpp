@@ -14,7 +14,9 @@
 #include <TreeMapObject.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,7 +26,7 @@
 
 namespace {
 
-// Before there are threads, which inherit it: only sigwait gets these signals.
+// Before there are threads, which inherit it: only sigtimedwait gets these signals.
 sigset_t holdBackSignals() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -65,15 +67,19 @@ void warnOfOpenDoors() {
 bool serve(std::vector<std::string> const& names, bool onAllInterfaces, sigset_t const& signals) {
     Routes routes;
     HttpServer server(routes, names);
-    int signal = 0;
-    return server.start(onAllInterfaces) && sigwait(&signals, &signal) == 0;
+    bool const served = server.start(onAllInterfaces);
+    timespec const interval = {std::max(1, BEConfig::AUTH_CLEANUP), 0};
+    while (served && sigtimedwait(&signals, nullptr, &interval) < 0) {
+        routes.closeExpiredSessions();
+    }
+    return served;
 }
 
 }  // namespace
 
 int main(int, char** argv) {
     bool onAllInterfaces = false;
-    std::vector<std::string> names;
+    std::vector<std::string> names = {"localhost"};
     std::string file = "backend.json";
     for (char** argument = argv + 1; *argument != nullptr; ++argument) {
         std::string const text = *argument;

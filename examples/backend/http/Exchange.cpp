@@ -87,16 +87,7 @@ bool Exchange::receive(char const* data, std::size_t size) {
     return received_ <= MAX_UNUSED_BODY;
 }
 
-MHD_Result Exchange::reply(Workers& workers) {
-    if (reply_ != nullptr) {
-        return send();
-    }
-    MHD_suspend_connection(connection_);
-    workers.submit(*this);
-    return MHD_YES;
-}
-
-void Exchange::run(bool isStopping) noexcept {
+void Exchange::answer(bool isStopping) noexcept {
     isLast_ = isStopping;
     reply_ = &STOPPING;
     try {

@@ -6,9 +6,8 @@
 #include <microhttpd.h>
 
 #include "Routes.h"
-#include "Workers.h"
 
-class Exchange final : public Workers::Job {
+class Exchange {
   public:
     // The request has a method, a path and a client's address so far. `names`: see admit().
     Exchange(MHD_Connection* connection, Request request, Routes& routes,
@@ -20,14 +19,21 @@ class Exchange final : public Workers::Job {
     // Whether the reply goes out before the body is read; then it is the last of the connection.
     bool isLast() const { return isLast_; }
 
-    // Sends the reply. When there is none yet, a worker has to make it, after which libmicrohttpd asks for it again.
+    // Whether there is a reply to send. Otherwise the connection is suspended until a worker has made it, and
+    // libmicrohttpd asks again.
+    bool isAnswered() const { return reply_ != nullptr; }
+    void suspend() { MHD_suspend_connection(connection_); }
+
+    // Makes the reply and resumes the connection; while the back end is stopping, only says so.
+    void answer(bool isStopping) noexcept;
+
     // MHD_NO when there is no memory for it. Throws std::bad_alloc.
-    MHD_Result reply(Workers& workers);
+    MHD_Result send();
+
+    Exchange* next = nullptr;  // that is to be answered
 
   private:
     void replyWith(Reply reply);
-    MHD_Result send();
-    void run(bool isStopping) noexcept override;
 
     MHD_Connection* const connection_;
     Routes& routes_;

@@ -49,7 +49,7 @@ size_t decode(void*, MHD_Connection*, char* text) {
 }  // namespace
 
 HttpServer::HttpServer(Routes& routes, std::vector<std::string> names)
-    : routes_(routes), names_(std::move(names)), workers_(WORKERS) {}
+    : routes_(routes), names_(std::move(names)) {}
 
 HttpServer::~HttpServer() {
     workers_.stop();  // hence no connection is suspended, which MHD_stop_daemon requires
@@ -112,14 +112,18 @@ struct HttpServer::Callbacks {
             if (exchange != nullptr && *size > 0) {
                 return exchange->receive(data, std::exchange(*size, 0)) ? MHD_YES : MHD_NO;
             }
-            if (exchange != nullptr) {
-                return exchange->reply(server.workers_);
+            if (exchange == nullptr) {
+                Request request = {method, path, {}, textOf(peerOf(connection)), "", ""};
+                request.version = version;
+                *context = exchange =
+                    new Exchange(connection, std::move(request), server.routes_, server.names_);
+                return exchange->isLast() ? exchange->send() : MHD_YES;
             }
-            Request request = {method, path, {}, textOf(peerOf(connection)), "", ""};
-            request.version = version;
-            *context = exchange =
-                new Exchange(connection, std::move(request), server.routes_, server.names_);
-            return exchange->isLast() ? exchange->reply(server.workers_) : MHD_YES;
+            if (exchange->isAnswered()) {
+                return exchange->send();
+            }
+            server.workers_.submit(*exchange);
+            return MHD_YES;
         } catch (...) {
             return MHD_NO;
         }

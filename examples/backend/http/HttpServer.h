@@ -14,7 +14,7 @@
 
 class HttpServer {
   public:
-    // `names`: under which it may be asked, beside "localhost" and IP addresses.
+    // `names`: under which it may be asked, beside IP addresses.
     HttpServer(Routes& routes, std::vector<std::string> names);
 
     // Gives what is being answered a moment to get through, and closes every connection.

@@ -18,7 +18,7 @@ std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& reque
 
 // Throws the reply to a request that is not let in, before anything is counted, read or changed: for another host, of a
 // foreign page, by none of the methods that its path has, with a body that is not JSON. And to OPTIONS. The host may
-// be one of the names, "localhost" or any IP address.
+// be one of the names, or any IP address.
 void admit(Request const& request, bool hasBody, std::string const& methods,
            std::vector<std::string> const& names);
 

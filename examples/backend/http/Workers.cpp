@@ -1,21 +1,24 @@
-// Runs jobs on a fixed number of threads.
+// Makes replies on a fixed number of threads.
 #include "Workers.h"
 
-Workers::Workers(unsigned int threads) {
-    for (unsigned int i = 0; i < threads; ++i) {
+#include "Limits.h"
+
+Workers::Workers() {
+    for (unsigned int i = 0; i < WORKERS; ++i) {
         threads_.emplace_back([this] { serve(); });
     }
 }
 
-void Workers::submit(Job& job) {
+void Workers::submit(Exchange& exchange) {
+    exchange.suspend();
     std::unique_lock<std::mutex> lock(mutex_);
     if (isStopping_) {
         lock.unlock();
-        job.run(true);
+        exchange.answer(true);
         return;
     }
-    (first_ == nullptr ? first_ : last_->next) = &job;
-    last_ = &job;
+    (first_ == nullptr ? first_ : last_->next) = &exchange;
+    last_ = &exchange;
     changed_.notify_one();
 }
 
@@ -35,11 +38,11 @@ void Workers::serve() {
         if (first_ == nullptr) {
             return;
         }
-        Job& job = *first_;
-        first_ = job.next;
+        Exchange& exchange = *first_;
+        first_ = exchange.next;
         bool const isStopping = isStopping_;
         lock.unlock();
-        job.run(isStopping);
+        exchange.answer(isStopping);
         lock.lock();
     }
 }

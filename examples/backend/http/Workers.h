@@ -1,4 +1,4 @@
-// Threads that do what may wait: for a lock, a disk, a password's hash.
+// Threads that make replies, which may wait: for a lock, a disk, a password's hash.
 #ifndef BACKEND_HTTP_WORKERS_H
 #define BACKEND_HTTP_WORKERS_H
 
@@ -7,22 +7,18 @@
 #include <thread>
 #include <vector>
 
+#include "Exchange.h"
+
 class Workers {
   public:
-    struct Job {
-        virtual ~Job() = default;
-
-        // On a worker; when that is stopping, only to give up. The job may be gone when this returns.
-        virtual void run(bool isStopping) noexcept = 0;
-
-        Job* next = nullptr;
-    };
-
-    explicit Workers(unsigned int threads);
+    Workers();
     ~Workers() { stop(); }
 
-    void submit(Job& job);  // does not allocate; after stop() the job is told so at once
-    void stop();            // returns when all jobs have run
+    // Has the reply made; after stop() only one that says so. Does not allocate. The exchange may be gone when this
+    // returns.
+    void submit(Exchange& exchange);
+
+    void stop();  // returns when all have their reply
 
   private:
     void serve();
@@ -30,8 +26,8 @@ class Workers {
     std::mutex mutex_;
     std::condition_variable changed_;
     bool isStopping_ = false;
-    Job* first_ = nullptr;
-    Job* last_ = nullptr;
+    Exchange* first_ = nullptr;
+    Exchange* last_ = nullptr;
     std::vector<std::jthread> threads_;
 };
 
