@@ -8,7 +8,6 @@
 #include <set>
 
 #include "Limits.h"
-#include "Messages.h"
 #include "Resources.h"
 
 namespace {

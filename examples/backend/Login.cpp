@@ -6,7 +6,6 @@
 
 #include "Audit.h"
 #include "Limits.h"
-#include "Messages.h"
 #include "Password.h"
 #include "Resources.h"
 #include "http/ClientAddress.h"
@@ -22,26 +21,12 @@ std::string textIn(TreeMapObject& body, char const* member) {
     return text;
 }
 
-// A page has the token as a cookie that it cannot read; a program takes it from the body.
-Reply welcome(std::string const& token, std::string const& role, bool mustChangePassword) {
-    TreeMapObject response(false);
-    response.set("token", token.c_str());
-    response.set("expires", BEConfig::AUTH_EXPIRATION);
-    response.set("role", role.c_str());
-    response.set("mustChangePassword", mustChangePassword);
-    requireResponse(API_GATEWAY, "GATEWAY_LOGIN_RESP", response);
-    Reply reply = replyWith(response);
-    reply.headers.push_back(sessionCookie(token));
-    return reply;
-}
-
 }  // namespace
 
 struct Login::User {
-    bool isKnown = false;
     bool isEnabled = false;
     bool mustChangePassword = false;
-    std::string path;  // in the gateway's database
+    std::string path;  // in the gateway's database; empty for nobody
     std::string role;
     std::string password;  // hashed
 };
@@ -65,7 +50,7 @@ Login::User Login::findUser(std::string const& name) {
         };
         if (read("name", itsName) && name == itsName && read("role", role) &&
             read("password", password) && read("enabled", enabled)) {
-            user = {true, enabled, false, entry, role, password};
+            user = {enabled, false, entry, role, password};
             std::string const mark = entry + "mustChangePassword";  // it need not be there
             user.mustChangePassword =
                 gateway.type(mark.c_str()) == json_type_boolean && gateway.get<bool>(mark.c_str());
@@ -84,7 +69,16 @@ Reply Login::attempt(Request const& request) {
     std::string const token = sessions_.open(name, user.role, user.mustChangePassword);
     require(!token.empty(), 503, "too many sessions", 60);
     audit(name, request.address, "login");
-    return welcome(token, user.role, user.mustChangePassword);
+    TreeMapObject response(false);
+    response.set("token", token.c_str());
+    response.set("expires", BEConfig::AUTH_EXPIRATION);
+    response.set("role", user.role.c_str());
+    response.set("mustChangePassword", user.mustChangePassword);
+    requireResponse(API_GATEWAY, "GATEWAY_LOGIN_RESP", response);
+    Reply reply = replyWith(response);
+    // a page has the token as a cookie that it cannot read; a program takes it from the body
+    reply.headers.push_back(sessionCookie(token));
+    return reply;
 }
 
 Reply Login::changePassword(Request const& request, Session const& session) {
@@ -112,31 +106,21 @@ Reply Login::changePassword(Request const& request, Session const& session) {
     return Reply{.status = 204};
 }
 
-// One line of audit for each lock-out of a client, however often it tries.
-void Login::requireUnlocked(std::string const& client) {
-    unsigned int const minutes = attempts_.lockMinutes(client);
-    if (minutes == 0) {
-        lockedOut_.erase(client);
-        return;
-    }
-    if (lockedOut_.insert(client).second) {
-        audit("", client, "locked out");
-    }
-    if (lockedOut_.size() > MAX_CLIENTS) {
-        lockedOut_.clear();
-    }
-    throw refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);
-}
-
 Login::User Login::verify(std::string const& address, std::string const& name,
                           std::string const& password, Reply const& refusal) {
     std::string const client = networkOf(address);
-    requireUnlocked(client);
+    if (unsigned int const minutes = attempts_.lockMinutes(client); minutes != 0) {
+        throw refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);
+    }
     User user = findUser(name);
-    std::string const known = user.isKnown ? name : "";  // what is not a name may be a password
+    std::string const known =
+        !user.path.empty() ? name : "";  // what is not a name may be a password
     attempts_.count(client, known);
     if (!passwordMatches(user.password, password) || !user.isEnabled) {
         audit(known, address, "login refused");
+        if (attempts_.lockMinutes(client) != 0) {
+            audit("", client, "locked out");
+        }
         throw Reply(refusal);
     }
     attempts_.forgive(client, known);

@@ -3,7 +3,6 @@
 #define BACKEND_LOGIN_H
 
 #include <mutex>
-#include <set>
 #include <string>
 
 #include "Attempts.h"
@@ -34,11 +33,8 @@ class Login {
     User verify(std::string const& address, std::string const& name, std::string const& password,
                 Reply const& refusal);
 
-    void requireUnlocked(std::string const& client);
-
     Sessions& sessions_;
     Attempts attempts_;
-    std::set<std::string> lockedOut_;  // clients whose lock-out is in the audit
     std::mutex oneAtATime_;
 };
 

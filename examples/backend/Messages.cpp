@@ -1,5 +1,5 @@
 // Knows which messages there are, and checks values against their schema files and those of the databases.
-#include "Messages.h"
+#include "Resources.h"
 
 #include <BEConfig.h>
 #include <CommLabel.h>

@@ -4,7 +4,6 @@
 #include <LocalDbSnapshot.h>
 
 #include "Limits.h"
-#include "Messages.h"
 #include "Resources.h"
 
 namespace {

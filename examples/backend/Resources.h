@@ -65,4 +65,27 @@ std::uint64_t changeDatabase(
 // all of them or none. 204.
 Reply switchGuestNetwork(Session const& session, std::string const& body);
 
+// Requests stand for messages, each of which belongs to a place of the databases. A refusal for a fault in one, or in
+// what it would make of a database, is {"error": message, "hint": ..., "path": ..., "keyword": ..., "in": "body" or
+// "database", "type": ...}. "in" and the API type say what the path leads into; the hint is the schema's description
+// of the value, if it has one.
+
+// The message that changes exactly this place, or the one that it is read by, as a name of the label tables;
+// null when it is a plain value.
+char const* messageOf(std::string const& method, unsigned int type, std::string const& path);
+
+// The file beside a database that says what its document may be.
+std::string schemaFileOf(unsigned int type);
+
+// Throws the refusal of a body that is not that message, by its schema file: 400, and 500 when that cannot be
+// used. Any is valid when there is no such file.
+void requireRequest(unsigned int type, char const* label, TreeMapObject& body);
+
+// Throws 500 for an answer that is not that message, where BEConfig::VALIDATION_ON_RESPONSE wants to know.
+void requireResponse(unsigned int type, char const* label, TreeMapObject& value);
+
+// Says why a changed database was not saved: 400, and 500 when it was not valid before the change, or its
+// schema file cannot be used.
+Reply refuseDocument(LocalDbTransaction::Fault const& fault);
+
 #endif

@@ -47,15 +47,14 @@ Reply logTail() {
     return {.body = text, .type = "text/plain; charset=utf-8"};
 }
 
-bool isPlainText(std::string const& text) {
-    return std::none_of(text.begin(), text.end(),
-                        [](char c) { return std::iscntrl(static_cast<unsigned char>(c)) != 0; });
-}
-
 bool isPlain(Request const& request) {
-    return request.path.starts_with('/') && isPlainText(request.path) &&
-           std::all_of(request.parameters.begin(), request.parameters.end(),
-                       [](auto const& parameter) { return isPlainText(parameter.second); });
+    std::string text = request.path;
+    for (auto const& [name, value] : request.parameters) {
+        text += value;
+    }
+    return request.path.starts_with('/') && std::none_of(text.begin(), text.end(), [](char c) {
+               return std::iscntrl(static_cast<unsigned char>(c)) != 0;
+           });
 }
 
 // /api/<type>/<path>

@@ -32,8 +32,8 @@ std::pair<std::string, std::string> sessionCookie(std::string const& token) {
                               (BEConfig::ENABLE_HTTPS != 0 ? "; Secure" : "")};
 }
 
-bool Sessions::Entry::isExpired() const {
-    return Clock::now() - lastUse > std::chrono::seconds(BEConfig::AUTH_EXPIRATION);
+bool Session::isExpired() const {
+    return Clock::now() - lastUse_ > std::chrono::seconds(BEConfig::AUTH_EXPIRATION);
 }
 
 // Controllers are removed after the lock is given up: that may wait for a save.
@@ -43,13 +43,13 @@ void Sessions::endThose(Condition const& condition) {
     std::lock_guard<std::mutex> const guard(mutex_);
     std::erase_if(entries_, [&](auto const& entry) {
         bool const ends = condition(entry);
-        ended.push_back(ends ? entry.second.session : nullptr);
+        ended.push_back(ends ? entry.second : nullptr);
         return ends;
     });
 }
 
 void Sessions::closeExpired() {
-    endThose([](auto const& entry) { return entry.second.isExpired(); });
+    endThose([](auto const& entry) { return entry.second->isExpired(); });
 }
 
 std::string Sessions::open(std::string const& user, std::string const& role,
@@ -60,7 +60,7 @@ std::string Sessions::open(std::string const& user, std::string const& role,
     }
     bool const oneOnly = BEConfig::DUPLICATE_LOGIN_ENABLE != "1";
     endThose([&](auto const& entry) {
-        return entry.second.isExpired() || (oneOnly && entry.second.session->user == user);
+        return entry.second->isExpired() || (oneOnly && entry.second->user == user);
     });
     std::string const id = keyedHash(BEConfig::AUTH_SECRET_STR, token);
     auto const session = std::make_shared<Session const>(
@@ -68,12 +68,12 @@ std::string Sessions::open(std::string const& user, std::string const& role,
         mustChangePassword);
     std::lock_guard<std::mutex> const guard(mutex_);
     auto const ofUser = std::count_if(entries_.begin(), entries_.end(), [&](auto const& entry) {
-        return entry.second.session->user == user;
+        return entry.second->user == user;
     });
     if (entries_.size() >= MAX_SESSIONS || ofUser >= MAX_SESSIONS_OF_ONE) {
         return "";
     }
-    entries_[id] = {session, Clock::now()};
+    entries_[id] = session;
     return token;
 }
 
@@ -81,11 +81,11 @@ SessionRef Sessions::find(std::string const& token) {
     std::string const id = keyedHash(BEConfig::AUTH_SECRET_STR, token);
     std::lock_guard<std::mutex> const guard(mutex_);
     auto const entry = entries_.find(id);
-    if (entry == entries_.end() || entry->second.isExpired()) {
+    if (entry == entries_.end() || entry->second->isExpired()) {
         return nullptr;
     }
-    entry->second.lastUse = Clock::now();
-    return entry->second.session;
+    entry->second->use();
+    return entry->second;
 }
 
 void Sessions::close(std::string const& token) {
@@ -95,6 +95,6 @@ void Sessions::close(std::string const& token) {
 
 void Sessions::closeOthers(Session const& session) {
     endThose([&](auto const& entry) {
-        return entry.second.session->user == session.user && entry.second.session.get() != &session;
+        return entry.second->user == session.user && entry.second.get() != &session;
     });
 }

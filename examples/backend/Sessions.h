@@ -34,7 +34,14 @@ struct Session {
     // Until the user has a new password, it may do nothing else than set one.
     std::atomic<bool> mutable mustChangePassword;
 
+    // Both for Sessions, one thread at a time.
+    bool isExpired() const;
+    void use() const { lastUse_ = Clock::now(); }
+
   private:
+    typedef std::chrono::steady_clock Clock;
+
+    Clock::time_point mutable lastUse_ = Clock::now();
     std::atomic<unsigned int> mutable renewed_ = 0;  // a bit for each API type
 };
 typedef std::shared_ptr<Session const> SessionRef;
@@ -55,18 +62,10 @@ class Sessions {
     void closeExpired();                       // frees what they hold
 
   private:
-    typedef std::chrono::steady_clock Clock;
-    struct Entry {
-        SessionRef session;
-        Clock::time_point lastUse;
-
-        bool isExpired() const;
-    };
-
     template <typename Condition>
     void endThose(Condition const& condition);
 
-    std::map<std::string, Entry> entries_;  // by the keyed hash of the token
+    std::map<std::string, SessionRef> entries_;  // by the keyed hash of the token
     std::mutex mutex_;
 };
 

@@ -47,12 +47,9 @@ Headers headersOf(Reply const& reply, bool closes) {
 }
 
 // Made at the start, as there may be no memory for them later.
-Reply const OUT_OF_MEMORY = {
-    .status = 503, .body = R"({"error": "out of memory"})", .headers = {{"Retry-After", "1"}}};
-Reply const INTERNAL_ERROR = {500, R"({"error": "internal error"})"};
-Reply const STOPPING = {.status = 503,
-                        .body = R"({"error": "the back end is stopping"})",
-                        .headers = {{"Retry-After", "5"}}};
+Reply const OUT_OF_MEMORY = refuse(503, "out of memory", 1);
+Reply const INTERNAL_ERROR = refuse(500, "internal error");
+Reply const STOPPING = refuse(503, "the back end is stopping", 5);
 
 }  // namespace
 

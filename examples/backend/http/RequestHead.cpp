@@ -108,10 +108,6 @@ std::string tokenOf(MHD_Connection* connection, Request const& request) {
     return cookie != nullptr ? cookie : "";
 }
 
-bool contains(std::string const& methods, std::string const& method) {
-    return (", " + methods + ",").find(" " + method + ",") != std::string::npos;
-}
-
 // Without the port, and the brackets around an address of IPv6; "" when it is malformed.
 std::string hostIn(std::string const& authority) {
     bool const isBracketed = authority.starts_with('[');
@@ -164,7 +160,7 @@ void admit(Request const& request, bool hasBody, std::string const& methods,
     if (request.method == "OPTIONS") {
         throw Reply{.status = 204, .headers = {{"Allow", methods}}};
     }
-    if (!contains(methods, request.method)) {
+    if ((", " + methods + ",").find(" " + request.method + ",") == std::string::npos) {
         throw refuseMethod(methods);
     }
     std::string const type = request.header("content-type");
