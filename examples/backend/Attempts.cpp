@@ -1,12 +1,11 @@
 // Counts login attempts in the record, or in memory while that cannot be written.
-#include "Attempts.h"
-
 #include <BELoginRecord.h>
 #include <Logger.h>
 
 #include <algorithm>
 
 #include "Limits.h"
+#include "Login.h"
 
 namespace {
 

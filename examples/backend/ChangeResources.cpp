@@ -34,8 +34,6 @@ std::string encode(std::string const& path) {
     return encoded;
 }
 
-bool isObject(TreeMapObject& value) { return value.presence("any") != TreeMapObject::IMPOSSIBLE; }
-
 // Gives a new element an "id" like those of its neighbours, if each of them has one.
 void settleId(TreeMapObject& element, TreeMapObject& array) {
     std::set<int64_t> ids;
@@ -143,7 +141,7 @@ Node valueFor(Place const& place, std::string const& method, std::string const& 
     if (char const* const message = messageOf(method, place.type, place.path)) {
         requireRequest(place.type, message, *value);
     }
-    require(!place.path.empty() || isObject(*value), 400,
+    require(!place.path.empty() || value->presence("any") != TreeMapObject::IMPOSSIBLE, 400,
             "only an object can be merged into a whole database");
     if (value->presence("users") == TreeMapObject::PRESENT) {
         requireWritable({place.type, join(place.path, "users"), place.session, {}});

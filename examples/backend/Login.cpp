@@ -113,8 +113,8 @@ Login::User Login::verify(std::string const& address, std::string const& name,
         throw refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);
     }
     User user = findUser(name);
-    std::string const known =
-        !user.path.empty() ? name : "";  // what is not a name may be a password
+    // what is not a name may be a password
+    std::string const known = user.path.empty() ? "" : name;
     attempts_.count(client, known);
     if (!passwordMatches(user.password, password) || !user.isEnabled) {
         audit(known, address, "login refused");

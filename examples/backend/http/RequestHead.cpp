@@ -56,18 +56,7 @@ std::string lowerCase(std::string_view text) {
     return lower;
 }
 
-// False for a header that is there already, except a condition, whose values make one list.
-bool keep(std::map<std::string, std::string>& headers, std::string const& name,
-          std::string_view value) {
-    auto const [kept, isNew] = headers.emplace(name, value);
-    if (!isNew && name.starts_with("if-")) {
-        kept->second.append(", ").append(value);
-        return true;
-    }
-    return isNew;
-}
-
-// Keeps the headers that are heeded.
+// Keeps the headers that are heeded. Conditions that are there twice make one list.
 void readHeaders(Fields const& fields, Request& request) {
     for (auto const& [field, value] : fields) {
         std::string const name = lowerCase(field);
@@ -77,7 +66,12 @@ void readHeaders(Fields const& fields, Request& request) {
                                             name.starts_with("transfer-encoding"));
         require(isToken(field) && !isFolded && value.find('\r') == std::string_view::npos, 400,
                 "malformed header");
-        require(!isHeeded || keep(request.headers, name, value), 400, "a header is there twice");
+        if (isHeeded) {
+            auto const [kept, isNew] = request.headers.emplace(name, "");
+            bool const isList = name.starts_with("if-");
+            require(isNew || isList, 400, "a header is there twice");
+            kept->second.append(isNew ? "" : ", ").append(value);
+        }
     }
 }
 
