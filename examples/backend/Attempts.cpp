@@ -44,10 +44,8 @@ void Attempts::count(std::string const& client, std::string const& user) {
     ++unwritten.attempts;
     unwritten.last = Clock::now();
     if (unwritten_.size() > MAX_UNWRITTEN) {
-        unwritten_.erase(std::min_element(unwritten_.begin(), unwritten_.end(),
-                                          [](auto const& one, auto const& other) {
-                                              return one.second.last < other.second.last;
-                                          }));
+        unwritten_.erase(std::ranges::min_element(
+            unwritten_, {}, [](auto const& entry) { return entry.second.last; }));
     }
 }
 

@@ -52,13 +52,11 @@ void settleId(TreeMapObject& element, TreeMapObject& array) {
     }
 }
 
-// A place where there is nothing yet. A new element has to be appended.
-void requireVacant(Place const& place, TreeMapObject& document) {
-    bool const canBeMade =
-        !JsonData::lastStep(place.path).starts_with('[') &&
-        document.presence(place.path.c_str()) == TreeMapObject::VACANT &&
-        document.presence(JsonData::parentPath(place.path).c_str()) == TreeMapObject::PRESENT;
-    require(canBeMade, 404, "nothing at this path");
+// Whether something can be made at a place where there is nothing yet. A new element has to be appended.
+bool canBeMade(Place const& place, TreeMapObject& document) {
+    return !JsonData::lastStep(place.path).starts_with('[') &&
+           document.presence(place.path.c_str()) == TreeMapObject::VACANT &&
+           document.presence(JsonData::parentPath(place.path).c_str()) == TreeMapObject::PRESENT;
 }
 
 // A version that may be changed. The session sees a refused one from now on: a request that is refused because
@@ -152,8 +150,7 @@ Node valueFor(Place const& place, std::string const& method, std::string const& 
 }  // namespace
 
 Reply changeResource(Place const& place, std::string const& method, std::string const& body) {
-    auto const* const row = std::find_if(std::begin(METHODS), std::end(METHODS),
-                                         [&](Method const& one) { return method == one.name; });
+    auto const* const row = std::ranges::find(METHODS, method, &Method::name);
     requireWritable(place);
     if (place.path.empty() && method != "PATCH") {
         throw refuseMethod("GET, HEAD, PATCH, OPTIONS");
@@ -166,10 +163,7 @@ Reply changeResource(Place const& place, std::string const& method, std::string 
     auto const change = [&](LocalDbTransaction& database) {
         TreeMapObject& document = *database.object();
         bool const isThere = document.presence(place.path.c_str()) == TreeMapObject::PRESENT;
-        require(isThere || row->makes, 404, "nothing at this path");
-        if (!isThere) {
-            requireVacant(place, document);
-        }
+        require(isThere || (row->makes && canBeMade(place, document)), 404, "nothing at this path");
         requireVersion(place, database.version(), isThere);
         reply = row->change(place, document, *value);
         reply.status = reply.status == 200 && !isThere ? 201 : reply.status;

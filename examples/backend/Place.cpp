@@ -56,8 +56,7 @@ bool Conditions::isKnown(EntityTag const& tag) const { return names(ifNoneMatch,
 bool isSecret(Place const& place, std::string const& name) {
     bool const isHash = name == "password" && place.type == API_GATEWAY;
     return isHash || (!place.session.isAdministrator() &&
-                      std::find(std::begin(SECRET_NAMES), std::end(SECRET_NAMES), name) !=
-                          std::end(SECRET_NAMES));
+                      std::ranges::find(SECRET_NAMES, name) != std::end(SECRET_NAMES));
 }
 
 void removeSecrets(Place const& place, TreeMapObject& copy) {

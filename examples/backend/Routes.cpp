@@ -52,7 +52,7 @@ bool isPlain(Request const& request) {
     for (auto const& [name, value] : request.parameters) {
         text += value;
     }
-    return request.path.starts_with('/') && std::none_of(text.begin(), text.end(), [](char c) {
+    return request.path.starts_with('/') && std::ranges::none_of(text, [](char c) {
                return std::iscntrl(static_cast<unsigned char>(c)) != 0;
            });
 }
@@ -121,8 +121,7 @@ Routes::Routes()
       } {}
 
 Routes::Route const& Routes::routeOf(std::string const& path) const {
-    return *std::find_if(routes_.begin(), routes_.end(),
-                         [&](Route const& route) { return route.fits(path); });
+    return *std::ranges::find_if(routes_, [&](Route const& route) { return route.fits(path); });
 }
 
 std::string Routes::methodsAt(std::string const& path) const {

@@ -67,9 +67,8 @@ std::string Sessions::open(std::string const& user, std::string const& role,
         user, role, BEConfig::MULTIDB_MODE_ENABLE != 0 ? "session-" + id : "default",
         mustChangePassword);
     std::lock_guard<std::mutex> const guard(mutex_);
-    auto const ofUser = std::count_if(entries_.begin(), entries_.end(), [&](auto const& entry) {
-        return entry.second->user == user;
-    });
+    auto const ofUser = std::ranges::count_if(
+        entries_, [&](auto const& entry) { return entry.second->user == user; });
     if (entries_.size() >= MAX_SESSIONS || ofUser >= MAX_SESSIONS_OF_ONE) {
         return "";
     }

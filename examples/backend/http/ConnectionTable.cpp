@@ -13,8 +13,6 @@ typedef ConnectionTable::Connection Connection;
 
 bool isOpen(Connection const& connection) { return connection.socket >= 0; }
 
-bool endsBefore(Connection const& one, Connection const& other) { return one.end < other.end; }
-
 // The descriptor is still that of the connection: close() comes before it is closed.
 void shutDown(Connection& connection) {
     shutdown(connection.socket, SHUT_RDWR);
@@ -35,24 +33,22 @@ ConnectionTable::ConnectionTable()
     : maximum_(maximumOfConnections()),
       watcher_([this](std::stop_token const& stop) { watch(stop); }) {}
 
-long ConnectionTable::count() const {
-    return std::count_if(connections_.begin(), connections_.end(), isOpen);
-}
+long ConnectionTable::count() const { return std::ranges::count_if(connections_, isOpen); }
 
 bool ConnectionTable::hasRoomFor(in6_addr const& client) {
     std::lock_guard<std::mutex> const guard(mutex_);
     auto const isOwn = [&](Connection const& connection) {
         return isOpen(connection) && std::memcmp(&connection.client, &client, sizeof(client)) == 0;
     };
-    long const own = std::count_if(connections_.begin(), connections_.end(), isOwn);
+    long const own = std::ranges::count_if(connections_, isOwn);
     return own < std::clamp((maximum_ - count() + 1) / 2, 2L, MAX_CONNECTIONS_OF_ONE);
 }
 
 Connection* ConnectionTable::open(int socket, in6_addr const& client) {
     std::lock_guard<std::mutex> const guard(mutex_);
-    auto* const free = std::find_if_not(connections_.begin(), connections_.end(), isOpen);
+    auto* const free = std::ranges::find_if_not(connections_, isOpen);
     if (count() >= maximum_) {
-        shutDown(*std::min_element(connections_.begin(), connections_.end(), endsBefore));
+        shutDown(*std::ranges::min_element(connections_, {}, &Connection::end));
     }
     if (free == connections_.end()) {
         shutdown(socket, SHUT_RDWR);

@@ -14,7 +14,6 @@
 #include <utility>
 
 #include "ClientAddress.h"
-#include "Exchange.h"
 #include "Limits.h"
 
 namespace {

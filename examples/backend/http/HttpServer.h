@@ -9,8 +9,7 @@
 #include <vector>
 
 #include "ConnectionTable.h"
-#include "Routes.h"
-#include "Workers.h"
+#include "Exchange.h"
 
 class HttpServer {
   public:

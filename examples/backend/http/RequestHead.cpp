@@ -51,8 +51,8 @@ bool isSame(std::string const& one, std::string const& other) {
 
 std::string lowerCase(std::string_view text) {
     std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    std::ranges::transform(lower, lower.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return lower;
 }
 
@@ -60,7 +60,7 @@ std::string lowerCase(std::string_view text) {
 void readHeaders(Fields const& fields, Request& request) {
     for (auto const& [field, value] : fields) {
         std::string const name = lowerCase(field);
-        bool const isHeeded = std::count(std::begin(HEEDED), std::end(HEEDED), name) > 0;
+        bool const isHeeded = std::ranges::count(HEEDED, name) > 0;
         // libmicrohttpd takes the second line of a folded header for a part of its name
         bool const isFolded = !isHeeded && (name.starts_with("content-length") ||
                                             name.starts_with("transfer-encoding"));
@@ -119,8 +119,7 @@ bool isOurs(std::string const& authority, std::vector<std::string> const& names)
     in6_addr address = {};
     return inet_pton(AF_INET, host.c_str(), &address) == 1 ||
            inet_pton(AF_INET6, host.c_str(), &address) == 1 ||
-           std::any_of(names.begin(), names.end(),
-                       [&](std::string const& name) { return isSame(name, host); });
+           std::ranges::any_of(names, [&](std::string const& name) { return isSame(name, host); });
 }
 
 bool isForeign(Request const& request) {

@@ -1,6 +1,5 @@
 // Makes replies on a fixed number of threads.
-#include "Workers.h"
-
+#include "Exchange.h"
 #include "Limits.h"
 
 Workers::Workers() {
