@@ -27,8 +27,8 @@ bool readNumber(json_object* value, int& destination) {
 bool join(std::string& destination, std::string_view one, std::string_view other) {
     try {
         std::string joined(one.size() + other.size(), '\0');
-        memcpy(&joined[0], one.data(), one.size());
-        memcpy(&joined[one.size()], other.data(), other.size());
+        memcpy(joined.data(), one.data(), one.size());
+        memcpy(joined.data() + one.size(), other.data(), other.size());
         destination = std::move(joined);
         return true;
     } catch (std::exception const&) {
