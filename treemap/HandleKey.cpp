@@ -29,8 +29,9 @@ Key keyOf(TreeMapObject const& handle) {
 }
 
 Key indexKey(unsigned int index) {
-    Key key = {};
+    Key key;
     writeIndexKey(key.text, index);
+    // cppcheck-suppress uninitvar; it is up to its terminator
     return key;
 }
 
