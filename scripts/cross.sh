@@ -2,18 +2,15 @@
 # Builds the library for another machine and runs its tests and the example there.
 #   scripts/cross.sh mips    32 bits, big-endian, 32-bit time_t; under emulation
 #   scripts/cross.sh i386    32 bits, 64-bit time_t; natively on x86, as the emulator fails at its threads
-#   scripts/cross.sh musl, scripts/cross.sh mips-musl
-#                            x86-64 and MIPS with the C library musl; compiler and libstdc++ are built, too
 # With "-- COMMAND ..." appended, runs COMMAND in the cross-build environment instead.
 #
 # The libraries that it depends on are built from Debian's sources, into a cache outside the tree.
 set -eu
 cd "$(dirname "$0")/.."
-[ $# -gt 0 ] || { echo "usage: scripts/cross.sh mips|i386|musl|mips-musl [-- COMMAND ...]" >&2 && exit 2; }
+[ $# -gt 0 ] || { echo "usage: scripts/cross.sh mips|i386 [-- COMMAND ...]" >&2 && exit 2; }
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/vobiutils/$1
 VOBIUTILS_MACHINE=$1
 VOBIUTILS_PREFIX=$cache/prefix
-glibc=  # the prefix of the compiler that one for musl is made of
 case $1 in
     mips)
         VOBIUTILS_TARGET=mips-linux-gnu
@@ -26,31 +23,12 @@ case $1 in
         VOBIUTILS_RUN="/usr/i686-linux-gnu/lib/ld-linux.so.2 --library-path
             /usr/i686-linux-gnu/lib:$VOBIUTILS_PREFIX/lib"
         ;;
-    musl)
-        VOBIUTILS_TARGET=x86_64-linux-musl
-        VOBIUTILS_FLAGS=
-        VOBIUTILS_RUN=
-        ;;
-    mips-musl)
-        glibc=mips-linux-gnu-
-        VOBIUTILS_TARGET=mips-linux-musl
-        VOBIUTILS_FLAGS=
-        VOBIUTILS_RUN=qemu-mips
-        ;;
     *) echo "unknown machine $1" >&2 && exit 2 ;;
 esac
 export VOBIUTILS_MACHINE VOBIUTILS_TARGET VOBIUTILS_FLAGS VOBIUTILS_RUN VOBIUTILS_PREFIX
 shift
 
-case $VOBIUTILS_TARGET in
-    *-musl)
-        PATH=$VOBIUTILS_PREFIX/bin:$PATH
-        compiler="${glibc:+g++-${glibc%-}} gcc-12-source"
-        ;;
-    *) compiler=g++-$VOBIUTILS_TARGET ;;
-esac
-# shellcheck disable=SC2086 # a list of packages
-scripts/install-packages.sh $compiler qemu-user g++ make cmake pkg-config dpkg-dev \
+scripts/install-packages.sh "g++-$VOBIUTILS_TARGET" qemu-user g++ make cmake pkg-config dpkg-dev \
     libgtest-dev json-schema-test-suite
 
 # Copies the package lists of this machine, with sources in place of binaries.
@@ -89,12 +67,7 @@ build_dependencies() {
     mkdir -p "$cache/sources"
     # from the release itself, because not every mirror keeps the sources of its updates
     release=$(. /etc/os-release && echo "$VERSION_CODENAME")
-    (cd "$cache/sources" && apt_sources source "json-c/$release" "pcre2/$release" "musl/$release")
-    case $VOBIUTILS_TARGET in
-        *-musl)
-            scripts/musl-toolchain.sh "$glibc" "$VOBIUTILS_TARGET" "$VOBIUTILS_PREFIX" "$(echo "$cache"/sources/musl-*/)"
-            ;;
-    esac
+    (cd "$cache/sources" && apt_sources source "json-c/$release" "pcre2/$release")
     install json-c "$(echo "$cache"/sources/json-c-*/)" -DBUILD_TESTING=OFF -DBUILD_STATIC_LIBS=OFF
     install pcre2 "$(echo "$cache"/sources/pcre2-*/)" -DBUILD_SHARED_LIBS=ON \
         -DPCRE2_BUILD_TESTS=OFF -DPCRE2_BUILD_PCRE2GREP=OFF
