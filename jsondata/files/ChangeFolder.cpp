@@ -12,7 +12,7 @@
 //
 // A change itself ends with step 5. After a loss of power the record may be whole again: it finds
 // every file new. But if one was saved meanwhile, and had its old content again, it would be taken
-// for old. So whoever comes next, and before it saves anything, does step 6.
+// for old. So the next lock, read or save begins with step 6.
 #include "jsondata/files/ChangeFolder.h"
 
 #include <assert.h>

@@ -6,7 +6,8 @@
 //   4. Finish what the record says (ChangeFolder.cpp): sync the folder, whereupon the change counts,
 //      rename, sync the folders of the files, empty the record.
 //
-// That makes 2n + 2 syncs for n files, and one by whoever comes next, who removes the record. A failure, kill or loss of power before the change counts
+// That makes 2n + 2 syncs for n files; the next lock, read or save syncs the empty record and removes
+// it. A failure, kill or loss of power before the change counts
 // leaves every file old; after it, the next caller finishes the change.
 #ifndef VOBIUTILS_JSONDATA_FILES_FILECHANGE_H
 #define VOBIUTILS_JSONDATA_FILES_FILECHANGE_H
