@@ -19,8 +19,8 @@ namespace vobiutils {
 
 // Belongs to the thread that the document belongs to (Database.h).
 struct Origin {
-    // Forgets the document before, but not its base, and shares the value that was read, or a copy of it: no other
-    // value can get its address as long as it is known.
+    // Forgets the document before, but not its base, and shares the value that was read, or a copy of
+    // it: no other value can get its address as long as it is known.
     void set(json_object* value, uint64_t contentVersion);
     void forget();
 

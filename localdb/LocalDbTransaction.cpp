@@ -4,8 +4,8 @@
 // databases before the next: their mutexes are freed, the documents are saved, kept or discarded,
 // their states are changed. It takes no memory.
 //
-// A save that finds a document invalid, or a file changed, does nothing, so that any of these ends can
-// follow.
+// A save that finds a document invalid, or a file changed, does nothing, so that any of these ends
+// can follow.
 #include "LocalDbTransaction.h"
 
 #include <new>

@@ -1,14 +1,14 @@
 // Changes several files below one folder: all of them, or none.
 //
 //   1. Take the lock of the folder, and finish an earlier change (begin).
-//   2. Mark that one has begun. For each file: make what is to replace it, synced, in the folder (add).
+//   2. Mark that one has begun. For each file: make what is to replace it in the folder, synced (add).
 //   3. Write the record, sync it, and put it in the place of the mark (commit).
 //   4. Finish what the record says (ChangeFolder.cpp): sync the folder, whereupon the change counts,
 //      rename, sync the folders of the files, empty the record.
 //
 // That makes 2n + 2 syncs for n files; the next lock, read or save syncs the empty record and removes
-// it. A failure, kill or loss of power before the change counts
-// leaves every file old; after it, the next caller finishes the change.
+// it. A failure, kill or loss of power before the change counts leaves every file old; after it, the
+// next caller finishes the change.
 #ifndef VOBIUTILS_JSONDATA_FILES_FILECHANGE_H
 #define VOBIUTILS_JSONDATA_FILES_FILECHANGE_H
 
