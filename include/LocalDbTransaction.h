@@ -153,7 +153,7 @@ class LocalDbTransaction {
 
     /// LOCKED, INVALID or CHANGED, then ENDED; or why nothing was locked.
     Status status() const;
-    explicit operator bool() const;  ///< whether the database is locked: not so with other states
+    explicit operator bool() const;  ///< true while locked: LOCKED, INVALID, CHANGED
 
     /// Where and why the last save() found a document not valid, with a path inside the whole
     /// document; four empty strings, and no API type, if it did not. Changes with the next save(),
