@@ -1,6 +1,5 @@
 // The limit: what a program would write by hand for one path, its keys split already.
-#ifndef VOBIUTILS_BENCH_BYHAND_H
-#define VOBIUTILS_BENCH_BYHAND_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -17,5 +16,3 @@ template <typename... Steps>
 json_object* byHand(json_object* root, Steps... steps) {
     return (step(root, steps) && ...) ? root : nullptr;
 }
-
-#endif

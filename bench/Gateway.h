@@ -1,6 +1,5 @@
 // A generated gateway document of a given size, for json-c and for the peers.
-#ifndef VOBIUTILS_BENCH_GATEWAY_H
-#define VOBIUTILS_BENCH_GATEWAY_H
+#pragma once
 
 #include <json-c/json.h>
 #include <rapidjson/document.h>
@@ -24,5 +23,3 @@ Gateway& gateway(int bytes);
 
 // The path in JSON Pointer form.
 std::string pointerOf(std::string const& path);
-
-#endif

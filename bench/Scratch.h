@@ -1,6 +1,5 @@
 // Files of the workloads, in memory where the system has such a place: a sync then costs nothing.
-#ifndef VOBIUTILS_BENCH_SCRATCH_H
-#define VOBIUTILS_BENCH_SCRATCH_H
+#pragma once
 
 #include <string>
 
@@ -9,5 +8,3 @@ std::string scratchFile(std::string const& name);
 
 // The same where a sync takes what it takes on the disk.
 std::string diskFile(std::string const& name);
-
-#endif

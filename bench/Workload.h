@@ -3,8 +3,7 @@
 // On a shared machine the speed changes from one moment to the next. So all variants of a workload
 // run back to back within a round, forwards and backwards in turn, and a ratio is the median of the
 // ratios of the rounds.
-#ifndef VOBIUTILS_BENCH_WORKLOAD_H
-#define VOBIUTILS_BENCH_WORKLOAD_H
+#pragma once
 
 #include <stdio.h>
 
@@ -61,5 +60,3 @@ void addSnapshots();     // after the files, which start the databases
 void addTransactions();  // likewise
 void addChanges();       // likewise
 void addGrowths();
-
-#endif

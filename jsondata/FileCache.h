@@ -8,8 +8,7 @@
 //
 // Each thread reads for itself, and then puts what it has made in place of what was kept. The mutex
 // is held only to share or to replace pointers.
-#ifndef VOBIUTILS_JSONDATA_FILECACHE_H
-#define VOBIUTILS_JSONDATA_FILECACHE_H
+#pragma once
 
 #include <pthread.h>
 #include <stddef.h>
@@ -80,5 +79,3 @@ class FileCache {
 };
 
 }  // namespace vobiutils
-
-#endif

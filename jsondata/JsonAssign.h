@@ -1,6 +1,5 @@
 // Assignment by path, for the library's own callers.
-#ifndef VOBIUTILS_JSONDATA_JSONASSIGN_H
-#define VOBIUTILS_JSONDATA_JSONASSIGN_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -11,5 +10,3 @@ namespace vobiutils {
 bool assign(json_object* root, char const* path, json_object* value);
 
 }  // namespace vobiutils
-
-#endif

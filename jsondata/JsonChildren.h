@@ -1,6 +1,5 @@
 // A loop over what a json-c value holds, whatever its type.
-#ifndef VOBIUTILS_JSONDATA_JSONCHILDREN_H
-#define VOBIUTILS_JSONDATA_JSONCHILDREN_H
+#pragma once
 
 #include <json-c/json.h>
 #include <stddef.h>
@@ -41,5 +40,3 @@ class Children {
 bool findChild(json_object* container, Step step, json_object*& child);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Saving a document and learning which content its file then has.
-#ifndef VOBIUTILS_JSONDATA_JSONDOCUMENT_H
-#define VOBIUTILS_JSONDATA_JSONDOCUMENT_H
+#pragma once
 
 #include <stdint.h>
 
@@ -13,5 +12,3 @@ namespace vobiutils {
 int saveDocument(char const* file, TreeMapObject const* document, uint64_t* version);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // The elements of an array, counted for any json-c value, null included.
-#ifndef VOBIUTILS_JSONDATA_JSONELEMENT_H
-#define VOBIUTILS_JSONDATA_JSONELEMENT_H
+#pragma once
 
 #include <json-c/json.h>
 #include <stddef.h>
@@ -25,5 +24,3 @@ inline std::optional<size_t> elementCount(json_object const* value) {
 }
 
 }  // namespace vobiutils
-
-#endif

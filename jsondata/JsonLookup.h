@@ -1,7 +1,6 @@
 // Lookup by path, for the library's own callers: as JsonData::getJObj, without the copy of the key
 // that its out-parameter needs.
-#ifndef VOBIUTILS_JSONDATA_JSONLOOKUP_H
-#define VOBIUTILS_JSONDATA_JSONLOOKUP_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -27,5 +26,3 @@ struct Lookup {
 Lookup lookUp(json_object* root, char const* path);
 
 }  // namespace vobiutils
-
-#endif

@@ -4,8 +4,7 @@
 //
 // Only JsonMember, JsonElement and JsonChildren use the inside of json-c's containers (linkhash.h,
 // arraylist.h). The other files go through json-c's documented functions.
-#ifndef VOBIUTILS_JSONDATA_JSONMEMBER_H
-#define VOBIUTILS_JSONDATA_JSONMEMBER_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -48,5 +47,3 @@ bool putMember(json_object* container, PathToken name, json_object* value, JsonR
 bool deleteMember(json_object* container, PathToken name);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,7 +1,6 @@
 // The path language as text: splits a path into tokens and reads the number of an index token.
 // Nothing here depends on a document.
-#ifndef VOBIUTILS_JSONDATA_JSONPATH_H
-#define VOBIUTILS_JSONDATA_JSONPATH_H
+#pragma once
 
 #include <assert.h>
 #include <limits.h>
@@ -83,5 +82,3 @@ int64_t indexOf(PathToken token);
 char* duplicate(PathToken token);
 
 }  // namespace vobiutils
-
-#endif

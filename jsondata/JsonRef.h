@@ -1,6 +1,5 @@
 // A smart pointer for one reference on a json-c value.
-#ifndef VOBIUTILS_JSONDATA_JSONREF_H
-#define VOBIUTILS_JSONDATA_JSONREF_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -44,5 +43,3 @@ class JsonRef {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Whether a number of JSON fits into what json-c keeps numbers in.
-#ifndef VOBIUTILS_JSONDATA_NUMBERRANGE_H
-#define VOBIUTILS_JSONDATA_NUMBERRANGE_H
+#pragma once
 
 namespace vobiutils {
 
@@ -10,5 +9,3 @@ namespace vobiutils {
 bool isInRange(char const* number, char const* end);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // The exception of the public functions that promise one.
-#ifndef VOBIUTILS_JSONDATA_OUTOFMEMORY_H
-#define VOBIUTILS_JSONDATA_OUTOFMEMORY_H
+#pragma once
 
 #include <string>
 
@@ -12,5 +11,3 @@ namespace vobiutils {
 [[noreturn]] inline void throwBadAlloc() { std::__throw_bad_alloc(); }
 
 }  // namespace vobiutils
-
-#endif

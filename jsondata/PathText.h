@@ -1,6 +1,5 @@
 // The text of a path that grows and shrinks with a walk over a document.
-#ifndef VOBIUTILS_JSONDATA_PATHTEXT_H
-#define VOBIUTILS_JSONDATA_PATHTEXT_H
+#pragma once
 
 #include <json-c/json.h>
 #include <stddef.h>
@@ -38,5 +37,3 @@ class PathText {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // The parsed schema of a file, for one validation.
-#ifndef VOBIUTILS_JSONDATA_SCHEMAFILE_H
-#define VOBIUTILS_JSONDATA_SCHEMAFILE_H
+#pragma once
 
 #include <json-c/json.h>
 #include <stddef.h>
@@ -43,5 +42,3 @@ class SchemaFile {
 void forgetSchemas();
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Shares what any number of threads only read: the last owner deletes it.
-#ifndef VOBIUTILS_JSONDATA_SHARED_H
-#define VOBIUTILS_JSONDATA_SHARED_H
+#pragma once
 
 #include <assert.h>
 
@@ -62,5 +61,3 @@ class Shared {
 };
 
 }  // namespace vobiutils
-
-#endif

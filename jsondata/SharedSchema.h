@@ -1,6 +1,5 @@
 // A compiled schema, shared by those who use it.
-#ifndef VOBIUTILS_JSONDATA_SHAREDSCHEMA_H
-#define VOBIUTILS_JSONDATA_SHAREDSCHEMA_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -34,5 +33,3 @@ SharedSchema* compileSchemaFile(char const* file);
 bool satisfiesSchemaFile(json_object* value, char const* file, CompiledSchema::Fault& fault);
 
 }  // namespace vobiutils
-
-#endif

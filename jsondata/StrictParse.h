@@ -1,6 +1,5 @@
 // Strict parsing without a handle.
-#ifndef VOBIUTILS_JSONDATA_STRICTPARSE_H
-#define VOBIUTILS_JSONDATA_STRICTPARSE_H
+#pragma once
 
 #include <string_view>
 
@@ -14,5 +13,3 @@ namespace vobiutils {
 bool parseStrictly(std::string_view text, JsonRef& value, JsonFault& fault);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Checks that a text is exactly one JSON value, and finds where it is not. Builds nothing.
-#ifndef VOBIUTILS_JSONDATA_STRICTSCAN_H
-#define VOBIUTILS_JSONDATA_STRICTSCAN_H
+#pragma once
 
 #include <json-c/json.h>
 #include <stddef.h>
@@ -58,5 +57,3 @@ class StrictScan {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Checks UTF-8, character by character.
-#ifndef VOBIUTILS_JSONDATA_UTF8_H
-#define VOBIUTILS_JSONDATA_UTF8_H
+#pragma once
 
 #include <stddef.h>
 
@@ -12,5 +11,3 @@ namespace vobiutils {
 size_t characterLength(char const* text, char const* end);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Memory that is handed out piece by piece and released as a whole.
-#ifndef JSONSCHEMA_ARENA_H
-#define JSONSCHEMA_ARENA_H
+#pragma once
 
 #include <stddef.h>
 
@@ -48,5 +47,3 @@ class Arena {
 };
 
 }  // namespace jsonschema
-
-#endif

@@ -4,8 +4,7 @@
 // Level while it is one level further down. Once either is used up, the call is undecided for good:
 // the parts return as soon as they can, what they return no longer matters, and the caller reports
 // "invalid". A plain false would not do: a "not" around it would make it "valid".
-#ifndef JSONSCHEMA_BUDGET_H
-#define JSONSCHEMA_BUDGET_H
+#pragma once
 
 #include <assert.h>
 
@@ -59,5 +58,3 @@ class Budget {
 };
 
 }  // namespace jsonschema
-
-#endif

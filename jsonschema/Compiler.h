@@ -1,7 +1,6 @@
 // Reads a schema once: checks the form of every keyword, also of those that no instance reaches,
 // compiles the patterns, resolves the references, and leaves nodes that are ready to apply.
-#ifndef JSONSCHEMA_COMPILER_H
-#define JSONSCHEMA_COMPILER_H
+#pragma once
 
 #include "jsonschema/Budget.h"
 #include "jsonschema/NameMap.h"
@@ -100,5 +99,3 @@ class Compiler {
 };
 
 }  // namespace jsonschema
-
-#endif

@@ -1,6 +1,5 @@
 // Compares values as JSON: 1 equals 1.0, and the order of members does not count.
-#ifndef JSONSCHEMA_EQUALITY_H
-#define JSONSCHEMA_EQUALITY_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -15,5 +14,3 @@ bool areEqual(json_object* a, json_object* b, Budget& budget);
 size_t firstRepeated(json_object* array, Budget& budget);
 
 }  // namespace jsonschema
-
-#endif

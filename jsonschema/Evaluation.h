@@ -1,6 +1,5 @@
 // Applies a compiled schema to an instance, or finds the first fault of an instance that it refuses.
-#ifndef JSONSCHEMA_EVALUATION_H
-#define JSONSCHEMA_EVALUATION_H
+#pragma once
 
 #include "jsonschema/Finding.h"
 #include "jsonschema/Pattern.h"
@@ -76,5 +75,3 @@ class Evaluation {
 };
 
 }  // namespace jsonschema
-
-#endif

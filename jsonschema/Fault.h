@@ -1,6 +1,5 @@
 // Says to a user what was found: fills the fields of a json_schema_fault.
-#ifndef JSONSCHEMA_FAULT_H
-#define JSONSCHEMA_FAULT_H
+#pragma once
 
 #include "jsonschema/Compiler.h"
 #include "jsonschema/Finding.h"
@@ -18,5 +17,3 @@ void describe(Malformation const& malformation, bool isUndecided, json_schema_fa
 void describe(char const* message, json_schema_fault& fault);
 
 }  // namespace jsonschema
-
-#endif

@@ -1,7 +1,6 @@
 // Finds the first fault: remembers of all that are reported the one whose value comes first in the
 // instance.
-#ifndef JSONSCHEMA_FINDING_H
-#define JSONSCHEMA_FINDING_H
+#pragma once
 
 #include "jsonschema/Limits.h"
 
@@ -51,5 +50,3 @@ class Finding {
 };
 
 }  // namespace jsonschema
-
-#endif

@@ -1,6 +1,5 @@
 // The keyword "format": tests strings for dates, addresses, URIs and the like.
-#ifndef JSONSCHEMA_FORMATS_H
-#define JSONSCHEMA_FORMATS_H
+#pragma once
 
 #include <string_view>
 
@@ -20,5 +19,3 @@ Format const* findFormat(std::string_view name);
 bool hasFormat(std::string_view string, Format const& format, Budget& budget);
 
 }  // namespace jsonschema
-
-#endif

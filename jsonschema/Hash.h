@@ -1,7 +1,6 @@
 // Hashes of strings and of sequences of hashes, for tables that live in memory only: they differ
 // between machines.
-#ifndef JSONSCHEMA_HASH_H
-#define JSONSCHEMA_HASH_H
+#pragma once
 
 #include <stdint.h>
 #include <string.h>
@@ -51,5 +50,3 @@ inline uint64_t hashOfBytes(std::string_view bytes) {
 }
 
 }  // namespace jsonschema
-
-#endif

@@ -1,8 +1,7 @@
 // Reads json-c values without changing them: json-c's own json_object_to_json_string, and its
 // json_object_get_string on anything but a string, store their text in the value, which other
 // threads may be reading.
-#ifndef JSONSCHEMA_JSON_H
-#define JSONSCHEMA_JSON_H
+#pragma once
 
 #include <json-c/json.h>
 #include <string.h>
@@ -58,5 +57,3 @@ inline json_object* memberOf(json_object* object, char const* name) {
 }
 
 }  // namespace jsonschema
-
-#endif

@@ -1,7 +1,6 @@
 // The table of keywords: what each looks like, the function that applies it, and the one that says
 // what it asks for.
-#ifndef JSONSCHEMA_KEYWORD_H
-#define JSONSCHEMA_KEYWORD_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -65,5 +64,3 @@ extern Keyword const NEVER;
 extern Keyword const DEPENDENT_NAMES;
 
 }  // namespace jsonschema
-
-#endif

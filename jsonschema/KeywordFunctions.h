@@ -1,6 +1,5 @@
 // The functions in the table of keywords.
-#ifndef JSONSCHEMA_KEYWORDFUNCTIONS_H
-#define JSONSCHEMA_KEYWORDFUNCTIONS_H
+#pragma once
 
 #include <stddef.h>
 
@@ -66,5 +65,3 @@ size_t firstMissing(Instruction const& names, json_object* object, Budget& budge
 }  // namespace keywords
 
 }  // namespace jsonschema
-
-#endif

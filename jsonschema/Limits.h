@@ -1,7 +1,6 @@
 // The limits of one validation call. A call that exceeds one is undecided, and the instance counts
 // as invalid. README.md explains them to users.
-#ifndef JSONSCHEMA_LIMITS_H
-#define JSONSCHEMA_LIMITS_H
+#pragma once
 
 #include <stddef.h>
 
@@ -25,5 +24,3 @@ size_t const REFERENCE_LENGTH = 2048;  // bytes of a "$ref" or "$id"
 }  // namespace limits
 
 }  // namespace jsonschema
-
-#endif

@@ -1,6 +1,5 @@
 // The functions in the table of keywords that say what a keyword asks for.
-#ifndef JSONSCHEMA_MESSAGES_H
-#define JSONSCHEMA_MESSAGES_H
+#pragma once
 
 #include "jsonschema/Keyword.h"
 
@@ -17,5 +16,3 @@ Describe type, isConst, isEnum, minimum, maximum, exclusiveMinimum, exclusiveMax
 }  // namespace messages
 
 }  // namespace jsonschema
-
-#endif

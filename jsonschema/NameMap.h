@@ -1,6 +1,5 @@
 // The schemas of a map such as "properties", in the order of the document, and found by name.
-#ifndef JSONSCHEMA_NAMEMAP_H
-#define JSONSCHEMA_NAMEMAP_H
+#pragma once
 
 #include <stdint.h>
 
@@ -68,5 +67,3 @@ class NameMap {
 };
 
 }  // namespace jsonschema
-
-#endif

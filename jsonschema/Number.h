@@ -1,7 +1,6 @@
 // Compares and divides JSON numbers exactly. A 64-bit integer is an integer. A double stands for
 // the shortest decimal that reads back as the same double (0.1 is one tenth).
-#ifndef JSONSCHEMA_NUMBER_H
-#define JSONSCHEMA_NUMBER_H
+#pragma once
 
 #include <json-c/json.h>
 #include <stdint.h>
@@ -50,5 +49,3 @@ class Number {
 };
 
 }  // namespace jsonschema
-
-#endif

@@ -1,6 +1,5 @@
 // Compiles and matches regular expressions with bounded work.
-#ifndef JSONSCHEMA_PATTERN_H
-#define JSONSCHEMA_PATTERN_H
+#pragma once
 
 #include <string_view>
 
@@ -54,5 +53,3 @@ class Pattern {
 };
 
 }  // namespace jsonschema
-
-#endif

@@ -1,7 +1,6 @@
 // A compiled schema: a graph of nodes, one for each schema in the document, whose instructions are
 // applied without looking at the document again.
-#ifndef JSONSCHEMA_SCHEMA_H
-#define JSONSCHEMA_SCHEMA_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -70,5 +69,3 @@ class Schema {
 };
 
 }  // namespace jsonschema
-
-#endif

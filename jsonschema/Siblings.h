@@ -1,6 +1,5 @@
 // Connects the keywords of one schema that have to know each other.
-#ifndef JSONSCHEMA_SIBLINGS_H
-#define JSONSCHEMA_SIBLINGS_H
+#pragma once
 
 #include "jsonschema/Budget.h"
 #include "jsonschema/Schema.h"
@@ -16,5 +15,3 @@ void linkSiblings(Instruction* first, Instruction const* end);
 void mergeIntoProperties(Instruction* first, Instruction const* end, Budget& budget);
 
 }  // namespace jsonschema
-
-#endif

@@ -1,6 +1,5 @@
 // Writes English and JSON into a buffer of fixed size, as NUL-terminated valid UTF-8.
-#ifndef JSONSCHEMA_TEXT_H
-#define JSONSCHEMA_TEXT_H
+#pragma once
 
 #include <json-c/json.h>
 #include <stddef.h>
@@ -39,5 +38,3 @@ class Text {
 };
 
 }  // namespace jsonschema
-
-#endif

@@ -1,6 +1,5 @@
 // Dates and times, as RFC 3339 writes them.
-#ifndef JSONSCHEMA_TIMEFORMATS_H
-#define JSONSCHEMA_TIMEFORMATS_H
+#pragma once
 
 #include <string_view>
 
@@ -11,5 +10,3 @@ bool isTime(std::string_view string);
 bool isDateTime(std::string_view string);
 
 }  // namespace jsonschema
-
-#endif

@@ -1,6 +1,5 @@
 // Resolves the references between schemas: URIs and JSON pointers.
-#ifndef JSONSCHEMA_URI_H
-#define JSONSCHEMA_URI_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -34,5 +33,3 @@ std::string_view percentDecoded(std::string_view fragment, Arena& arena);
 json_object* followPointer(json_object* document, std::string_view fragment, Arena& arena);
 
 }  // namespace jsonschema
-
-#endif

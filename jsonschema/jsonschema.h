@@ -11,8 +11,7 @@
  * The functions neither change nor keep what they are given, keep no state, and may be called from
  * any thread.
  */
-#ifndef JSONSCHEMA_H
-#define JSONSCHEMA_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -72,5 +71,3 @@ void json_schema_free(json_schema* schema);
 #endif
 
 #pragma GCC visibility pop
-
-#endif

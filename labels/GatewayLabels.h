@@ -1,7 +1,6 @@
 // Message names of the API type gateway, in the order of their communication types.
 // intended: index 73 is two names run together, so from 74 on responses have even indexes.
-#ifndef VOBIUTILS_LABELS_GATEWAYLABELS_H
-#define VOBIUTILS_LABELS_GATEWAYLABELS_H
+#pragma once
 
 namespace vobiutils {
 
@@ -98,5 +97,3 @@ inline constexpr char const* GATEWAY_NAMES[] = {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Label lookup for the names of message files, where a message without a label has no file.
-#ifndef VOBIUTILS_LABELS_LABELTABLE_H
-#define VOBIUTILS_LABELS_LABELTABLE_H
+#pragma once
 
 namespace vobiutils {
 
@@ -9,5 +8,3 @@ namespace vobiutils {
 char const* labelAt(unsigned int apiType, unsigned int commType);
 
 }  // namespace vobiutils
-
-#endif

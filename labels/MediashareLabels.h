@@ -1,6 +1,5 @@
 // Message names of the API type mediashare, in the order of their communication types.
-#ifndef VOBIUTILS_LABELS_MEDIASHARELABELS_H
-#define VOBIUTILS_LABELS_MEDIASHARELABELS_H
+#pragma once
 
 namespace vobiutils {
 
@@ -68,5 +67,3 @@ inline constexpr char const* MEDIASHARE_NAMES[] = {
 };
 
 }  // namespace vobiutils
-
-#endif

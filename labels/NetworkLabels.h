@@ -1,6 +1,5 @@
 // Message names of the API type network, in the order of their communication types.
-#ifndef VOBIUTILS_LABELS_NETWORKLABELS_H
-#define VOBIUTILS_LABELS_NETWORKLABELS_H
+#pragma once
 
 namespace vobiutils {
 
@@ -86,5 +85,3 @@ inline constexpr char const* NETWORK_NAMES[] = {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -5,8 +5,7 @@
 //
 // In an initialized pointer table each string would cost a pointer and a relocation in the file:
 // for the label tables 7,472 bytes on MIPS.
-#ifndef VOBIUTILS_LABELS_PACKEDSTRINGS_H
-#define VOBIUTILS_LABELS_PACKEDSTRINGS_H
+#pragma once
 
 #include <stddef.h>
 
@@ -39,5 +38,3 @@ consteval auto pack() {
 }
 
 }  // namespace vobiutils
-
-#endif

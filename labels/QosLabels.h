@@ -1,6 +1,5 @@
 // Message names of the API type qos, in the order of their communication types.
-#ifndef VOBIUTILS_LABELS_QOSLABELS_H
-#define VOBIUTILS_LABELS_QOSLABELS_H
+#pragma once
 
 namespace vobiutils {
 
@@ -28,5 +27,3 @@ inline constexpr char const* QOS_NAMES[] = {
 };
 
 }  // namespace vobiutils
-
-#endif

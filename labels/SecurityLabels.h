@@ -1,6 +1,5 @@
 // Message names of the API type security, in the order of their communication types.
-#ifndef VOBIUTILS_LABELS_SECURITYLABELS_H
-#define VOBIUTILS_LABELS_SECURITYLABELS_H
+#pragma once
 
 namespace vobiutils {
 
@@ -120,5 +119,3 @@ inline constexpr char const* SECURITY_NAMES[] = {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -1,7 +1,6 @@
 // Message names of the API type service, in the order of their communication types.
 // intended: "PORTILTERING" at indexes 20 and 21 is spelled like this.
-#ifndef VOBIUTILS_LABELS_SERVICELABELS_H
-#define VOBIUTILS_LABELS_SERVICELABELS_H
+#pragma once
 
 namespace vobiutils {
 
@@ -173,5 +172,3 @@ inline constexpr char const* SERVICE_NAMES[] = {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Message names of the API type wifi, in the order of their communication types.
-#ifndef VOBIUTILS_LABELS_WIFILABELS_H
-#define VOBIUTILS_LABELS_WIFILABELS_H
+#pragma once
 
 namespace vobiutils {
 
@@ -92,5 +91,3 @@ inline constexpr char const* WIFI_NAMES[] = {
 };
 
 }  // namespace vobiutils
-
-#endif

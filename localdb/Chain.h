@@ -1,8 +1,7 @@
 // A singly linked list of objects that contain their own link (a member `next`), in order of
 // arrival. A node can be on the stack of the thread that enters it, so entering one cannot run out
 // of memory. The owner of a chain guards it with a mutex.
-#ifndef VOBIUTILS_LOCALDB_CHAIN_H
-#define VOBIUTILS_LOCALDB_CHAIN_H
+#pragma once
 
 #include <assert.h>
 
@@ -32,5 +31,3 @@ struct Chain {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -1,7 +1,6 @@
 // A condition variable whose timed waits use CLOCK_MONOTONIC, so that setting the time of day does
 // not shorten or lengthen them.
-#ifndef VOBIUTILS_LOCALDB_CONDITION_H
-#define VOBIUTILS_LOCALDB_CONDITION_H
+#pragma once
 
 #include <pthread.h>
 #include <time.h>
@@ -34,5 +33,3 @@ class Condition {
 };
 
 }  // namespace vobiutils
-
-#endif

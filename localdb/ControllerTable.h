@@ -1,6 +1,5 @@
 // The entries of LocalDbCtrl::controllers, by key.
-#ifndef VOBIUTILS_LOCALDB_CONTROLLERTABLE_H
-#define VOBIUTILS_LOCALDB_CONTROLLERTABLE_H
+#pragma once
 
 #include "LocalDbCtrl.h"
 
@@ -19,5 +18,3 @@ void removeEntry(ControllerEntry entry);
 inline bool isFound(ControllerEntry entry) { return entry != LocalDbCtrl::controllers.end(); }
 
 }  // namespace vobiutils
-
-#endif

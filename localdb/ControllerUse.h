@@ -1,6 +1,5 @@
 // Keeps a controller from being destroyed by removeDB, from its lookup to the end of a scope.
-#ifndef VOBIUTILS_LOCALDB_CONTROLLERUSE_H
-#define VOBIUTILS_LOCALDB_CONTROLLERUSE_H
+#pragma once
 
 #include <optional>
 
@@ -32,5 +31,3 @@ class ControllerUse {
 };
 
 }  // namespace vobiutils
-
-#endif

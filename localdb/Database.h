@@ -1,6 +1,5 @@
 // The database of one API type in one controller: loads, saves and drops its document.
-#ifndef VOBIUTILS_LOCALDB_DATABASE_H
-#define VOBIUTILS_LOCALDB_DATABASE_H
+#pragma once
 
 #include <stdint.h>
 
@@ -100,5 +99,3 @@ class Database {
 };
 
 }  // namespace vobiutils
-
-#endif

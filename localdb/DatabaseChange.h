@@ -1,6 +1,5 @@
 // Saves the documents of several databases as one change, and finishes what was interrupted.
-#ifndef VOBIUTILS_LOCALDB_DATABASECHANGE_H
-#define VOBIUTILS_LOCALDB_DATABASECHANGE_H
+#pragma once
 
 #include <stddef.h>
 #include <stdint.h>
@@ -52,5 +51,3 @@ class DatabaseChange {
 };
 
 }  // namespace vobiutils
-
-#endif

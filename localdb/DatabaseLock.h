@@ -17,8 +17,7 @@
 // save or unlock frees that one too, with nothing to save. The state changes last because another
 // writer could otherwise get a document that is being destroyed. So a free mutex is not enough:
 // acquire() also waits until the state is not "writing".
-#ifndef VOBIUTILS_LOCALDB_DATABASELOCK_H
-#define VOBIUTILS_LOCALDB_DATABASELOCK_H
+#pragma once
 
 #include <time.h>
 
@@ -76,5 +75,3 @@ class Claim {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -4,8 +4,7 @@
 // This is kept beside the controllers, whose fields are public and fixed. A program may change these
 // fields itself, and make controllers of its own, of which nothing is known. So an origin counts
 // only if the controller still has the very value that was read (Database::origin).
-#ifndef VOBIUTILS_LOCALDB_DOCUMENTORIGIN_H
-#define VOBIUTILS_LOCALDB_DOCUMENTORIGIN_H
+#pragma once
 
 #include <stdint.h>
 
@@ -56,5 +55,3 @@ Origins* findOrigins(LOCALDB_HANDLER const& controller);
 void removeOrigins(LOCALDB_HANDLER const& controller);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // The names of the files under the data directory, each in a buffer inside its FileName object.
-#ifndef VOBIUTILS_LOCALDB_FILENAME_H
-#define VOBIUTILS_LOCALDB_FILENAME_H
+#pragma once
 
 #include <stddef.h>
 
@@ -32,5 +31,3 @@ class FileName {
 };
 
 }  // namespace vobiutils
-
-#endif

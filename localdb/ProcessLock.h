@@ -6,8 +6,7 @@
 //
 // The lock is the process's: all its controllers share it, and only its last transaction frees it. A
 // child made by fork does not have it. The kernel frees it when the process ends, however it ends.
-#ifndef VOBIUTILS_LOCALDB_PROCESSLOCK_H
-#define VOBIUTILS_LOCALDB_PROCESSLOCK_H
+#pragma once
 
 #include <sys/types.h>
 #include <time.h>
@@ -45,5 +44,3 @@ class ProcessLock {
 };
 
 }  // namespace vobiutils
-
-#endif

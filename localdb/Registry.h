@@ -1,7 +1,6 @@
 // What makes controllers (LocalDbControllers.cpp) asks of the registry. Each function is one step
 // under the registry mutex.
-#ifndef VOBIUTILS_LOCALDB_REGISTRY_H
-#define VOBIUTILS_LOCALDB_REGISTRY_H
+#pragma once
 
 #include "LocalDbCtrl.h"
 
@@ -21,5 +20,3 @@ bool isRegistered(char const* key);
 Added addDefaultController(LOCALDB_HANDLER* controller);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Keeps the document of each data file as long as the file is the same, for snapshots to share.
-#ifndef VOBIUTILS_LOCALDB_SNAPSHOTSTORE_H
-#define VOBIUTILS_LOCALDB_SNAPSHOTSTORE_H
+#pragma once
 
 #include <stdint.h>
 
@@ -29,5 +28,3 @@ LocalDbSnapshot::Status findDocument(unsigned int apiType, Shared<SharedDocument
 void forgetDocuments();
 
 }  // namespace vobiutils
-
-#endif

@@ -10,8 +10,7 @@
 //     in memory, any other                a copy of it    puts the copy back
 //
 // A transaction that only reads drops what it has read itself, and changes nothing else.
-#ifndef VOBIUTILS_LOCALDB_TRANSACTIONLOCK_H
-#define VOBIUTILS_LOCALDB_TRANSACTIONLOCK_H
+#pragma once
 
 #include <memory>
 
@@ -96,5 +95,3 @@ class TransactionLock {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -3,8 +3,7 @@
 // A line is a call, which tests whether it is enabled. On a hot path, that of a lookup, a value or a
 // handle, a disabled line costs a test without a call, and its arguments are not evaluated: they must
 // have no side effects.
-#ifndef VOBIUTILS_LOGGING_LOG_H
-#define VOBIUTILS_LOGGING_LOG_H
+#pragma once
 
 #include "BEConfig.h"
 #include "Logger.h"
@@ -56,5 +55,3 @@ inline char const* printable(char const* string) { return string != nullptr ? st
             ::vobiutils::logLine(level, __VA_ARGS__); \
         }                                             \
     } while (false)
-
-#endif

@@ -1,6 +1,5 @@
 // Locks a POSIX mutex for the duration of a scope.
-#ifndef VOBIUTILS_LOGGING_MUTEXGUARD_H
-#define VOBIUTILS_LOGGING_MUTEXGUARD_H
+#pragma once
 
 #include <pthread.h>
 
@@ -18,5 +17,3 @@ class MutexGuard {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Computes how long an address is locked out, from numbers only: no file and no clock.
-#ifndef VOBIUTILS_LOGINRECORD_LOCKOUT_H
-#define VOBIUTILS_LOGINRECORD_LOCKOUT_H
+#pragma once
 
 #include <stdint.h>
 
@@ -26,5 +25,3 @@ struct Standing {
 Standing standingOf(int attempts, uint64_t last, uint64_t now);
 
 }  // namespace vobiutils
-
-#endif

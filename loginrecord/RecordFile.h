@@ -4,8 +4,7 @@
 //
 // What a client tried at a subject is an element of its own, with the address "CLIENT SUBJECT".
 // Elements of any other form are skipped. Callers hold BELoginRecord::lock.
-#ifndef VOBIUTILS_LOGINRECORD_RECORDFILE_H
-#define VOBIUTILS_LOGINRECORD_RECORDFILE_H
+#pragma once
 
 #include <json-c/json.h>
 #include <stdint.h>
@@ -58,5 +57,3 @@ bool setLastAttempt(json_object* client, uint64_t time);
 uint64_t lastAttemptOf(json_object* client);
 
 }  // namespace vobiutils
-
-#endif

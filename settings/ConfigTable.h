@@ -1,6 +1,5 @@
 // Reads members of a configuration object into settings: a row {key, destination} for each.
-#ifndef VOBIUTILS_SETTINGS_CONFIGTABLE_H
-#define VOBIUTILS_SETTINGS_CONFIGTABLE_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -32,5 +31,3 @@ void readRows(json_object* object, ConfigRow const (&rows)[N]) {
 void prepend(std::string const& prefix, std::string& string);
 
 }  // namespace vobiutils
-
-#endif

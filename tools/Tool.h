@@ -1,6 +1,5 @@
 // What the commands of vobidb share: results, options, messages, and the ways to a database.
-#ifndef VOBIUTILS_TOOLS_TOOL_H
-#define VOBIUTILS_TOOLS_TOOL_H
+#pragma once
 
 #include <CompiledSchema.h>
 #include <LocalDbSnapshot.h>
@@ -93,5 +92,3 @@ Run backUp, restore;
 Run edit;
 
 }  // namespace vobidb
-
-#endif

@@ -1,7 +1,6 @@
 // The key of a handle, key_obj: its name in its parent. A name of 32 characters fills key_obj and
 // is not terminated there.
-#ifndef VOBIUTILS_TREEMAP_HANDLEKEY_H
-#define VOBIUTILS_TREEMAP_HANDLEKEY_H
+#pragma once
 
 #include <string_view>
 
@@ -26,5 +25,3 @@ void setKey(TreeMapObject& handle, std::string_view name);
 void setIndexKey(TreeMapObject& handle, unsigned int index);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // The handles that a search has found.
-#ifndef VOBIUTILS_TREEMAP_HITS_H
-#define VOBIUTILS_TREEMAP_HITS_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -17,5 +16,3 @@ typedef std::list<TreeMapObject*> Hits;
 bool append(Hits& hits, json_object* node);
 
 }  // namespace vobiutils
-
-#endif

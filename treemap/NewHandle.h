@@ -1,6 +1,5 @@
 // Making the handles that a caller gets.
-#ifndef VOBIUTILS_TREEMAP_NEWHANDLE_H
-#define VOBIUTILS_TREEMAP_NEWHANDLE_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -20,5 +19,3 @@ TreeMapObject* newOwningHandle(json_object* node);
 bool tryGet(json_object* root, char const* path, TreeMapObject*& node);
 
 }  // namespace vobiutils
-
-#endif

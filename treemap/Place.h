@@ -1,6 +1,5 @@
 // Where a path that comes from outside leads, without a log line.
-#ifndef VOBIUTILS_TREEMAP_PLACE_H
-#define VOBIUTILS_TREEMAP_PLACE_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -20,5 +19,3 @@ struct Place {
 Place findPlace(json_object* root, char const* path);
 
 }  // namespace vobiutils
-
-#endif

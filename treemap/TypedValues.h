@@ -1,7 +1,6 @@
 // Reads typed values by path, with the defaults, conversions and log lines of the handle's get and
 // get_ex.
-#ifndef VOBIUTILS_TREEMAP_TYPEDVALUES_H
-#define VOBIUTILS_TREEMAP_TYPEDVALUES_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -36,5 +35,3 @@ bool getChecked(json_object* document, char const* path, T& out) {
 }
 
 }  // namespace vobiutils
-
-#endif

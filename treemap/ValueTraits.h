@@ -1,8 +1,7 @@
 // What differs between the C++ types of the typed operations (set, get, get_ex, addArrayItem,
 // find): how json-c creates and reads a value, and the words of the log lines. Each operation has
 // one body for all types.
-#ifndef VOBIUTILS_TREEMAP_VALUETRAITS_H
-#define VOBIUTILS_TREEMAP_VALUETRAITS_H
+#pragma once
 
 #include <json-c/json.h>
 #include <stdint.h>
@@ -89,5 +88,3 @@ struct ValueTraits<char const*> {
 };
 
 }  // namespace vobiutils
-
-#endif

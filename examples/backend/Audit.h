@@ -1,6 +1,5 @@
 // Who changed what, and who logged in: a line of JSON for each, in a file that is bounded.
-#ifndef BACKEND_AUDIT_H
-#define BACKEND_AUDIT_H
+#pragma once
 
 #include <string>
 
@@ -16,5 +15,3 @@ void audit(std::string const& user, std::string const& address, std::string cons
 // What is kept, as an array, the oldest first:
 // [{"time": "2026-01-31T12:00:00Z", "user": ..., "address": ..., "what": ..., "path": ...}, ...]
 Reply readAudit();
-
-#endif

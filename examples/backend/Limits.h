@@ -1,6 +1,5 @@
 // What one client may ask for. A home gateway has little memory, and many devices talk to it.
-#ifndef BACKEND_LIMITS_H
-#define BACKEND_LIMITS_H
+#pragma once
 
 #include <chrono>
 #include <cstddef>
@@ -32,5 +31,3 @@ long const MAX_SESSIONS_OF_ONE = 16;       // user
 unsigned int const MAX_WAIT_MS = 500;      // for a busy API type
 std::size_t const MAX_FILE = 1 << 20;      // bytes of a file below the document root
 std::size_t const LOG_TAIL = 16384;        // bytes of the log that are shown
-
-#endif

@@ -1,6 +1,5 @@
 // Asks a back end on the loopback interface, over one connection that stays open.
-#ifndef BACKEND_LOADCLIENT_H
-#define BACKEND_LOADCLIENT_H
+#pragma once
 
 #include <string>
 
@@ -26,5 +25,3 @@ class LoadClient {
     int const port_;
     int socket_ = -1;
 };
-
-#endif

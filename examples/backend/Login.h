@@ -1,6 +1,5 @@
 // Logging in, with the lock-out of clients that guess, and the password of one's own.
-#ifndef BACKEND_LOGIN_H
-#define BACKEND_LOGIN_H
+#pragma once
 
 #include <chrono>
 #include <map>
@@ -63,5 +62,3 @@ class Login {
     Attempts attempts_;
     std::mutex oneAtATime_;
 };
-
-#endif

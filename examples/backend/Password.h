@@ -1,6 +1,5 @@
 // Passwords, hashes and random texts.
-#ifndef BACKEND_PASSWORD_H
-#define BACKEND_PASSWORD_H
+#pragma once
 
 #include <string>
 
@@ -18,5 +17,3 @@ std::string randomToken();
 // What stands for a token in tables and logs: its keyed hash, by which the token cannot be found.
 // Throws std::bad_alloc.
 std::string keyedHash(std::string const& secret, std::string const& token);
-
-#endif

@@ -1,7 +1,6 @@
 // A place in a database, who asks for it, on what conditions, and what of it may be seen and changed. The
 // conditions are those on the version that a request meets (If-Match, If-None-Match); entity tags name versions.
-#ifndef BACKEND_PLACE_H
-#define BACKEND_PLACE_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -48,5 +47,3 @@ void requireVisible(Place const& place);
 
 // Throws the refusal of a place that cannot be written to.
 void requireWritable(Place const& place);
-
-#endif

@@ -1,7 +1,6 @@
 // A request once it is no longer HTTP, and what the back end answers to it. What cannot be carried out ends by
 // throwing its refusal, which Routes catches.
-#ifndef BACKEND_REPLY_H
-#define BACKEND_REPLY_H
+#pragma once
 
 #include <TreeMapObject.h>
 
@@ -52,5 +51,3 @@ Reply refuseMethod(std::string const& allowed);
 
 // The value that a body is. Throws a refusal that says where and why, when it is not exactly one.
 Node parseBody(std::string const& body);
-
-#endif

@@ -8,8 +8,7 @@
 // Answers with a value carry the version of its database as their entity tag, those to a change the
 // version that it made. A request whose conditions do not hold is answered with 412 and changes
 // nothing, or, if it would only read what the client has already, with 304.
-#ifndef BACKEND_RESOURCES_H
-#define BACKEND_RESOURCES_H
+#pragma once
 
 #include <LocalDbTransaction.h>
 
@@ -87,5 +86,3 @@ void requireResponse(unsigned int type, char const* label, TreeMapObject& value)
 // Says why a changed database was not saved: 400, and 500 when it was not valid before the change, or its
 // schema file cannot be used.
 Reply refuseDocument(LocalDbTransaction::Fault const& fault);
-
-#endif

@@ -1,6 +1,5 @@
 // From a request to its answer: who asks, for what, and which part of the back end answers.
-#ifndef BACKEND_ROUTES_H
-#define BACKEND_ROUTES_H
+#pragma once
 
 #include <functional>
 #include <string>
@@ -42,5 +41,3 @@ class Routes {
     Login login_{sessions_};
     std::vector<Route> const routes_;  // the first that fits counts
 };
-
-#endif

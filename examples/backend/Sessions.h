@@ -1,6 +1,5 @@
 // The sessions of logged-in users.
-#ifndef BACKEND_SESSIONS_H
-#define BACKEND_SESSIONS_H
+#pragma once
 
 #include <atomic>
 #include <chrono>
@@ -68,5 +67,3 @@ class Sessions {
     std::map<std::string, SessionRef> entries_;  // by the keyed hash of the token
     std::mutex mutex_;
 };
-
-#endif

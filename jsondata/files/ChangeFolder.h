@@ -6,8 +6,7 @@
 //     .change.N      the new content of the N-th file of the record, until the file gets it
 //
 // FileChange.h has the steps of a change.
-#ifndef VOBIUTILS_JSONDATA_FILES_CHANGEFOLDER_H
-#define VOBIUTILS_JSONDATA_FILES_CHANGEFOLDER_H
+#pragma once
 
 #include "jsondata/files/ChangeRecord.h"
 #include "jsondata/files/FileDescriptor.h"
@@ -86,5 +85,3 @@ class ChangeFolder {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -8,8 +8,7 @@
 // The numbers are the versions of the content (FileBytes.h) that the file had, 0 if there was none,
 // and that it gets. "write" says that the file may hold a part of the new content, as it could not
 // be replaced.
-#ifndef VOBIUTILS_JSONDATA_FILES_CHANGERECORD_H
-#define VOBIUTILS_JSONDATA_FILES_CHANGERECORD_H
+#pragma once
 
 #include <assert.h>
 #include <stddef.h>
@@ -55,5 +54,3 @@ class ChangeRecord {
 };
 
 }  // namespace vobiutils
-
-#endif

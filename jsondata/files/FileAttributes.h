@@ -1,7 +1,6 @@
 // The extended attributes of a file that is being replaced, copied to the file that takes its
 // place: the access control list, the label of a security module, and users' own.
-#ifndef VOBIUTILS_JSONDATA_FILES_FILEATTRIBUTES_H
-#define VOBIUTILS_JSONDATA_FILES_FILEATTRIBUTES_H
+#pragma once
 
 #include <stddef.h>
 #include <stdlib.h>
@@ -43,5 +42,3 @@ class FileAttributes {
 };
 
 }  // namespace vobiutils
-
-#endif

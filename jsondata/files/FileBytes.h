@@ -1,6 +1,5 @@
 // Bytes of a file in memory: read, compared, identified and parsed.
-#ifndef VOBIUTILS_JSONDATA_FILES_FILEBYTES_H
-#define VOBIUTILS_JSONDATA_FILES_FILEBYTES_H
+#pragma once
 
 #include <json-c/json.h>
 #include <stddef.h>
@@ -63,5 +62,3 @@ class FileBytes {
 };
 
 }  // namespace vobiutils
-
-#endif

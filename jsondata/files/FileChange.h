@@ -9,8 +9,7 @@
 // That makes 2n + 2 syncs for n files; the next lock, read or save syncs the empty record and removes
 // it. A failure, kill or loss of power before the change counts leaves every file old; after it, the
 // next caller finishes the change.
-#ifndef VOBIUTILS_JSONDATA_FILES_FILECHANGE_H
-#define VOBIUTILS_JSONDATA_FILES_FILECHANGE_H
+#pragma once
 
 #include "jsondata/files/ChangeFolder.h"
 
@@ -48,5 +47,3 @@ class FileChange {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // A file that has been read, with what a reader needs in order to keep what it made of the bytes.
-#ifndef VOBIUTILS_JSONDATA_FILES_FILECONTENT_H
-#define VOBIUTILS_JSONDATA_FILES_FILECONTENT_H
+#pragma once
 
 #include "jsondata/files/FileBytes.h"
 #include "jsondata/files/FileDescriptor.h"
@@ -25,5 +24,3 @@ struct FileContent {
 };
 
 }  // namespace vobiutils
-
-#endif

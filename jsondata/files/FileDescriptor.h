@@ -1,6 +1,5 @@
 // An owned file descriptor, and the system calls on it, repeated when a signal interrupts them.
-#ifndef VOBIUTILS_JSONDATA_FILES_FILEDESCRIPTOR_H
-#define VOBIUTILS_JSONDATA_FILES_FILEDESCRIPTOR_H
+#pragma once
 
 #include <errno.h>
 #include <fcntl.h>
@@ -51,5 +50,3 @@ class FileDescriptor {
 };
 
 }  // namespace vobiutils
-
-#endif

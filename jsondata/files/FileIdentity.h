@@ -4,8 +4,7 @@
 // may give the inode of a removed file to the next one. So an identity is trusted only if
 // - the file that was read is still open, so that its inode is not given away, and
 // - the times were not recent when the file was read: a later change then shows in them.
-#ifndef VOBIUTILS_JSONDATA_FILES_FILEIDENTITY_H
-#define VOBIUTILS_JSONDATA_FILES_FILEIDENTITY_H
+#pragma once
 
 #include <stdint.h>
 #include <sys/stat.h>
@@ -36,5 +35,3 @@ class FileIdentity {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Writes into a file in place, where it cannot be replaced.
-#ifndef VOBIUTILS_JSONDATA_FILES_FILEOVERWRITE_H
-#define VOBIUTILS_JSONDATA_FILES_FILEOVERWRITE_H
+#pragma once
 
 #include <stddef.h>
 
@@ -19,5 +18,3 @@ struct Content {
 bool writeInPlace(char const* name, Content const& content);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,7 +1,6 @@
 // Replaces the content of a file as a whole: at any instant a reader finds the old content or the new
 // one, not a mixture. If the new content is synced, so does a reader after a loss of power.
-#ifndef VOBIUTILS_JSONDATA_FILES_FILEREPLACEMENT_H
-#define VOBIUTILS_JSONDATA_FILES_FILEREPLACEMENT_H
+#pragma once
 
 #include <stddef.h>
 
@@ -37,5 +36,3 @@ bool replaceFile(char const* file, char const* bytes, size_t length, Durability 
 bool prepareReplacement(SaveTarget& target, char const* bytes, size_t length, char const* text);
 
 }  // namespace vobiutils
-
-#endif

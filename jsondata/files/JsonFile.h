@@ -2,8 +2,7 @@
 //
 // json-c's own file functions keep their last error message in a buffer that all threads share.
 // This one does not, and may be called from any thread.
-#ifndef VOBIUTILS_JSONDATA_FILES_JSONFILE_H
-#define VOBIUTILS_JSONDATA_FILES_JSONFILE_H
+#pragma once
 
 #include <json-c/json.h>
 
@@ -14,5 +13,3 @@ namespace vobiutils {
 json_object* readJsonFile(char const* name);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Saves a JSON value to a file.
-#ifndef VOBIUTILS_JSONDATA_FILES_JSONSAVE_H
-#define VOBIUTILS_JSONDATA_FILES_JSONSAVE_H
+#pragma once
 
 #include <json-c/json.h>
 #include <stdint.h>
@@ -21,5 +20,3 @@ int saveJsonFile(char const* name, json_object* value, Durability durability,
                  uint64_t* version = nullptr);
 
 }  // namespace vobiutils
-
-#endif

@@ -1,7 +1,6 @@
 // The names used when a file is saved: the target behind symbolic links, its directory, and the
 // temporary file.
-#ifndef VOBIUTILS_JSONDATA_FILES_SAVENAMES_H
-#define VOBIUTILS_JSONDATA_FILES_SAVENAMES_H
+#pragma once
 
 #include <limits.h>
 #include <stddef.h>
@@ -32,5 +31,3 @@ class SaveNames {
 };
 
 }  // namespace vobiutils
-
-#endif

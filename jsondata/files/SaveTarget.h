@@ -1,6 +1,5 @@
 // The file that a save replaces: behind symbolic links, with its status.
-#ifndef VOBIUTILS_JSONDATA_FILES_SAVETARGET_H
-#define VOBIUTILS_JSONDATA_FILES_SAVETARGET_H
+#pragma once
 
 #include <stddef.h>
 #include <sys/stat.h>
@@ -39,5 +38,3 @@ class SaveTarget {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -5,8 +5,7 @@
 // a file whose lock is free is a leftover. Only the lock holder may rename or remove it. If
 // something at that name can be neither locked nor removed (another user's file, a directory), it
 // is left alone and a digit is appended to the name.
-#ifndef VOBIUTILS_JSONDATA_FILES_TEMPORARYFILE_H
-#define VOBIUTILS_JSONDATA_FILES_TEMPORARYFILE_H
+#pragma once
 
 #include <string.h>
 #include <sys/stat.h>
@@ -57,5 +56,3 @@ class TemporaryFile {
 };
 
 }  // namespace vobiutils
-
-#endif

@@ -1,6 +1,5 @@
 // Common parts of the fuzz targets.
-#ifndef VOBIUTILS_TESTS_FUZZ_H
-#define VOBIUTILS_TESTS_FUZZ_H
+#pragma once
 
 #include <stddef.h>
 #include <stdint.h>
@@ -42,5 +41,3 @@ inline void enterSandbox() {
     Logger::mask = ~0U;
     Logger::enableFileLog = 0;
 }
-
-#endif

@@ -1,6 +1,5 @@
 // A thread that runs jobs one at a time, on a stack as small as a request thread's.
-#ifndef VOBIUTILS_TESTS_ACTOR_H
-#define VOBIUTILS_TESTS_ACTOR_H
+#pragma once
 
 #include <pthread.h>
 
@@ -35,5 +34,3 @@ class Actor {
     std::binary_semaphore start_{0};
     pthread_t thread_ = {};
 };
-
-#endif

@@ -12,8 +12,7 @@
 //
 // At first only warnings and errors are shown; "log all" adds DEBUG and INFO, "log nothing" hides
 // all.
-#ifndef VOBIUTILS_TESTS_SESSION_H
-#define VOBIUTILS_TESTS_SESSION_H
+#pragma once
 
 #include <map>
 #include <memory>
@@ -103,5 +102,3 @@ extern Commands const DATABASE_COMMANDS;
 extern Commands const LOGIN_COMMANDS;
 extern Commands const SETTING_COMMANDS;  // BEConfigTest.cpp
 extern Commands const LOG_COMMANDS;      // LoggerTest.cpp
-
-#endif

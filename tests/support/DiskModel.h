@@ -3,8 +3,7 @@
 // A disk may lack each change of a name whose folder has not been synced since, whatever else it
 // has, and what has been written to a file since its sync, or the half of the new content that comes
 // first. Of a rename to another folder, the new name may be there without the old one being gone.
-#ifndef VOBIUTILS_TESTS_DISKMODEL_H
-#define VOBIUTILS_TESTS_DISKMODEL_H
+#pragma once
 
 #include <filesystem>
 #include <map>
@@ -103,5 +102,3 @@ struct DiskModel {
     Names now, lasting;
     std::vector<Move> pending;
 };
-
-#endif

@@ -1,8 +1,7 @@
 // Fault injection: makes one of the library's calls to the system, the allocator or json-c fail.
 // Programs that use it are linked with --wrap for these calls (see tests/CMakeLists.txt). json-c's
 // own calls are not wrapped.
-#ifndef VOBIUTILS_TESTS_FAULTS_H
-#define VOBIUTILS_TESTS_FAULTS_H
+#pragma once
 
 namespace faults {
 
@@ -41,5 +40,3 @@ extern void (*atFault)();
 bool disarm();
 
 }  // namespace faults
-
-#endif

@@ -1,7 +1,6 @@
 // Test support: a temporary folder, captured output, JSON in single quotes, and settings that are
 // restored after each test.
-#ifndef VOBIUTILS_TESTS_SUPPORT_H
-#define VOBIUTILS_TESTS_SUPPORT_H
+#pragma once
 
 #include <gtest/gtest.h>
 #include <json-c/json.h>
@@ -85,5 +84,3 @@ class LibraryTest : public testing::Test {
   private:
     std::function<void()> const restore_;  // the settings
 };
-
-#endif

@@ -1,6 +1,5 @@
 // Who a client is: its address, and the network that it shares with nobody else.
-#ifndef BACKEND_HTTP_CLIENTADDRESS_H
-#define BACKEND_HTTP_CLIENTADDRESS_H
+#pragma once
 
 #include <netinet/in.h>
 
@@ -17,5 +16,3 @@ std::string textOf(in6_addr const& address);
 
 // The network of an address that textOf gave: 192.0.2.1 or 2001:db8::/64. What is no address stays.
 std::string networkOf(std::string const& address);
-
-#endif

@@ -1,7 +1,6 @@
 // The open connections of all ports: how many a client may have, and how long each may stay. Safe from any
 // thread; nothing throws or allocates.
-#ifndef BACKEND_HTTP_CONNECTIONTABLE_H
-#define BACKEND_HTTP_CONNECTIONTABLE_H
+#pragma once
 
 #include <netinet/in.h>
 
@@ -47,5 +46,3 @@ class ConnectionTable {
     std::array<Connection, MAX_CONNECTIONS + SPARE_CONNECTIONS> connections_;
     std::jthread watcher_;
 };
-
-#endif

@@ -1,7 +1,6 @@
 // One request with its reply: read by the thread of the network, answered by a worker, to which the
 // connection is left meanwhile.
-#ifndef BACKEND_HTTP_EXCHANGE_H
-#define BACKEND_HTTP_EXCHANGE_H
+#pragma once
 
 #include <microhttpd.h>
 
@@ -72,5 +71,3 @@ class Workers {
     Exchange* last_ = nullptr;
     std::vector<std::jthread> threads_;
 };
-
-#endif

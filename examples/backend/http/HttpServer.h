@@ -1,7 +1,6 @@
 // HTTP on the ports that the settings name. One thread for each port moves bytes and never waits for a
 // client; a few workers answer.
-#ifndef BACKEND_HTTP_HTTPSERVER_H
-#define BACKEND_HTTP_HTTPSERVER_H
+#pragma once
 
 #include <microhttpd.h>
 
@@ -39,5 +38,3 @@ class HttpServer {
     Workers workers_;
     std::vector<MHD_Daemon*> daemons_;
 };
-
-#endif

@@ -1,6 +1,5 @@
 // What a client sent before the body: read from libmicrohttpd, and not trusted yet.
-#ifndef BACKEND_HTTP_REQUESTHEAD_H
-#define BACKEND_HTTP_REQUESTHEAD_H
+#pragma once
 
 #include <microhttpd.h>
 
@@ -21,5 +20,3 @@ std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& reque
 // be one of the names, or any IP address.
 void admit(Request const& request, bool hasBody, std::string const& methods,
            std::vector<std::string> const& names);
-
-#endif
