@@ -100,7 +100,7 @@ while [ "$(date +%s)" -lt "$end" ]; do
             full=$((full + 1))
             ;;
     esac
-    wait $load_pid || [ "$kind" = full ] || fail "the load failed"
+    wait $load_pid || [ "$kind$?" = kill3 ] || [ "$kind" = full ] || fail "the load failed"
     wait $threads_pid || [ "$kind" = kill ] || fail "the threads failed"
     wait $commands_pid
     commands=$(cat $build/commands.txt)
