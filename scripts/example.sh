@@ -6,7 +6,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev diffutils curl \
-    libmicrohttpd-dev libssl-dev libcrypt-dev
+    libmicrohttpd-dev libasio-dev libssl-dev libcrypt-dev
 
 build=build/example
 copy=$build/gateway

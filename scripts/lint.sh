@@ -4,7 +4,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \
-    libbenchmark-dev rapidjson-dev nlohmann-json3-dev libspdlog-dev libmicrohttpd-dev libssl-dev libcrypt-dev \
+    libbenchmark-dev rapidjson-dev nlohmann-json3-dev libspdlog-dev libmicrohttpd-dev libasio-dev libssl-dev libcrypt-dev \
     clang clang-format clang-tidy cppcheck shellcheck
 
 build=build/lint

@@ -5,7 +5,7 @@
 #   scripts/load.sh [SECONDS [KILLS]]
 set -eu
 cd "$(dirname "$0")/.."
-scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libmicrohttpd-dev \
+scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libmicrohttpd-dev libasio-dev \
     libssl-dev libcrypt-dev
 
 seconds=${1-30}

@@ -16,7 +16,7 @@ install_debian() { # RELEASE FOLDER
     [ "$base" != bullseye ] || base=bookworm
     rm -rf "$2"
     mmdebstrap --quiet --variant=minbase "$base" "$2" "$mirror" --include="g++,make,cmake,pkg-config
-        libjson-c-dev,libpcre2-dev,libgtest-dev,binutils,libmicrohttpd-dev,libssl-dev,libcrypt-dev,openssl,curl"
+        libjson-c-dev,libpcre2-dev,libgtest-dev,binutils,libmicrohttpd-dev,libasio-dev,libssl-dev,libcrypt-dev,openssl,curl"
     cp -r /usr/share/json-schema-test-suite "$2/usr/share"
     [ "$base" != "$1" ] || return 0
     echo "deb $mirror $1 main" >"$2/etc/apt/sources.list.d/$1.list"

@@ -3,7 +3,8 @@
 # README, is one of them.
 set -eu
 cd "$(dirname "$0")/.."
-scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libmicrohttpd-dev libssl-dev libcrypt-dev \
+scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libmicrohttpd-dev \
+    libasio-dev libssl-dev libcrypt-dev \
     curl jq chromium chromium-driver fonts-dejavu-core
 scripts/install-axe.sh
 build=build/example

@@ -8,7 +8,7 @@ set -eu
 cd "$(dirname "$0")/.."
 minutes=${1?usage: scripts/soak.sh MINUTES}
 [ "$(id -u)" -ne 0 ] || [ -n "${SOAK_MOUNTS-}" ] || SOAK_MOUNTS=yes exec unshare --mount "$0" "$@"  # ends with it
-scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev libmicrohttpd-dev \
+scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev libmicrohttpd-dev libasio-dev \
     libssl-dev libcrypt-dev faketime
 
 build=build/soak

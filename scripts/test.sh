@@ -7,7 +7,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh g++ make cmake pkg-config libjson-c-dev libpcre2-dev libgtest-dev \
-    binutils json-schema-test-suite libmicrohttpd-dev libssl-dev libcrypt-dev openssl curl
+    binutils json-schema-test-suite libmicrohttpd-dev libasio-dev libssl-dev libcrypt-dev openssl curl
 scripts/install-axe.sh
 
 [ "${1-}" != clang ] || scripts/install-packages.sh clang

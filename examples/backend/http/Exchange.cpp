@@ -4,23 +4,14 @@
 #include <BEConfig.h>
 #include <Logger.h>
 
-#include <memory>
 #include <new>
-#include <utility>
 
 #include "Limits.h"
 #include "RequestHead.h"
 
 namespace {
 
-typedef std::vector<std::pair<std::string, std::string>> Headers;
-
-Headers const ALWAYS = {
-    {"X-Content-Type-Options", "nosniff"},
-    {"X-Frame-Options", "DENY"},
-    {"Referrer-Policy", "no-referrer"},
-    {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"},
-};
+typedef decltype(Reply::headers) Headers;
 
 Headers const CROSS_DOMAIN = {
     {"Access-Control-Allow-Origin", "*"},
@@ -34,11 +25,14 @@ Headers headersOf(Reply const& reply, bool closes) {
     Headers headers = {
         {"Cache-Control", reply.etag.empty() ? "no-store" : "no-cache, private"},
         {"Connection", closes ? "close" : ""},
+        {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"},
         {"Content-Type", reply.body.empty() ? "" : reply.type},
         {"ETag", reply.etag},
+        {"Referrer-Policy", "no-referrer"},
         {"WWW-Authenticate", reply.status == 401 ? "Bearer" : ""},
+        {"X-Content-Type-Options", "nosniff"},
+        {"X-Frame-Options", "DENY"},
     };
-    headers.insert(headers.end(), ALWAYS.begin(), ALWAYS.end());
     headers.insert(headers.end(), reply.headers.begin(), reply.headers.end());
     if (BEConfig::ENABLE_CROSS_DOMAIN != 0) {
         headers.insert(headers.end(), CROSS_DOMAIN.begin(), CROSS_DOMAIN.end());

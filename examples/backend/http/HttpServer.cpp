@@ -4,6 +4,7 @@
 #include <BEConfig.h>
 #include <sys/socket.h>
 
+#include <asio/post.hpp>
 #include <cctype>
 #include <cstdio>
 #include <cstring>
@@ -11,7 +12,6 @@
 #include <iterator>
 #include <set>
 #include <sstream>
-#include <utility>
 
 #include "ClientAddress.h"
 #include "Limits.h"
@@ -51,7 +51,11 @@ HttpServer::HttpServer(Routes& routes, std::vector<std::string> names)
     : routes_(routes), names_(std::move(names)) {}
 
 HttpServer::~HttpServer() {
-    workers_.stop();  // hence no connection is suspended, which MHD_stop_daemon requires
+    {
+        std::lock_guard<std::mutex> const guard(mutex_);
+        isStopping_ = true;
+    }
+    workers_.join();  // hence no connection is suspended, which MHD_stop_daemon requires
     std::this_thread::sleep_for(FAREWELL);
     for (MHD_Daemon* const daemon : daemons_) {
         MHD_stop_daemon(daemon);
@@ -121,7 +125,7 @@ struct HttpServer::Callbacks {
             if (exchange->isAnswered()) {
                 return exchange->send();
             }
-            server.workers_.submit(*exchange);
+            server.submit(connection, *exchange);
             return MHD_YES;
         } catch (...) {
             return MHD_NO;
@@ -147,6 +151,22 @@ struct HttpServer::Callbacks {
         static_cast<HttpServer*>(self)->connections_.limit(static_cast<Connection*>(place), time);
     }
 };
+
+// The exchange may be answered and gone before this returns.
+void HttpServer::submit(MHD_Connection* connection, Exchange& exchange) {
+    std::lock_guard<std::mutex> const guard(mutex_);
+    MHD_suspend_connection(connection);
+    try {
+        if (isStopping_) {
+            exchange.answer(true);
+        } else {
+            asio::post(workers_, [this, &exchange] { exchange.answer(isStopping_); });
+        }
+    } catch (...) {
+        MHD_resume_connection(connection);
+        throw;
+    }
+}
 
 // libmicrohttpd's own limits are off: of time, as it means silence, and of clients, as it counts whole
 // addresses on one port.

@@ -4,8 +4,9 @@
 
 #include <microhttpd.h>
 
-#include <string>
-#include <vector>
+#include <asio/thread_pool.hpp>
+#include <atomic>
+#include <mutex>
 
 #include "ConnectionTable.h"
 #include "Exchange.h"
@@ -31,10 +32,15 @@ class HttpServer {
 
     bool serve(int family, int port, bool onAllInterfaces);
 
+    // Has a worker make the reply, and the connection suspended meanwhile. Throws std::bad_alloc.
+    void submit(MHD_Connection* connection, Exchange& exchange);
+
     Routes& routes_;
     std::vector<std::string> const names_;
     std::string certificate_;  // with its key
     ConnectionTable connections_;
-    Workers workers_;
+    std::mutex mutex_;  // of the workers' stop: nothing is submitted after it
+    std::atomic<bool> isStopping_ = false;
+    asio::thread_pool workers_{WORKERS};  // replies may wait: for a lock, a disk, a password's hash
     std::vector<MHD_Daemon*> daemons_;
 };

@@ -3,13 +3,11 @@
 
 #include <BEConfig.h>
 #include <arpa/inet.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <string_view>
-#include <utility>
 
 #include "Limits.h"
 
@@ -43,10 +41,6 @@ Fields fieldsOf(MHD_Connection* connection, MHD_ValueKind kind) {
 
 bool isToken(std::string_view name) {
     return !name.empty() && name.find_first_not_of(TOKEN_CHARACTERS) == std::string_view::npos;
-}
-
-bool isSame(std::string const& one, std::string const& other) {
-    return strcasecmp(one.c_str(), other.c_str()) == 0;
 }
 
 std::string lowerCase(std::string_view text) {
@@ -115,17 +109,17 @@ std::string hostIn(std::string const& authority) {
 
 // A page elsewhere could read our answers if it came from a name that its maker lets lead to this address.
 bool isOurs(std::string const& authority, std::vector<std::string> const& names) {
-    std::string const host = hostIn(authority);
+    std::string const host = lowerCase(hostIn(authority));
     in6_addr address = {};
     return inet_pton(AF_INET, host.c_str(), &address) == 1 ||
            inet_pton(AF_INET6, host.c_str(), &address) == 1 ||
-           std::ranges::any_of(names, [&](std::string const& name) { return isSame(name, host); });
+           std::ranges::find(names, host, lowerCase) != names.end();
 }
 
 bool isForeign(Request const& request) {
     std::string const scheme = BEConfig::ENABLE_HTTPS != 0 ? "https://" : "http://";
     return BEConfig::ENABLE_CROSS_DOMAIN == 0 && request.headers.contains("origin") &&
-           !isSame(request.header("origin"), scheme + request.header("host"));
+           lowerCase(request.header("origin")) != lowerCase(scheme + request.header("host"));
 }
 
 }  // namespace
@@ -157,6 +151,6 @@ void admit(Request const& request, bool hasBody, std::string const& methods,
         throw refuseMethod(methods);
     }
     std::string const type = request.header("content-type");
-    require(!hasBody || isSame(type.substr(0, type.find_first_of("; \t")), "application/json"), 415,
-            "the body must be JSON: Content-Type: application/json");
+    require(!hasBody || lowerCase(type.substr(0, type.find_first_of("; \t"))) == "application/json",
+            415, "the body must be JSON: Content-Type: application/json");
 }
