@@ -70,7 +70,7 @@ void audit(std::string const& user, std::string const& address, std::string cons
     }
 }
 
-Reply readAudit() {
+Reply readAudit(Request const&) {
     std::lock_guard<std::mutex> const guard(ofTheFiles);
     TreeMapObject entries(true);
     readInto(entries, OLD_FILE_NAME);

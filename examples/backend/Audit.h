@@ -1,8 +1,6 @@
 // Who changed what, and who logged in: a line of JSON for each, in a file that is bounded.
 #pragma once
 
-#include <string>
-
 #include "Reply.h"
 
 // Both are safe from any thread.
@@ -14,4 +12,4 @@ void audit(std::string const& user, std::string const& address, std::string cons
 
 // What is kept, as an array, the oldest first:
 // [{"time": "2026-01-31T12:00:00Z", "user": ..., "address": ..., "what": ..., "path": ...}, ...]
-Reply readAudit();
+Reply readAudit(Request const& request);

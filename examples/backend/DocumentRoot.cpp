@@ -28,10 +28,10 @@ bool isHidden(fs::path const& part) { return part.native().front() == '.'; }
 
 }  // namespace
 
-Reply readPage(std::string const& urlPath) {
+Reply readPage(Request const& request) {
     std::error_code error;
     fs::path const root = fs::canonical(BEConfig::WEBSERVER_DOCROOT, error);
-    std::string const name = urlPath == "/" ? "/index.html" : urlPath;
+    std::string const name = request.path == "/" ? "/index.html" : request.path;
     fs::path const file = error ? "" : fs::canonical(root.native() + name, error);
     auto const [rootEnd, rest] = std::mismatch(root.begin(), root.end(), file.begin(), file.end());
     if (error || rootEnd != root.end() || std::any_of(rest, file.end(), isHidden) ||

@@ -1,10 +1,8 @@
 // The files below the document root, and no others.
 #pragma once
 
-#include <string>
-
 #include "Reply.h"
 
-// The file below BEConfig::WEBSERVER_DOCROOT that the (decoded) URL path names, index.html for "/". Throws 404 for
+// The file below BEConfig::WEBSERVER_DOCROOT that the request's path names, index.html for "/". Throws 404 for
 // everything that is no regular file in there, whatever dots and links lead to it, and for hidden files.
-Reply readPage(std::string const& urlPath);
+Reply readPage(Request const& request);

@@ -33,9 +33,10 @@ void switchParts(LocalDbTransaction& wifi, bool isOn) {
 
 }  // namespace
 
-Reply switchGuestNetwork(Session const& session, std::string const& body) {
+Reply switchGuestNetwork(Request const& request) {
+    Session const& session = *request.session;
     requireWritable({API_WIFI, "guest", session, {}});
-    Node const wanted = parseBody(body);
+    Node const wanted = parseBody(request.body);
     bool isOn = false;
     require(wanted->get_ex("enabled", isOn), 400,
             "the guest network needs \"enabled\": true or false");

@@ -59,7 +59,7 @@ Login::User Login::findUser(std::string const& name) {
     return user;
 }
 
-Reply Login::attempt(Request const& request) {
+Reply Login::logIn(Request const& request) {
     Node const body = parseBody(request.body);
     requireRequest(API_GATEWAY, "GATEWAY_LOGIN_REQ", *body);
     std::string const name = textIn(*body, "username");
@@ -81,7 +81,13 @@ Reply Login::attempt(Request const& request) {
     return reply;
 }
 
-Reply Login::changePassword(Request const& request, Session const& session) {
+Reply Login::logOut(Request const& request) {
+    sessions_.close(request.token);
+    return Reply{.status = 204, .headers = {sessionCookie("")}};
+}
+
+Reply Login::changePassword(Request const& request) {
+    Session const& session = *request.session;
     Node const body = parseBody(request.body);
     std::string const old = textIn(*body, "old");
     std::string const fresh = textIn(*body, "new");

@@ -2,13 +2,9 @@
 #pragma once
 
 #include <chrono>
-#include <map>
 #include <mutex>
-#include <string>
-#include <utility>
 
 #include "Reply.h"
-#include "Sessions.h"
 
 // Counts login attempts, and locks out clients that guess: in the library's record, and in memory what
 // cannot be written there, as when the disk is full. Not safe from several threads.
@@ -43,11 +39,14 @@ class Login {
     // client is locked out, whatever password comes then. Every attempt is counted before the password is
     // looked at, and one attempt at a time: guessing in parallel gains nothing. A success takes back what the
     // client tried at this user. Addresses of IPv6 count by their network of 64 bits.
-    Reply attempt(Request const& request);
+    Reply logIn(Request const& request);
+
+    // Ends the session. 204.
+    Reply logOut(Request const& request);
 
     // The body is {"old": ..., "new": ...}. 403 for a wrong old password, which counts as an attempt to log in.
     // The user's other sessions end. 204.
-    Reply changePassword(Request const& request, Session const& session);
+    Reply changePassword(Request const& request);
 
   private:
     struct User;

@@ -4,10 +4,8 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 
 #include "Reply.h"
-#include "Sessions.h"
 
 // Of what a request names: nothing when there is no such thing, "" when there is one of unknown version.
 typedef std::optional<std::string> EntityTag;

@@ -76,7 +76,8 @@ Reply findResources(Place const& place, std::string const& key, std::string cons
     });
 }
 
-Reply readEverything(Session const& session) {
+Reply readEverything(Request const& request) {
+    Session const& session = *request.session;
     TreeMapObject all(false);
     for (unsigned int type = 0; type < API_TYPE_COUNT; ++type) {
         Node entry = std::make_unique<TreeMapObject>(false);

@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "Sessions.h"
+
 typedef std::unique_ptr<TreeMapObject> Node;
 
 struct Request {
@@ -21,6 +23,7 @@ struct Request {
     std::string body;
     std::map<std::string, std::string> headers = {};  // by name in small letters
     std::string version = {};                         // of HTTP
+    SessionRef session = nullptr;                     // of who asks; set by Routes
 
     // "" when there is none
     std::string header(char const* name) const {

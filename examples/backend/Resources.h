@@ -13,7 +13,6 @@
 #include <LocalDbTransaction.h>
 
 #include <functional>
-#include <string>
 #include <type_traits>
 
 #include "Place.h"
@@ -28,7 +27,7 @@ Reply findResources(Place const& place, std::string const& key, std::string cons
 
 // All databases: {TYPE: {"etag": ..., "value": ..., "schema": ...}}, each as readResource gives it, with
 // {"error": ...} in place of one that cannot be read.
-Reply readEverything(Session const& session);
+Reply readEverything(Request const& request);
 
 // Changes the place, and answers with what is there now:
 // - PUT stores the value in the body. Where a message changes the place, the body is that message and changes
@@ -62,7 +61,7 @@ std::uint64_t changeDatabase(
 
 // Switches the guest network on or off, {"enabled": true | false}: its Wi-Fi, its addresses and its firewall,
 // all of them or none. 204.
-Reply switchGuestNetwork(Session const& session, std::string const& body);
+Reply switchGuestNetwork(Request const& request);
 
 // Requests stand for messages, each of which belongs to a place of the databases. A refusal for a fault in one, or in
 // what it would make of a database, is {"error": message, "hint": ..., "path": ..., "keyword": ..., "in": "body" or

@@ -20,7 +20,7 @@ namespace {
 
 char const API[] = "/api/";
 
-Reply listTypes() {
+Reply listTypes(Request const&) {
     TreeMapObject types(true);
     for (char const* const folder : API_DATA_DIR) {
         types.addArrayItem(folder != nullptr ? folder : "");
@@ -28,7 +28,8 @@ Reply listTypes() {
     return replyWith(types);
 }
 
-Reply describe(Session const& session) {
+Reply describe(Request const& request) {
+    Session const& session = *request.session;
     TreeMapObject me(false);
     me.set("user", session.user.c_str());
     me.set("role", session.role.c_str());
@@ -37,7 +38,7 @@ Reply describe(Session const& session) {
 }
 
 // The last lines of the log, whole ones.
-Reply logTail() {
+Reply logTail(Request const&) {
     std::ifstream log(BEConfig::LOG_FILE, std::ios::binary | std::ios::ate);
     std::streamoff const size = log ? static_cast<std::streamoff>(log.tellg()) : 0;
     std::streamoff const start = std::max<std::streamoff>(0, size - std::streamoff(LOG_TAIL));
@@ -58,7 +59,7 @@ bool isPlain(Request const& request) {
 }
 
 // /api/<type>/<path>
-Place placeOf(Request const& request, Session const& session) {
+Place placeOf(Request const& request) {
     std::string const rest = request.path.substr(std::strlen(API));
     size_t const slash = std::min(rest.find('/'), rest.size());
     unsigned int const type = LocalDbCtrl::getApiType(rest.substr(0, slash).c_str());
@@ -66,10 +67,12 @@ Place placeOf(Request const& request, Session const& session) {
     std::string const path = rest.substr(std::min(slash + 1, rest.size()));
     require(JsonData::isPath(path.c_str()), 400,
             "malformed path: names and indexes like [0], separated by dots");
-    return {type, path, session, {request.header("if-match"), request.header("if-none-match")}};
+    Conditions const conditions = {request.header("if-match"), request.header("if-none-match")};
+    return {type, path, *request.session, conditions};
 }
 
-Reply answerAt(Place const& place, Request const& request) {
+Reply answerAt(Request const& request) {
+    Place const place = placeOf(request);
     if (request.method != "GET") {
         return changeResource(place, request.method, request.body);
     }
@@ -92,32 +95,19 @@ bool Routes::Route::fits(std::string const& wanted) const {
 
 Routes::Routes()
     : routes_{
-          {"/login", "POST", ANYONE,
-           [this](auto& request, auto&) { return login_.attempt(request); }},
-          {"/logout", "POST", USER_WITH_ANY_PASSWORD,
-           [this](auto& request, auto&) {
-               sessions_.close(request.token);
-               return Reply{.status = 204, .headers = {sessionCookie("")}};
-           }},
-          {"/api/me", "GET, HEAD", USER_WITH_ANY_PASSWORD,
-           [](auto&, auto& session) { return describe(session); }},
+          {"/login", "POST", ANYONE, std::bind_front(&Login::logIn, &login_)},
+          {"/logout", "POST", USER_WITH_ANY_PASSWORD, std::bind_front(&Login::logOut, &login_)},
+          {"/api/me", "GET, HEAD", USER_WITH_ANY_PASSWORD, describe},
           {"/api/me/password", "PUT", USER_WITH_ANY_PASSWORD,
-           [this](auto& request, auto& session) {
-               return login_.changePassword(request, session);
-           }},
-          {"/api/all", "GET, HEAD", USER,
-           [](auto&, auto& session) { return readEverything(session); }},
-          {"/api", "GET, HEAD", USER, [](auto&, auto&) { return listTypes(); }},
-          {"/api/", "GET, HEAD", USER, [](auto&, auto&) { return listTypes(); }},
-          {"/api/guest", "POST", USER,
-           [](auto& request, auto& session) { return switchGuestNetwork(session, request.body); }},
-          {"/api/*", "GET, HEAD, PUT, PATCH, POST, DELETE", USER,
-           [](auto& request, auto& session) {
-               return answerAt(placeOf(request, session), request);
-           }},
-          {"/audit", "GET, HEAD", ADMINISTRATOR, [](auto&, auto&) { return readAudit(); }},
-          {"/log", "GET, HEAD", ADMINISTRATOR, [](auto&, auto&) { return logTail(); }},
-          {"*", "GET, HEAD", ANYONE, [](auto& request, auto&) { return readPage(request.path); }},
+           std::bind_front(&Login::changePassword, &login_)},
+          {"/api/all", "GET, HEAD", USER, readEverything},
+          {"/api", "GET, HEAD", USER, listTypes},
+          {"/api/", "GET, HEAD", USER, listTypes},
+          {"/api/guest", "POST", USER, switchGuestNetwork},
+          {"/api/*", "GET, HEAD, PUT, PATCH, POST, DELETE", USER, answerAt},
+          {"/audit", "GET, HEAD", ADMINISTRATOR, readAudit},
+          {"/log", "GET, HEAD", ADMINISTRATOR, logTail},
+          {"*", "GET, HEAD", ANYONE, readPage},
       } {}
 
 Routes::Route const& Routes::routeOf(std::string const& path) const {
@@ -143,15 +133,15 @@ SessionRef Routes::sessionOf(Request const& request, Visitor visitor) {
     return session;
 }
 
-Reply Routes::answer(Request const& request) {
+Reply Routes::answer(Request request) {
     try {
         require(isPlain(request), 400,
                 "malformed path: it must begin with a slash and contain no control characters");
         Route const& route = routeOf(request.path);
-        SessionRef const session = sessionOf(request, route.visitor);
-        Reply reply = route.answer(request, *session);
+        request.session = sessionOf(request, route.visitor);
+        Reply reply = route.answer(request);
         if (route.visitor == USER && request.method != "GET") {
-            audit(session->user, request.address, request.method,
+            audit(request.session->user, request.address, request.method,
                   request.path.substr(std::strlen(API)));
         }
         return reply;

@@ -2,12 +2,8 @@
 #pragma once
 
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "Login.h"
-#include "Reply.h"
-#include "Sessions.h"
 
 class Routes {
   public:
@@ -17,7 +13,7 @@ class Routes {
     std::string methodsAt(std::string const& path) const;
 
     // To a request of such a method.
-    Reply answer(Request const& request);
+    Reply answer(Request request);
 
     void closeExpiredSessions() { sessions_.closeExpired(); }
 
@@ -29,7 +25,7 @@ class Routes {
         std::string path;  // with a star at its end also what is below
         char const* methods;
         Visitor visitor;
-        std::function<Reply(Request const& request, Session const& session)> answer;
+        std::function<Reply(Request const& request)> answer;
 
         bool fits(std::string const& wanted) const;
     };

@@ -11,15 +11,11 @@
 #include <JsonData.h>
 #include <LocalDbCtrl.h>
 #include <Logger.h>
-#include <TreeMapObject.h>
 #include <signal.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "Routes.h"
 #include "http/HttpServer.h"
