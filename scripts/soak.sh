@@ -115,7 +115,8 @@ while [ "$(date +%s)" -lt "$end" ]; do
         descriptors=$((now > descriptors ? now : descriptors))
         stop_backend || fail "the back end did not end well"
     fi
-    start  # the load does not log out, and sessions are limited
+    rm "$copy/BE.log"  # what nobody rotates fills the disk for good
+    start              # the load does not log out, and sessions are limited
     rm -rf $build/before
     cp -r examples/gateway/data $build/before
     cp "$copy/data/network/network.ldb" $build/before/network
