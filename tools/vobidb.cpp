@@ -4,6 +4,7 @@
 // whole, and what it changes it changes in a transaction, so that it neither loses nor tears anything.
 #include <BEConfig.h>
 #include <LocalDbCtrl.h>
+#include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -93,6 +94,16 @@ void checkFolder() {
     }
 }
 
+// No file gets the number of a standard stream that is closed: what is meant for the stream would be
+// written to the file. Opened the wrong way round, they fail as before.
+void holdStreams() {
+    for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) < 0) {
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
 Result run(int count, char** words) {
     Options options;
     opterr = 0;
@@ -120,6 +131,7 @@ Result run(int count, char** words) {
 int main(int count, char** words) {
     using namespace vobidb;
     Result result = FAILED;
+    holdStreams();
     try {
         result = run(count, words);
     } catch (Result thrown) {
