@@ -2,6 +2,7 @@
 #include <JsonData.h>
 #include <LocalDbCtrl.h>
 #include <errno.h>
+#include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -9,26 +10,54 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <initializer_list>
+
 #include "Tool.h"
 
 namespace vobidb {
 
 namespace {
 
-// A file that only its owner reads, which goes with the object.
+typedef void Handler(int signal);
+
+void handle(std::initializer_list<int> signals, Handler* handler) {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    for (int const signal : signals) {
+        sigaction(signal, &action, nullptr);
+    }
+}
+
+char const* copyName = nullptr;  // for a signal to remove
+
+// A signal ends the program wherever it waits, be it for the database.
+void endWithoutCopy(int signal) {
+    unlink(copyName);
+    handle({signal}, SIG_DFL);
+    raise(signal);
+}
+
+// While the editor has the copy, a signal is only noted.
+volatile sig_atomic_t interrupted = 0;
+void note(int) { interrupted = 1; }
+
+// A file that only its owner reads, which goes with the object, or with a signal.
 class Copy {
   public:
     explicit Copy(char const* type) {
         char const* const folder = getenv("TMPDIR");
         name_ =
             std::string(folder != nullptr ? folder : "/tmp") + "/vobidb-" + type + "-XXXXXX.json";
-        fd_ = mkstemps(name_.data(), 5);
+        copyName = name_.c_str();
+        handle({SIGINT, SIGTERM, SIGHUP, SIGQUIT}, endWithoutCopy);
+        fd_ = mkostemps(name_.data(), 5, O_CLOEXEC);
         if (fd_ < 0) {
             throw complain(FAILED, "%s: %s", name_.c_str(), strerror(errno));
         }
     }
     ~Copy() {
         unlink(name_.c_str());
+        handle({SIGINT, SIGTERM, SIGHUP, SIGQUIT}, SIG_DFL);
         close(fd_);
     }
     Copy(Copy const&) = delete;
@@ -52,28 +81,13 @@ char const* editor() {
     return "vi";
 }
 
-volatile sig_atomic_t interrupted = 0;
-
-// Signals end the command where it waits, so that it can remove the copy. SIGPIPE would come only
-// from a message that no one reads.
-void catchSignals() {
-    struct sigaction action = {};
-    action.sa_handler = [](int) { interrupted = 1; };
-    for (int const signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-        sigaction(signal, &action, nullptr);
-    }
-    signal(SIGPIPE, SIG_IGN);
-}
-
 // The keyboard's signals are the editor's as long as it runs.
 void leaveKeyboardTo(pid_t child) {
-    for (int const keyboard : {SIGINT, SIGQUIT}) {
-        signal(keyboard, SIG_IGN);
-    }
+    handle({SIGINT, SIGQUIT}, SIG_IGN);
     int status = -1;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    catchSignals();
+    handle({SIGINT, SIGTERM, SIGHUP, SIGQUIT}, endWithoutCopy);
     if (status != 0) {
         throw complain(FAILED, "the editor has failed; nothing is changed");
     }
@@ -82,6 +96,7 @@ void leaveKeyboardTo(pid_t child) {
 // The editor is a command of the shell, and may have arguments. The shell survives the keyboard, too.
 void runEditor(Copy const& copy) {
     std::string const command = std::string("trap : INT QUIT; ") + editor() + " \"$1\"";
+    handle({SIGTERM, SIGHUP}, note);
     pid_t const child = fork();
     if (child == 0) {
         signal(SIGPIPE, SIG_DFL);
@@ -128,7 +143,6 @@ Result take(Options const& options, unsigned int type, LocalDbSnapshot const& be
     }
 }
 
-// Not by getchar, which would wait on after a signal.
 bool wantsAgain() {
     if (isatty(STDIN_FILENO) == 0) {
         return false;
@@ -136,7 +150,7 @@ bool wantsAgain() {
     fputs("Edit again? [y/n] ", stderr);
     char answer[64] = "";
     ssize_t const length = read(STDIN_FILENO, answer, sizeof answer);
-    return length > 0 && (answer[0] == 'y' || answer[0] == 'Y') && interrupted == 0;
+    return length > 0 && (answer[0] == 'y' || answer[0] == 'Y');
 }
 
 }  // namespace
@@ -145,7 +159,7 @@ Result edit(Options const& options, char** words, int) {
     unsigned int const type = typeOf(words[0]);
     LocalDbSnapshot const before = saved(type);
     std::string const text = pagesOf(copyOf(before)->jobj) + "\n";
-    catchSignals();
+    signal(SIGPIPE, SIG_IGN);  // it would come only from a message that no one reads
     Copy const copy(words[0]);
     if (!copy.fill(text)) {
         return complain(FAILED, "%s: %s", copy.name(), strerror(errno));
