@@ -145,7 +145,7 @@ std::vector<Part> partsOf(char const* file, std::string const& text) {
 }
 
 Result restoreParts(Options const& options, std::vector<Part> const& parts) {
-    LocalDbTransaction change(parts[0].type, "", "default", options.milliseconds);
+    LocalDbTransaction change(parts[0].type, "", "default", awaitChange(options));
     for (Part const& part : parts) {
         TreeMapObject* const document = change ? change.also(part.type, "") : nullptr;
         if (document == nullptr) {
@@ -163,12 +163,13 @@ Result restoreParts(Options const& options, std::vector<Part> const& parts) {
 
 }  // namespace
 
-Result backUp(Options const&, char** words, int) {
+Result backUp(Options const& options, char** words, int) {
     char const* const file = words[0];
     bool const isOutput = strcmp(file, "-") == 0;
     if (!isOutput && !isReplaceable(file)) {
         return complain(FAILED, "%s: not a file", file);
     }
+    awaitChange(options);
     std::vector<unsigned int> const types = typesWithFiles();
     std::vector<LocalDbSnapshot> snapshots(types.size());
     if (types.empty()) {

@@ -114,7 +114,7 @@ void runEditor(Copy const& copy) {
 
 Result saveEdited(Options const& options, unsigned int type, LocalDbSnapshot const& before,
                   json_object* edited) {
-    LocalDbTransaction change(type, "", "default", options.milliseconds);
+    LocalDbTransaction change(type, "", "default", awaitChange(options));
     if (!change) {
         return explain(change, type);
     }

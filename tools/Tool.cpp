@@ -7,10 +7,14 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <stdarg.h>
+#include <stdint.h>
 #include <stdio.h>
 #include <string.h>
+#include <sys/file.h>
+#include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace vobidb {
@@ -18,6 +22,12 @@ namespace vobidb {
 namespace {
 
 char const* nameOf(unsigned int type) { return LocalDbCtrl::getApiDir(type); }
+
+uint64_t milliseconds() {
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<uint64_t>(now.tv_sec) * 1000 + static_cast<uint64_t>(now.tv_nsec) / 1000000;
+}
 
 std::string jsonOf(json_object* value, int flags) {
     return json_object_to_json_string_ext(value, flags | JSON_C_TO_STRING_NOSLASHESCAPE);
@@ -147,6 +157,25 @@ WithoutSignals::WithoutSignals() {
 
 WithoutSignals::~WithoutSignals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
 
+unsigned int awaitChange(Options const& options) {
+    std::string const name = BEConfig::DATA_LOCATION + "/.change.lock";
+    int const lock = open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    uint64_t const start = milliseconds();
+    uint64_t waited = 0;
+    bool isBusy = false;
+    while ((isBusy = flock(lock, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK) &&
+           waited < options.milliseconds) {
+        usleep(2000);
+        waited = milliseconds() - start;
+    }
+    close(lock);
+    if (isBusy) {
+        throw complain(BUSY, "busy, another program is changing several databases");
+    }
+    return options.milliseconds - static_cast<unsigned int>(
+                                      std::min<uint64_t>(waited, options.milliseconds));
+}
+
 Result explain(LocalDbTransaction const& change, unsigned int type) {
     switch (change.status()) {
         case LocalDbTransaction::LOCKED: return DONE;
@@ -175,7 +204,7 @@ Result save(LocalDbTransaction& change) {
 
 Result changeDatabase(unsigned int type, Options const& options,
                       std::function<Result(TreeMapObject& document)> const& change) {
-    LocalDbTransaction transaction(type, "", "default", options.milliseconds);
+    LocalDbTransaction transaction(type, "", "default", awaitChange(options));
     Result result = explain(transaction, type);
     result = result == DONE ? change(*transaction.object()) : result;
     return result == DONE ? save(transaction) : result;

@@ -70,6 +70,10 @@ class WithoutSignals {
     sigset_t before_;
 };
 
+// Waits while another program writes a change of several databases: the library would wait without a
+// limit, even if that program has been stopped. Returns the milliseconds that are left. Throws BUSY.
+unsigned int awaitChange(Options const& options);
+
 // Returns DONE if the transaction holds its databases, and otherwise says why not.
 Result explain(LocalDbTransaction const& change, unsigned int type);
 
