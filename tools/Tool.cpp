@@ -182,6 +182,7 @@ Result explain(LocalDbTransaction const& change, unsigned int type) {
         case LocalDbTransaction::BUSY:
             return complain(BUSY, "%s: busy, another program is changing it", nameOf(type));
         case LocalDbTransaction::NO_FILE:
+            saved(type);  // tells it from a file that cannot be reached
             return complain(NOT_FOUND, "%s: there is no data file", nameOf(type));
         case LocalDbTransaction::UNREADABLE:
             return complain(FAILED, "%s: the data file cannot be read, or is not JSON",
