@@ -99,7 +99,7 @@ void runEditor(Copy const& copy) {
     handle({SIGTERM, SIGHUP}, note);
     pid_t const child = fork();
     if (child == 0) {
-        signal(SIGPIPE, SIG_DFL);
+        handle({SIGPIPE, SIGXFSZ}, SIG_DFL);
         execl("/bin/sh", "sh", "-c", command.c_str(), "sh", copy.name(), nullptr);
         _exit(127);
     }

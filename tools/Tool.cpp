@@ -197,7 +197,7 @@ Result save(LocalDbTransaction& change) {
         return DONE;
     }
     if (change.status() != LocalDbTransaction::INVALID) {
-        return complain(FAILED, "the change cannot be saved");
+        return complain(FAILED, "the change cannot be saved: no space, no permission, or nested too deeply");
     }
     LocalDbTransaction::Fault const& fault = change.fault();
     return complain(NOT_VALID, "%s; nothing is changed", textOf(fault.apiType, fault).c_str());

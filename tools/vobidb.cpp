@@ -5,6 +5,7 @@
 #include <BEConfig.h>
 #include <LocalDbCtrl.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -132,6 +133,7 @@ int main(int count, char** words) {
     using namespace vobidb;
     Result result = FAILED;
     holdStreams();
+    signal(SIGXFSZ, SIG_IGN);  // a file that may not grow further is a failure like a full disk
     try {
         result = run(count, words);
     } catch (Result thrown) {
