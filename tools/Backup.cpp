@@ -66,11 +66,12 @@ std::string backupOf(std::vector<unsigned int> const& types,
     return text + sumLine(text);
 }
 
+// A folder that may be written, but not read, cannot be synced.
 bool syncFolderOf(std::string const& file) {
     size_t const slash = file.rfind('/');
     std::string const folder = slash == std::string::npos ? "." : file.substr(0, slash + 1);
     int const fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    bool const isSynced = fd >= 0 && fsync(fd) == 0;
+    bool const isSynced = fd >= 0 ? fsync(fd) == 0 : errno == EACCES;
     close(fd);
     return isSynced;
 }
@@ -91,7 +92,7 @@ Result replaceFile(std::string const& file, std::string const& text) {
         unlink(temporary.c_str());
         return complain(FAILED, "%s: %s", file.c_str(), strerror(reason));
     }
-    return syncFolderOf(file) ? DONE : complain(FAILED, "%s: may not last", file.c_str());
+    return syncFolderOf(file) ? DONE : complain(FAILED, "%s: is written, but a loss of power may undo it", file.c_str());
 }
 
 // What is not a file is not replaced by one.
