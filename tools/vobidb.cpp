@@ -69,12 +69,14 @@ bool readOptions(int count, char** words, std::string const& known, Options& opt
             case 'd': BEConfig::DATA_LOCATION = optarg; break;
             case 'w':
                 if (!readMilliseconds(optarg, options.milliseconds)) {
+                    complain(FAILED, "-w needs a number of milliseconds");
                     return false;
                 }
                 break;
             case 'r': options.isBare = true; break;
             case 's': options.isString = true; break;
             case 'S': options.showsSecrets = true; break;
+            case ':': complain(FAILED, "the option -%c needs a value", optopt); return false;
             default: complain(FAILED, "the option -%c is wrong here", optopt); return false;
         }
     }
@@ -108,7 +110,7 @@ void holdStreams() {
 Result run(int count, char** words) {
     Options options;
     opterr = 0;
-    if (!readOptions(count, words, "+d:w:", options) || optind >= count) {
+    if (!readOptions(count, words, "+:d:w:", options) || optind >= count) {
         return explainUsage();
     }
     char const* const name = words[optind++];
@@ -116,7 +118,7 @@ Result run(int count, char** words) {
         std::find_if(std::begin(COMMANDS), std::end(COMMANDS),
                      [name](Command const& row) { return strcmp(row.name, name) == 0; });
     if (command == std::end(COMMANDS) ||
-        !readOptions(count, words, std::string("+d:w:") + command->options, options) ||
+        !readOptions(count, words, std::string("+:d:w:") + command->options, options) ||
         count - optind < command->least || count - optind > command->most) {
         return explainUsage();
     }
