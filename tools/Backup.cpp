@@ -92,7 +92,9 @@ Result replaceFile(std::string const& file, std::string const& text) {
         unlink(temporary.c_str());
         return complain(FAILED, "%s: %s", file.c_str(), strerror(reason));
     }
-    return syncFolderOf(file) ? DONE : complain(FAILED, "%s: is written, but a loss of power may undo it", file.c_str());
+    return syncFolderOf(file)
+               ? DONE
+               : complain(FAILED, "%s: is written, but a loss of power may undo it", file.c_str());
 }
 
 // What is not a file is not replaced by one.

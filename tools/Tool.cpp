@@ -14,7 +14,6 @@
 #include <time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <vector>
 
 namespace vobidb {
@@ -172,8 +171,8 @@ unsigned int awaitChange(Options const& options) {
     if (isBusy) {
         throw complain(BUSY, "busy, another program is changing several databases");
     }
-    return options.milliseconds - static_cast<unsigned int>(
-                                      std::min<uint64_t>(waited, options.milliseconds));
+    return waited < options.milliseconds ? options.milliseconds - static_cast<unsigned int>(waited)
+                                         : 0;
 }
 
 Result explain(LocalDbTransaction const& change, unsigned int type) {
@@ -197,7 +196,8 @@ Result save(LocalDbTransaction& change) {
         return DONE;
     }
     if (change.status() != LocalDbTransaction::INVALID) {
-        return complain(FAILED, "the change cannot be saved: no space, no permission, or nested too deeply");
+        return complain(
+            FAILED, "the change cannot be saved: no space, no permission, or nested too deeply");
     }
     LocalDbTransaction::Fault const& fault = change.fault();
     return complain(NOT_VALID, "%s; nothing is changed", textOf(fault.apiType, fault).c_str());
