@@ -28,6 +28,11 @@ uint64_t milliseconds() {
     return static_cast<uint64_t>(now.tv_sec) * 1000 + static_cast<uint64_t>(now.tv_nsec) / 1000000;
 }
 
+// Takes the lock if it can.
+bool isHeldByAnother(int lock) {
+    return flock(lock, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
 std::string jsonOf(json_object* value, int flags) {
     return json_object_to_json_string_ext(value, flags | JSON_C_TO_STRING_NOSLASHESCAPE);
 }
@@ -161,16 +166,15 @@ unsigned int awaitChange(Options const& options) {
     int const lock = open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     uint64_t const start = milliseconds();
     uint64_t waited = 0;
-    bool isBusy = false;
-    while ((isBusy = flock(lock, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK) &&
-           waited < options.milliseconds) {
+    while (isHeldByAnother(lock)) {
+        if (waited >= options.milliseconds) {
+            close(lock);
+            throw complain(BUSY, "busy, another program is changing several databases");
+        }
         usleep(2000);
         waited = milliseconds() - start;
     }
     close(lock);
-    if (isBusy) {
-        throw complain(BUSY, "busy, another program is changing several databases");
-    }
     return waited < options.milliseconds ? options.milliseconds - static_cast<unsigned int>(waited)
                                          : 0;
 }
