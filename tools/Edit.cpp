@@ -148,6 +148,7 @@ bool wantsAgain() {
         return false;
     }
     fputs("Edit again? [y/n] ", stderr);
+    fflush(stderr);
     char answer[64] = "";
     ssize_t const length = read(STDIN_FILENO, answer, sizeof answer);
     return length > 0 && (answer[0] == 'y' || answer[0] == 'Y');

@@ -25,7 +25,7 @@ struct Options {
     bool showsSecrets = false;
 };
 
-// Prints a message on standard error, and returns the result.
+// Adds a message to standard error, which is written at the end, and returns the result.
 [[gnu::format(printf, 2, 3)]] Result complain(Result result, char const* format, ...);
 
 // Prints a line on standard output.

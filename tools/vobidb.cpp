@@ -134,6 +134,10 @@ Result run(int count, char** words) {
 int main(int count, char** words) {
     using namespace vobidb;
     Result result = FAILED;
+    // Messages are written at the end: a terminal that is stopped, or a full pipe, would otherwise keep
+    // a database locked.
+    static char messages[4096];
+    setvbuf(stderr, messages, _IOFBF, sizeof messages);
     holdStreams();
     signal(SIGXFSZ, SIG_IGN);  // a file that may not grow further is a failure like a full disk
     try {
@@ -143,6 +147,7 @@ int main(int count, char** words) {
     } catch (std::bad_alloc const&) {
         complain(FAILED, "out of memory");
     }
+    fflush(stderr);
     return fflush(stdout) == 0 && ferror(stdout) == 0
                ? result
                : complain(FAILED, "standard output cannot be written");
