@@ -55,7 +55,7 @@ void printSide(Options const& options, char sign, char const* side, json_object*
         if (!options.showsSecrets) {
             mask(value);
         }
-        print(sign + printable(path) + " " + (isMasked ? "\"***\"" : lineOf(value)));
+        print(sign + printable(path + " " + (isMasked ? "\"***\"" : lineOf(value))));
     }
 }
 

@@ -59,6 +59,11 @@ std::string printable(std::string text) {
         bool const isControl = (c >= 0 && c < ' ') || c == 0x7f;
         c = isControl ? '?' : c;
     }
+    for (size_t at = 0; (at = text.find('\xc2', at)) != std::string::npos; ++at) {
+        if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xa0) {
+            text.replace(at, 2, "?");
+        }
+    }
     return text;
 }
 

@@ -31,7 +31,7 @@ struct Options {
 // Prints a line on standard output.
 void print(std::string const& line);
 
-// Without characters that could steer a terminal.
+// Without characters that could steer a terminal, U+0080 to U+009F among them.
 std::string printable(std::string text);
 
 // A value as JSON, in one line or in several.
