@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
@@ -69,16 +70,16 @@ pid_t start(Shared& shared, int process, int last) {
     return child;
 }
 
-// Kills a process each time that the sum has grown by a few.
+// Kills a process each time that the sum has grown by a few, and at least every second.
 int countAndKill(Shared& shared, int last) {
     pid_t children[PROCESSES];
     for (int i = 0; i < PROCESSES; ++i) {
         children[i] = start(shared, i, last);
     }
     int kills = 0;
-    for (int next = 10; shared.sum < WORKERS * last - 20 && !shared.hasFailed;
-         next += 10 + last / 4) {
-        while (shared.sum < next && shared.sum < WORKERS * last - 20 && !shared.hasFailed) {
+    while (shared.sum < WORKERS * last - 20 && !shared.hasFailed) {
+        int const next = std::min(shared.sum + 10 + last / 4, WORKERS * last - 20);
+        for (int i = 0; i < 1000 && shared.sum < next && !shared.hasFailed; ++i) {
             usleep(1000);
         }
         pid_t& child = children[kills % PROCESSES];
