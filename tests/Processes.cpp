@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
+#include <numeric>
 #include <thread>
 
 #include "LocalDbCtrl.h"
@@ -20,7 +22,6 @@ int const WORKERS = 2 * PROCESSES;
 
 struct Shared {
     std::atomic<int> saved[WORKERS];  // by each worker, as it knows
-    std::atomic<int> sum;
     std::atomic<bool> hasFailed;
 };
 
@@ -54,7 +55,6 @@ void count(Shared& shared, int worker, int last) {
         check(shared, change.save() == 0, "not saved");
         saved = found + 1;
         mayBeUnknown = 0;
-        ++shared.sum;
     }
 }
 
@@ -70,6 +70,11 @@ pid_t start(Shared& shared, int process, int last) {
     return child;
 }
 
+// Right to one for each worker: one that was killed before its note is counted with its next.
+int sumOf(Shared const& shared) {
+    return std::accumulate(std::begin(shared.saved), std::end(shared.saved), 0);
+}
+
 // Kills a process each time that the sum has grown by a few, and at least every second.
 int countAndKill(Shared& shared, int last) {
     pid_t children[PROCESSES];
@@ -77,9 +82,10 @@ int countAndKill(Shared& shared, int last) {
         children[i] = start(shared, i, last);
     }
     int kills = 0;
-    while (shared.sum < WORKERS * last - 20 && !shared.hasFailed) {
-        int const next = std::min(shared.sum + 10 + last / 4, WORKERS * last - 20);
-        for (int i = 0; i < 1000 && shared.sum < next && !shared.hasFailed; ++i) {
+    int const end = WORKERS * last - 20;
+    while (sumOf(shared) < end && !shared.hasFailed) {
+        int const next = std::min(sumOf(shared) + 10 + last / 4, end);
+        for (int i = 0; i < 1000 && sumOf(shared) < next && !shared.hasFailed; ++i) {
             usleep(1000);
         }
         pid_t& child = children[kills % PROCESSES];
