@@ -84,16 +84,19 @@ std::optional<std::uint64_t> lengthOf(Request const& request) {
     return isChunked ? std::nullopt : std::optional(length);
 }
 
-// Of the session: for programs as "Authorization: Bearer <token>", for pages as a cookie.
-std::string tokenOf(MHD_Connection* connection, Request const& request) {
+// Of the session: for programs as "Authorization: Bearer <token>", for pages as a cookie. MHD_COOKIE_KIND is not used,
+// as it does not tell "session" from the "SESSION" of another server on this host.
+std::string tokenOf(Request const& request) {
     std::string const scheme = "bearer ";
     std::string const value = request.header("authorization");
     if (!value.empty()) {
         return lowerCase(value.substr(0, scheme.size())) == scheme ? value.substr(scheme.size())
                                                                    : "";
     }
-    char const* const cookie = MHD_lookup_connection_value(connection, MHD_COOKIE_KIND, "session");
-    return cookie != nullptr ? cookie : "";
+    std::string const name = "; session=";
+    std::string const cookies = "; " + request.header("cookie") + name;
+    size_t const start = cookies.find(name) + name.size();
+    return cookies.substr(start, cookies.find(';', start) - start);
 }
 
 // Without the port, and the brackets around an address of IPv6; "" when it is malformed.
@@ -134,7 +137,7 @@ std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& reque
     Fields const parameters = fieldsOf(connection, MHD_GET_ARGUMENT_KIND);
     request.parameters.insert(parameters.begin(), parameters.end());
     readHeaders(headers, request);
-    request.token = tokenOf(connection, request);
+    request.token = tokenOf(request);
     return lengthOf(request);
 }
 
