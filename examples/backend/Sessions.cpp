@@ -5,7 +5,6 @@
 #include <LocalDbCtrl.h>
 
 #include <algorithm>
-#include <vector>
 
 #include "Limits.h"
 #include "Password.h"
@@ -36,16 +35,16 @@ bool Session::isExpired() const {
     return Clock::now() - lastUse_ > std::chrono::seconds(BEConfig::AUTH_EXPIRATION);
 }
 
-// Controllers are removed after the lock is given up: that may wait for a save.
+// Takes no memory. Controllers are removed after the lock is given up: that may wait for a save.
 template <typename Condition>
 void Sessions::endThose(Condition const& condition) {
-    std::vector<SessionRef> ended;
+    decltype(entries_) ended;
     std::lock_guard<std::mutex> const guard(mutex_);
-    std::erase_if(entries_, [&](auto const& entry) {
-        bool const ends = condition(entry);
-        ended.push_back(ends ? entry.second : nullptr);
-        return ends;
-    });
+    for (auto next = entries_.begin(); next != entries_.end();) {
+        if (auto const entry = next++; condition(*entry)) {
+            ended.insert(entries_.extract(entry));
+        }
+    }
 }
 
 void Sessions::closeExpired() {
