@@ -49,13 +49,13 @@ void readInto(TreeMapObject& entries, char const* name) {
 }  // namespace
 
 void audit(std::string const& user, std::string const& address, std::string const& what,
-           std::string const& path) {
+           char const* path) noexcept try {
     TreeMapObject entry(false);
     entry.set("time", now().c_str());
     entry.set("user", user.c_str());
     entry.set("address", address.c_str());
     entry.set("what", what.c_str());
-    entry.set("path", path.c_str());
+    entry.set("path", path);
     std::string text = replyWith(entry).body;
     std::erase(text, '\n');
     text.insert(0, "\n");  // a line of which a full disk took only a part spoils no other one
@@ -68,6 +68,9 @@ void audit(std::string const& user, std::string const& address, std::string cons
         Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "cannot be written to the audit: %s\n",
                       text.c_str() + 1);
     }
+} catch (std::bad_alloc const&) {
+    Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "no memory for the audit of: %s\n",
+                  what.c_str());
 }
 
 Reply readAudit(Request const&) {

@@ -5,10 +5,10 @@
 
 // Both are safe from any thread.
 //
-// Names only, no values: nothing secret can be in it. When it cannot be written, the log says so, and
-// nothing else happens.
+// Names only, no values: nothing secret can be in it. When it cannot be written, or there is no memory for
+// it, the log says so, and nothing else happens: what it tells of has been done.
 void audit(std::string const& user, std::string const& address, std::string const& what,
-           std::string const& path = "");
+           char const* path = "") noexcept;
 
 // What is kept, as an array, the oldest first:
 // [{"time": "2026-01-31T12:00:00Z", "user": ..., "address": ..., "what": ..., "path": ...}, ...]

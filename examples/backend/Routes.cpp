@@ -142,7 +142,7 @@ Reply Routes::answer(Request request) {
         Reply reply = route.answer(request);
         if (route.visitor == USER && request.method != "GET") {
             audit(request.session->user, request.address, request.method,
-                  request.path.substr(std::strlen(API)));
+                  request.path.c_str() + std::strlen(API));
         }
         return reply;
     } catch (Reply const& refusal) {
