@@ -15,7 +15,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
+#include <exception>
 
 #include "Routes.h"
 #include "http/HttpServer.h"
@@ -74,6 +76,10 @@ bool serve(std::vector<std::string> const& names, bool onAllInterfaces, sigset_t
 }  // namespace
 
 int main(int, char** argv) {
+    std::set_terminate([] {  // a handler would let Asio's destructors wait for threads that do not end
+        std::fprintf(stderr, "not enough memory or threads\n");
+        std::_Exit(1);
+    });
     bool onAllInterfaces = false;
     std::vector<std::string> names = {"localhost"};
     std::string file = "backend.json";
