@@ -14,7 +14,9 @@ int lockedMinutes(int attempts) { return attempts < 10 ? 0 : 1 + 2 * (attempts -
 
 }  // namespace
 
-Attempts::Attempts() : counts_(BELoginRecord::isRunning) { BELoginRecord::setMaximum(MAX_CLIENTS); }
+Attempts::Attempts(bool areCounted) : areCounted_(areCounted) {
+    BELoginRecord::setMaximum(MAX_CLIENTS);
+}
 
 unsigned int Attempts::lockMinutes(std::string const& client) const {
     LoginAttemptInfo const recorded = BELoginRecord::getAttempt(client.c_str());
@@ -35,7 +37,7 @@ unsigned int Attempts::lockMinutes(std::string const& client) const {
 }
 
 void Attempts::count(std::string const& client, std::string const& user) {
-    if (!counts_ || BELoginRecord::setAttemptAt(client.c_str(), user.c_str())) {
+    if (!areCounted_ || BELoginRecord::setAttemptAt(client.c_str(), user.c_str())) {
         return;
     }
     Logger::print(LOG_TYPE_ERROR, LOG_GROUP_APIV1_GATEWAY,

@@ -10,7 +10,8 @@
 // cannot be written there, as when the disk is full. Not safe from several threads.
 class Attempts {
   public:
-    Attempts();
+    // Whether they are counted at all.
+    explicit Attempts(bool areCounted);
 
     // Minutes that the client must still wait; 0 when it may try.
     unsigned int lockMinutes(std::string const& client) const;
@@ -26,13 +27,13 @@ class Attempts {
         Clock::time_point last;
     };
 
-    bool const counts_;  // brute-force prevention is on
+    bool const areCounted_;
     std::map<std::pair<std::string, std::string>, Unwritten> unwritten_;  // by client and user
 };
 
 class Login {
   public:
-    explicit Login(Sessions& sessions) : sessions_(sessions) {}
+    Login(Sessions& sessions, bool locksOut) : sessions_(sessions), attempts_(locksOut) {}
 
     // The body is a GATEWAY_LOGIN_REQ, the answer a GATEWAY_LOGIN_RESP and a cookie with the token. 401 for a
     // wrong password, an unknown user and one who is disabled, alike. 429 with the minutes to wait once a

@@ -93,8 +93,9 @@ bool Routes::Route::fits(std::string const& wanted) const {
                                : wanted == path;
 }
 
-Routes::Routes()
-    : routes_{
+Routes::Routes(bool locksOut)
+    : login_(sessions_, locksOut),
+      routes_{
           {"/login", "POST", ANYONE, std::bind_front(&Login::logIn, &login_)},
           {"/logout", "POST", USER_WITH_ANY_PASSWORD, std::bind_front(&Login::logOut, &login_)},
           {"/api/me", "GET, HEAD", USER_WITH_ANY_PASSWORD, describe},

@@ -7,7 +7,7 @@
 
 class Routes {
   public:
-    Routes();
+    explicit Routes(bool locksOut = true);  // clients that guess at passwords
 
     // The methods that there may be at a path, separated by commas.
     std::string methodsAt(std::string const& path) const;
@@ -34,6 +34,6 @@ class Routes {
     SessionRef sessionOf(Request const& request, Visitor visitor);
 
     Sessions sessions_;
-    Login login_{sessions_};
+    Login login_;
     std::vector<Route> const routes_;  // the first that fits counts
 };

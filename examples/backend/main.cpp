@@ -7,7 +7,6 @@
 // localhost and for each NAME. Ends on SIGTERM and SIGINT. When it cannot start, it prints the reason on
 // standard error and exits with status 1.
 #include <BEConfig.h>
-#include <BELoginRecord.h>
 #include <JsonData.h>
 #include <LocalDbCtrl.h>
 #include <Logger.h>
@@ -34,10 +33,10 @@ sigset_t holdBackSignals() {
     return signals;
 }
 
-// Whether the configuration file can be used. The library would fall back to its defaults: other ports, no TLS,
-// no lock-out.
-bool isUsable(std::string const& file) {
-    std::unique_ptr<TreeMapObject> const document(JsonData::createObjectFromFile(file.c_str()));
+// The configuration, or null, with the reason on standard error. The library would fall back to its defaults: other
+// ports, no TLS, no lock-out.
+Node readSettings(std::string const& file) {
+    Node document(JsonData::createObjectFromFile(file.c_str()));
     char const* fault = nullptr;
     if (document == nullptr) {
         fault = "there is no such file";
@@ -48,22 +47,30 @@ bool isUsable(std::string const& file) {
     }
     if (fault != nullptr) {
         std::fprintf(stderr, "%s: %s\n", file.c_str(), fault);
+        document.reset();
     }
-    return fault == nullptr;
+    return document;
 }
 
-void warnOfOpenDoors() {
+// As BEConfig::init reads it: when the record of logins is not running, it may also be that the disk is full.
+bool locksOut(TreeMapObject& settings) {
+    char const key[] = "enable_bruteforce_prevent";
+    return settings.presence(key) != TreeMapObject::PRESENT || settings.get<int>(key) == 1;
+}
+
+void warnOfOpenDoors(bool locksOut) {
     if (BEConfig::ENABLE_BYPASS_TOKEN != 0) {
         std::fprintf(stderr, "warning: enable_bypass_token lets anyone in\n");
     }
-    if (!BELoginRecord::isRunning) {
-        std::fprintf(stderr, "warning: login attempts are not recorded, so no one is locked out\n");
+    if (!locksOut) {
+        std::fprintf(stderr, "warning: login attempts are not counted, so no one is locked out\n");
     }
 }
 
 // Until a signal ends it. False when it could not begin.
-bool serve(std::vector<std::string> const& names, bool onAllInterfaces, sigset_t const& signals) {
-    Routes routes;
+bool serve(bool locksOut, std::vector<std::string> const& names, bool onAllInterfaces,
+           sigset_t const& signals) {
+    Routes routes(locksOut);
     HttpServer server(routes, names);
     bool const served = server.start(onAllInterfaces);
     timespec const interval = {std::max(1, BEConfig::AUTH_CLEANUP), 0};
@@ -76,7 +83,8 @@ bool serve(std::vector<std::string> const& names, bool onAllInterfaces, sigset_t
 }  // namespace
 
 int main(int, char** argv) {
-    std::set_terminate([] {  // a handler would let Asio's destructors wait for threads that do not end
+    // A handler would let Asio's destructors wait for threads that do not end.
+    std::set_terminate([] {
         std::fprintf(stderr, "not enough memory or threads\n");
         std::_Exit(1);
     });
@@ -93,7 +101,8 @@ int main(int, char** argv) {
             file = text;
         }
     }
-    if (!isUsable(file)) {
+    Node const settings = readSettings(file);
+    if (settings == nullptr) {
         return 1;
     }
     sigset_t const signals = holdBackSignals();
@@ -102,8 +111,8 @@ int main(int, char** argv) {
     Logger::init();
     signal(SIGSEGV, SIG_DFL);  // a process that crashes must end, so that it is started again
     LocalDbCtrl::init();
-    warnOfOpenDoors();
-    bool const served = serve(names, onAllInterfaces, signals);
+    warnOfOpenDoors(locksOut(*settings));
+    bool const served = serve(locksOut(*settings), names, onAllInterfaces, signals);
     LocalDbCtrl::removeDB("default");
     return served ? 0 : 1;
 }

@@ -200,6 +200,12 @@ mkdir "$work/gateway/audit.jsonl"
 expect "a change without audit" 200 "$(ask PUT /api/wifi/country '"XX"')"
 grep -q 'cannot be written to the audit' "$work/gateway/BE.log" || expect "the log" "a line" none
 stop_backend
+start_backend "$program_file" "$work/gateway" # which has no room for the record from the beginning
+for _ in 1 2 3 4 5 6 7 8 9 10; do
+    expect "a guess without a record" 401 "$(login admin guess)"
+done
+expect "a login while locked out" 429 "$(login admin new-admin-password)"
+stop_backend
 
 # A second login ends the first session, and time ends every one.
 begin duplicate_login_enable '"0"'
