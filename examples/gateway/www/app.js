@@ -59,8 +59,8 @@ function viewOf(hash) {
   document.body.classList.toggle("locked", user.mustChangePassword === true);
   if (user.mustChangePassword) return passwordView(enter);
   markMenu(hash);
-  if (VIEWS[kind]) return VIEWS[kind](first);
-  if (!databases[kind]) return { title: "Not there", node: heading("There is nothing at this address.") };
+  if (Object.hasOwn(VIEWS, kind)) return VIEWS[kind](first);
+  if (!Object.hasOwn(databases, kind)) return { title: "Not there", node: heading("There is nothing at this address.") };
   const place = placeOf(kind, first);
   return { ...placeView(kind, place), inside: first === place ? "" : first };
 }
