@@ -18,6 +18,7 @@ export function homeView() {
   return { title: "Overview", node: h("div", {}, heading("Overview"), h("div", { class: "cards" }, there.map(card))) };
 }
 
+const simple = (text) => text.toLowerCase().replaceAll("-", ""); // wifi is Wi-Fi
 // The places whose title, description or value has all the words, with the titles above; the upper ones first.
 function hits(words) {
   const found = [];
@@ -26,11 +27,10 @@ function hits(words) {
     const value = valueAt(database.value, path);
     if (!schema || value === null || value === undefined) return;
     const isLeaf = Array.isArray(value) ? !value.some(isObject) : !isObject(value);
-    const text = isLeaf ? textAt(database, path) : "";
-    const titles = [...above, titleOf(database, path)];
-    const own = [titles.at(-1), schema.description, stepsOf(path).at(-1), text].join(" ").toLowerCase();
-    const all = own + " " + above.join(" ").toLowerCase();
-    const isHit = words.some((word) => own.includes(word)) && words.every((word) => all.includes(word));
+    const [text, titles] = [isLeaf ? textAt(database, path) : "", [...above, titleOf(database, path)]];
+    const own = [titles.at(-1), schema.description, stepsOf(path).at(-1), text].join(" ");
+    const all = simple(own + " " + above.join(" "));
+    const isHit = words.some((word) => simple(own).includes(word)) && words.every((word) => all.includes(word));
     if (isHit) found.push({ type, path, titles, text });
     for (const key of isLeaf ? [] : Object.keys(value)) {
       visit(database, type, join(path, Array.isArray(value) ? `[${key}]` : key), titles);
@@ -41,7 +41,7 @@ function hits(words) {
 }
 
 export function searchView(query) {
-  const found = hits(query.toLowerCase().split(/\s+/).filter(Boolean));
+  const found = hits(simple(query).split(/\s+/).filter(Boolean));
   const lines = found.slice(0, 100).map(({ type, path, titles, text }) =>
     h("li", {}, link(type, path, titles.at(-1)), " ", text, h("small", {}, titles.slice(0, -1).join(" › "))));
   return { title: "Search", node: h("div", {}, heading("Search"),
