@@ -43,7 +43,7 @@ Headers headersOf(Reply const& reply, bool closes) {
 // Made at the start, as there may be no memory for them later.
 Reply const OUT_OF_MEMORY = refuse(503, "out of memory", 1);
 Reply const INTERNAL_ERROR = refuse(500, "internal error");
-Reply const STOPPING = refuse(503, "the back end is stopping", 5);
+Reply const REFUSED = refuse(503, "the back end is stopping, or out of memory", 5);
 
 }  // namespace
 
@@ -78,11 +78,11 @@ bool Exchange::receive(char const* data, std::size_t size) {
     return received_ <= MAX_UNUSED_BODY;
 }
 
-void Exchange::answer(bool isStopping) noexcept {
-    isLast_ = isStopping;
-    reply_ = &STOPPING;
+void Exchange::answer(bool isRefused) noexcept {
+    isLast_ = isRefused;
+    reply_ = &REFUSED;
     try {
-        if (!isStopping) {
+        if (!isRefused) {
             replyWith(routes_.answer(request_));
         }
     } catch (std::bad_alloc const&) {

@@ -22,8 +22,9 @@ class Exchange {
     // libmicrohttpd asks again.
     bool isAnswered() const { return reply_ != nullptr; }
 
-    // Makes the reply and resumes the connection; while the back end is stopping, only says so.
-    void answer(bool isStopping) noexcept;
+    // Makes the reply and resumes the connection. When the back end is stopping, or has no memory for a
+    // worker's task, it is a refusal.
+    void answer(bool isRefused) noexcept;
 
     // MHD_NO when there is no memory for it. Throws std::bad_alloc.
     MHD_Result send();

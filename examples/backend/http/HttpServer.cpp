@@ -162,9 +162,8 @@ void HttpServer::submit(MHD_Connection* connection, Exchange& exchange) {
         } else {
             asio::post(workers_, [this, &exchange] { exchange.answer(isStopping_); });
         }
-    } catch (...) {
-        MHD_resume_connection(connection);
-        throw;
+    } catch (std::bad_alloc const&) {
+        exchange.answer(true);
     }
 }
 

@@ -32,7 +32,7 @@ class HttpServer {
 
     bool serve(int family, int port, bool onAllInterfaces);
 
-    // Has a worker make the reply, and the connection suspended meanwhile. Throws std::bad_alloc.
+    // Has a worker make the reply, and the connection suspended meanwhile.
     void submit(MHD_Connection* connection, Exchange& exchange);
 
     Routes& routes_;
