@@ -61,7 +61,7 @@ Reply readResource(Place const& place) {
 
 Reply findResources(Place const& place, std::string const& key, std::string const& value) {
     requireVisible(place);
-    require(!isSecret(place, key), 403, "not shown to anyone");
+    require(!isSecret(place, key), 403, "passwords and keys are not shown");
     return reading(place, [&](TreeMapObject& node) {
         Node const paths(node.findPaths(key.c_str(), value.c_str()));
         require(paths != nullptr, 503, "out of memory", 1);

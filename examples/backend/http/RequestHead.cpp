@@ -80,7 +80,7 @@ std::optional<std::uint64_t> lengthOf(Request const& request) {
     std::uint64_t length = 0;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
     require(!isCounted || (error == std::errc() && *end == '\0'), 400,
-            "Content-Length is no number");
+            "Content-Length is not a number");
     return isChunked ? std::nullopt : std::optional(length);
 }
 
