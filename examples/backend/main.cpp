@@ -37,16 +37,9 @@ sigset_t holdBackSignals() {
 // ports, no TLS, no lock-out.
 Node readSettings(std::string const& file) {
     Node document(JsonData::createObjectFromFile(file.c_str()));
-    char const* fault = nullptr;
-    if (document == nullptr) {
-        fault = "there is no such file";
-    } else if (document->jobj == nullptr) {
-        fault = "it cannot be read, or is not JSON";
-    } else if (document->presence("any") == TreeMapObject::IMPOSSIBLE) {
-        fault = "it is not a JSON object";
-    }
-    if (fault != nullptr) {
-        std::fprintf(stderr, "%s: %s\n", file.c_str(), fault);
+    if (document == nullptr || document->presence("any") == TreeMapObject::IMPOSSIBLE) {
+        std::fprintf(stderr, "%s: there is no such file, or it is not a JSON object\n",
+                     file.c_str());
         document.reset();
     }
     return document;
