@@ -119,6 +119,9 @@ async function drive() {
   await waitFor("times and places of changes", () => /\d:\d\d.*POSTguest/.test(textOf("tbody tr")));
   await open("#/log", "Log");
   await open("#/expert", "Expert view");
+  await open("#/search/wifi", "Search");
+  if (!find('.hits [href="#/wifi/"]')) failures.push("wifi finds Wi-Fi");
+  await open("#/toString", "There is nothing at this address.");
   await open("#/service/portForwarding", "Port forwarding"); // the one in pictures
 }
 
