@@ -69,7 +69,8 @@ void removeSecrets(Place const& place, TreeMapObject& copy) {
 
 void requireVisible(Place const& place) {
     for (std::string rest = place.path; !rest.empty(); rest = JsonData::parentPath(rest)) {
-        require(!isSecret(place, JsonData::lastStep(rest)), 403, "passwords and keys are not shown");
+        require(!isSecret(place, JsonData::lastStep(rest)), 403,
+                "passwords and keys are not shown");
     }
 }
 
