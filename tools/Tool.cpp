@@ -42,6 +42,7 @@ std::string jsonOf(json_object* value, int flags) {
 Result complain(Result result, char const* format, ...) {
     va_list arguments;
     va_start(arguments, format);
+    fflush(stdout);  // the lines appear in the order in which they are written
     fputs("vobidb: ", stderr);
     vfprintf(stderr, format, arguments);
     fputc('\n', stderr);
