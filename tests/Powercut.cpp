@@ -247,6 +247,7 @@ WRAP(int, ftruncate64, (int fd, off_t length)) {
     }
     return __real_ftruncate64(fd, length);
 }
+WRAP(int, ftruncate, (int fd, off_t length)) { return __wrap_ftruncate64(fd, length); }
 WRAP(int, fsync, (int fd)) {  // a real one would only take time
     if (isKilled()) {
         return -1;

@@ -40,5 +40,5 @@ Commands const LOGIN_COMMANDS = {
 };
 
 extern "C" time_t __real_time(time_t* out);
-extern "C" time_t __wrap_time(time_t* out);
+extern "C" [[gnu::visibility("default")]] time_t __wrap_time(time_t* out);
 time_t __wrap_time(time_t* out) { return now != 0 ? now : __real_time(out); }

@@ -54,9 +54,9 @@ bool faults::disarm() { return countdown.exchange(0) < 0; }
 
 #pragma GCC visibility push(default)  // a sanitizer looks for some of the names
 
-// NAME fails when CALL is armed, and otherwise calls the real function.
+// NAME fails when CALL is armed, and otherwise calls the real function; weak, as musl has no fcntl64.
 #define WRAP(CALL, RESULT, NAME, PARAMETERS, ...)                                    \
-    extern "C" RESULT __real_##NAME PARAMETERS;                                      \
+    extern "C" [[gnu::weak]] RESULT __real_##NAME PARAMETERS;                        \
     extern "C" RESULT __wrap_##NAME PARAMETERS;                                      \
     RESULT __wrap_##NAME PARAMETERS {                                                \
         return fails(faults::CALL) ? failure<RESULT>() : __real_##NAME(__VA_ARGS__); \
@@ -77,7 +77,7 @@ WRAP(MOUNT, int, name_to_handle_at,
      to, mount, flags)
 WRAP_BOTH(STAT, int, stat, (char const* name, void* status), name, status)
 WRAP_BOTH(STAT, int, fstat, (int fd, void* status), fd, status)
-WRAP(STAT, int, lstat64, (char const* name, void* status), name, status)
+WRAP_BOTH(STAT, int, lstat, (char const* name, void* status), name, status)
 WRAP(LOCK, int, flock, (int fd, int operation), fd, operation)
 WRAP(OWNER, int, fchown, (int fd, uid_t owner, gid_t group), fd, owner, group)
 WRAP(MODE, int, fchmod, (int fd, mode_t mode), fd, mode)
