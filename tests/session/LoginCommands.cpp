@@ -39,6 +39,12 @@ Commands const LOGIN_COMMANDS = {
     {"maximum", [](Call& c) { BELoginRecord::setMaximum(c.number(1)); }},
 };
 
-extern "C" time_t __real_time(time_t* out);
-extern "C" [[gnu::visibility("default")]] time_t __wrap_time(time_t* out);
-time_t __wrap_time(time_t* out) { return now != 0 ? now : __real_time(out); }
+// time, and its name where a time of 64 bits is new
+extern "C" [[gnu::visibility("default")]] time_t __wrap_time(time_t*);
+extern "C" [[gnu::visibility("default")]] time_t __wrap___time64(time_t*);
+time_t __wrap_time(time_t*) {
+    timespec real;
+    clock_gettime(CLOCK_REALTIME, &real);
+    return now != 0 ? now : real.tv_sec;
+}
+time_t __wrap___time64(time_t*) { return __wrap_time(nullptr); }

@@ -67,6 +67,11 @@ bool faults::disarm() { return countdown.exchange(0) < 0; }
     WRAP(CALL, RESULT, NAME, PARAMETERS, __VA_ARGS__)  \
     WRAP(CALL, RESULT, NAME##64, PARAMETERS, __VA_ARGS__)
 
+// Functions that musl gives another name where a time of 64 bits is new.
+#define WRAP_STAT(NAME, PARAMETERS, ...)                \
+    WRAP_BOTH(STAT, int, NAME, PARAMETERS, __VA_ARGS__) \
+    WRAP(STAT, int, __##NAME##_time64, PARAMETERS, __VA_ARGS__)
+
 WRAP_BOTH(OPEN, int, open, (char const* name, int flags, mode_t mode), name, flags, mode)
 WRAP(READ, ssize_t, read, (int fd, void* bytes, size_t size), fd, bytes, size)
 WRAP(SYNC, int, fsync, (int fd), fd)
@@ -75,9 +80,9 @@ WRAP(UNLINK, int, unlink, (char const* name), name)
 WRAP(MOUNT, int, name_to_handle_at,
      (int folder, char const* name, struct file_handle* to, int* mount, int flags), folder, name,
      to, mount, flags)
-WRAP_BOTH(STAT, int, stat, (char const* name, void* status), name, status)
-WRAP_BOTH(STAT, int, fstat, (int fd, void* status), fd, status)
-WRAP_BOTH(STAT, int, lstat, (char const* name, void* status), name, status)
+WRAP_STAT(stat, (char const* name, void* status), name, status)
+WRAP_STAT(fstat, (int fd, void* status), fd, status)
+WRAP_STAT(lstat, (char const* name, void* status), name, status)
 WRAP(LOCK, int, flock, (int fd, int operation), fd, operation)
 WRAP(OWNER, int, fchown, (int fd, uid_t owner, gid_t group), fd, owner, group)
 WRAP(MODE, int, fchmod, (int fd, mode_t mode), fd, mode)
