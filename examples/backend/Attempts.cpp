@@ -1,4 +1,4 @@
-// Counts login attempts in the record, or in memory while that cannot be written.
+// Counts login attempts in the login record, or in memory while the record cannot be written.
 #include <BELoginRecord.h>
 #include <Logger.h>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-// The minutes of a lock-out are those of the library's record: from the tenth attempt on.
+// As in the library's record, the lock-out begins with the tenth attempt.
 int lockedMinutes(int attempts) { return attempts < 10 ? 0 : 1 + 2 * (attempts - 10); }
 
 }  // namespace
@@ -20,7 +20,7 @@ Attempts::Attempts(bool areCounted) : areCounted_(areCounted) {
 
 unsigned int Attempts::lockMinutes(std::string const& client) const {
     LoginAttemptInfo const recorded = BELoginRecord::getAttempt(client.c_str());
-    int attempts = recorded.attempts > 1 ? recorded.attempts : 0;  // 1 may mean none
+    int attempts = recorded.attempts > 1 ? recorded.attempts : 0;  // 1 is also returned for none
     Clock::time_point last;
     for (auto const& [key, unwritten] : unwritten_) {
         if (key.first == client) {

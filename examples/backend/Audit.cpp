@@ -1,4 +1,4 @@
-// Appends lines to the audit, and starts a new file when one is full.
+// Appends lines to the audit file, and starts a new file when it is full.
 #include "Audit.h"
 
 #include <JsonData.h>
@@ -16,7 +16,7 @@
 
 namespace {
 
-// In the working directory, like the record of logins.
+// In the working directory, like the login record.
 char const FILE_NAME[] = "audit.jsonl";
 char const OLD_FILE_NAME[] = "audit.old.jsonl";
 
@@ -37,7 +37,7 @@ bool append(std::string const& text) {
     return close(file) == 0 && isWritten;
 }
 
-// Lines that are not whole are left out.
+// Skips incomplete lines.
 void readInto(TreeMapObject& entries, char const* name) {
     std::ifstream file(name);
     for (std::string line; std::getline(file, line);) {
@@ -58,7 +58,7 @@ void audit(std::string const& user, std::string const& address, std::string cons
     entry.set("path", path);
     std::string text = replyWith(entry).body;
     std::erase(text, '\n');
-    text.insert(0, "\n");  // a line of which a full disk took only a part spoils no other one
+    text.insert(0, "\n");  // so that a line cut short by a full disk does not spoil the next one
     std::lock_guard<std::mutex> const guard(ofTheFiles);
     std::error_code none;
     if (std::filesystem::file_size(FILE_NAME, none) + text.size() > MAX_AUDIT_FILE && !none) {

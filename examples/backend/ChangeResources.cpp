@@ -1,4 +1,4 @@
-// Changes what is at a place: puts a value there, merges one into it, appends one, removes one.
+// Changes a database: PUT, PATCH, POST and DELETE at a place.
 #include <JsonData.h>
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 
 namespace {
 
-int64_t const MAX_ID = (INT64_C(1) << 53) - 1;  // a page holds no larger number exactly
+int64_t const MAX_ID = (INT64_C(1) << 53) - 1;  // JavaScript cannot represent every larger integer
 
 bool hasIndex(std::string const& path) { return ("." + path).find(".[") != std::string::npos; }
 
@@ -20,7 +20,7 @@ std::string join(std::string const& path, std::string const& step) {
     return path.empty() ? step : path + "." + step;
 }
 
-// What a URL has no other use for stands for itself.
+// Percent-encodes a path for a URL.
 std::string encode(std::string const& path) {
     std::string encoded;
     for (char const c : path) {
@@ -34,7 +34,7 @@ std::string encode(std::string const& path) {
     return encoded;
 }
 
-// Gives a new element an "id" like those of its neighbours, if each of them has one.
+// Checks the "id" of a new element, or gives it the next one, if all elements have one.
 void settleId(TreeMapObject& element, TreeMapObject& array) {
     std::set<int64_t> ids;
     int64_t id = 0;
@@ -52,20 +52,20 @@ void settleId(TreeMapObject& element, TreeMapObject& array) {
     }
 }
 
-// Whether something can be made at a place where there is nothing yet. A new element has to be appended.
+// Returns whether a member that does not exist yet can be added. (A new element has to be appended.)
 bool canBeMade(Place const& place, TreeMapObject& document) {
     return !JsonData::lastStep(place.path).starts_with('[') &&
            document.presence(place.path.c_str()) == TreeMapObject::VACANT &&
            document.presence(JsonData::parentPath(place.path).c_str()) == TreeMapObject::PRESENT;
 }
 
-// A version that may be changed. The session sees a refused one from now on: a request that is refused because
-// the session knows another one would be refused for ever.
+// Throws 412 if the request's conditions do not hold for the version. The session then reads the saved version: otherwise
+// it would read its own old one for ever, and every request would be refused.
 void requireVersion(Place const& place, std::uint64_t version, bool isThere) {
     Conditions const& conditions = place.conditions;
     EntityTag const tag = tagOf(version, true);
     EntityTag const existing = isThere ? tag : std::nullopt;
-    // intended: a version is that of the database, so it can be named for what is made in it
+    // intended: the version is the database's, so If-Match can name it for a member that does not exist yet
     if (!conditions.isWanted(conditions.namesVersion() ? tag : existing) ||
         conditions.isKnown(existing)) {
         place.session.seeSaved(place.type);
@@ -73,7 +73,7 @@ void requireVersion(Place const& place, std::uint64_t version, bool isThere) {
     }
 }
 
-// What is at the place now.
+// Answers with the value at the place.
 Reply show(Place const& place, TreeMapObject& document) {
     Node const copy(document.clone(place.path.c_str()));
     TreeMapObject null;
@@ -122,7 +122,7 @@ Reply remove(Place const& place, TreeMapObject& document, TreeMapObject&) {
 
 struct Method {
     char const* name;
-    bool makes;  // what is not there yet
+    bool makes;  // a value that does not exist yet
     Reply (*change)(Place const& place, TreeMapObject& document, TreeMapObject& value);
 };
 
@@ -133,7 +133,7 @@ Method const METHODS[] = {
     {"PUT", true, put},
 };
 
-// The value in the body of a change. It is the message that does this at the place, if there is one.
+// Returns the value in the body. If the label tables have a message for the place, the body has to be that message.
 Node valueFor(Place const& place, std::string const& method, std::string const& body) {
     Node value = parseBody(body);
     if (char const* const message = messageOf(method, place.type, place.path)) {

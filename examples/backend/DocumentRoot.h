@@ -1,8 +1,8 @@
-// The files below the document root, and no others.
+// Serves the files below the document root.
 #pragma once
 
 #include "Reply.h"
 
-// The file below BEConfig::WEBSERVER_DOCROOT that the request's path names, index.html for "/". Throws 404 for
-// everything that is no regular file in there, whatever dots and links lead to it, and for hidden files.
+// Answers with the file below BEConfig::WEBSERVER_DOCROOT that the request's path names; "/" is index.html. Throws 404
+// for a hidden file, and for anything that, after links and dots are resolved, is not a regular file below the root.
 Reply readPage(Request const& request);

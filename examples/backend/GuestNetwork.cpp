@@ -1,9 +1,9 @@
-// Switches the guest network: its Wi-Fi, its addresses and its firewall are parts of three databases.
+// Switches the guest network, whose Wi-Fi, addresses and firewall are in three databases.
 #include "Resources.h"
 
 namespace {
 
-// The network of the Wi-Fi that guests use; null when there is none.
+// Returns the Wi-Fi network of the guests; null if there is none.
 Node guestSsid(TreeMapObject& wifi) {
     Node const all(wifi.get("ssids"));
     int64_t const wanted = wifi.get<int64_t>("guest.ssidId");
@@ -17,7 +17,7 @@ Node guestSsid(TreeMapObject& wifi) {
     return nullptr;
 }
 
-// Switches every part. A refusal lets the transaction go, and with it what was switched before.
+// Switches every part. A refusal ends the transaction and undoes the parts switched so far.
 void switchParts(LocalDbTransaction& wifi, bool isOn) {
     TreeMapObject* const addresses = wifi.also(API_NETWORK, "guest");
     TreeMapObject* const firewall = wifi.also(API_SECURITY, "guest");

@@ -12,7 +12,7 @@
 
 namespace {
 
-// The member of a body, a string that must be there.
+// Returns a string member of the body. Throws 400 if there is none.
 std::string textIn(TreeMapObject& body, char const* member) {
     char const* text = nullptr;
     if (!body.get_ex(member, text)) {
@@ -26,13 +26,13 @@ std::string textIn(TreeMapObject& body, char const* member) {
 struct Login::User {
     bool isEnabled = false;
     bool mustChangePassword = false;
-    std::string path;  // in the gateway's database; empty for nobody
+    std::string path;  // in the gateway's database; empty if there is no such user
     std::string role;
     std::string password;  // hashed
 };
 
-// Names are compared one by one: the search of a document looks everywhere in it. An entry that lacks something
-// is nobody's.
+// Compares the names one by one, because the search of a document would also look inside the entries. An entry that
+// lacks a member is skipped.
 Login::User Login::findUser(std::string const& name) {
     LocalDbSnapshot const gateway(API_GATEWAY);
     int const count = gateway.len("users");
@@ -51,7 +51,7 @@ Login::User Login::findUser(std::string const& name) {
         if (read("name", itsName) && name == itsName && read("role", role) &&
             read("password", password) && read("enabled", enabled)) {
             user = {enabled, false, entry, role, password};
-            std::string const mark = entry + "mustChangePassword";  // it need not be there
+            std::string const mark = entry + "mustChangePassword";  // optional
             user.mustChangePassword =
                 gateway.type(mark.c_str()) == json_type_boolean && gateway.get<bool>(mark.c_str());
         }
@@ -76,7 +76,7 @@ Reply Login::logIn(Request const& request) {
     response.set("mustChangePassword", user.mustChangePassword);
     requireResponse(API_GATEWAY, "GATEWAY_LOGIN_RESP", response);
     Reply reply = replyWith(response);
-    // a page has the token as a cookie that it cannot read; a program takes it from the body
+    // for pages, which cannot read it; programs take the token from the body
     reply.headers.push_back(sessionCookie(token));
     return reply;
 }
@@ -119,7 +119,7 @@ Login::User Login::verify(std::string const& address, std::string const& name,
         throw refuse(429, "locked out: wait " + std::to_string(minutes) + " min", minutes * 60);
     }
     User user = findUser(name);
-    // what is not a name may be a password
+    // an unknown name may be a password typed into the wrong field
     std::string const known = user.path.empty() ? "" : name;
     attempts_.count(client, known);
     if (!passwordMatches(user.password, password) || !user.isEnabled) {

@@ -1,4 +1,4 @@
-// Logging in, with the lock-out of clients that guess, and the password of one's own.
+// Login, the lock-out of clients that guess passwords, and the change of the user's own password.
 #pragma once
 
 #include <chrono>
@@ -6,17 +6,18 @@
 
 #include "Reply.h"
 
-// Counts login attempts, and locks out clients that guess: in the library's record, and in memory what
-// cannot be written there, as when the disk is full. Not safe from several threads.
+// Counts login attempts and locks out clients that guess. Attempts are kept in the library's login record; those that
+// cannot be written, for instance because the disk is full, are kept in memory. For one thread at a time.
 class Attempts {
   public:
-    // Whether they are counted at all.
+    // If `areCounted` is false, nothing is counted and no client is locked out.
     explicit Attempts(bool areCounted);
 
-    // Minutes that the client must still wait; 0 when it may try.
+    // Returns the minutes that the client must still wait; 0 if it may try.
     unsigned int lockMinutes(std::string const& client) const;
 
-    // Counts an attempt at a user ("" for all unknown ones), and takes those back that it made at one.
+    // count() adds an attempt by the client at a user ("" for every unknown user); forgive() removes the client's
+    // attempts at that user.
     void count(std::string const& client, std::string const& user);
     void forgive(std::string const& client, std::string const& user);
 
@@ -35,26 +36,26 @@ class Login {
   public:
     Login(Sessions& sessions, bool locksOut) : sessions_(sessions), attempts_(locksOut) {}
 
-    // The body is a GATEWAY_LOGIN_REQ, the answer a GATEWAY_LOGIN_RESP and a cookie with the token. 401 for a
-    // wrong password, an unknown user and one who is disabled, alike. 429 with the minutes to wait once a
-    // client is locked out, whatever password comes then. Every attempt is counted before the password is
-    // looked at, and one attempt at a time: guessing in parallel gains nothing. A success takes back what the
-    // client tried at this user. Addresses of IPv6 count by their network of 64 bits.
+    // The body is a GATEWAY_LOGIN_REQ; the answer is a GATEWAY_LOGIN_RESP and a cookie with the token. A wrong password,
+    // an unknown user and a disabled user all get the same 401. A client that is locked out gets 429 with the minutes to
+    // wait, even for the right password. Attempts are counted before the password is checked, and are handled one at a
+    // time, so guessing in parallel gains nothing. A successful login removes the client's attempts at this user. All
+    // IPv6 addresses of one /64 network count as one client.
     Reply logIn(Request const& request);
 
     // Ends the session. 204.
     Reply logOut(Request const& request);
 
-    // The body is {"old": ..., "new": ...}. 403 for a wrong old password, which counts as an attempt to log in.
-    // The user's other sessions end. 204.
+    // The body is {"old": ..., "new": ...}. Ends the user's other sessions. 204, or 403 for a wrong old password, which
+    // counts as a login attempt.
     Reply changePassword(Request const& request);
 
   private:
     struct User;
     static User findUser(std::string const& name);
 
-    // The user, whose password this is. Throws `refusal` when it is not. Under the lock, which is kept until the
-    // session is open or the new password stored: a password is not replaced meanwhile.
+    // Returns the user if the password is right; throws `refusal` if not. The caller holds the lock, and keeps it until
+    // the session is open or the new password is stored, so that no other request replaces the password meanwhile.
     User verify(std::string const& address, std::string const& name, std::string const& password,
                 Reply const& refusal);
 

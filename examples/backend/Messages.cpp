@@ -1,4 +1,4 @@
-// Knows which messages there are, and checks values against their schema files and those of the databases.
+// Holds the table of messages, validates them, and turns faults into refusals.
 #include "Resources.h"
 
 #include <BEConfig.h>
@@ -16,7 +16,7 @@ namespace {
 struct Message {
     char const* method;
     unsigned int type;
-    char const* place;  // as a path, "[]" for any element
+    char const* place;  // a path; "[]" is any element
     char const* label;
 };
 
@@ -33,7 +33,7 @@ Message const MESSAGES[] = {
     {"PUT", API_SERVICE, "portForwarding.rules.[]", "SERVICE_PORTFORWARDING_UPDATE_REQ"},
 };
 
-// The path, with an index at its end as "[]".
+// Returns the path with an index at its end replaced by "[]".
 std::string placeOf(std::string const& path) {
     bool const isElement = JsonData::lastStep(path).starts_with('[');
     return isElement ? JsonData::parentPath(path) + ".[]" : path;
@@ -43,7 +43,7 @@ unsigned int numberOf(unsigned int type, char const* label) {
     return static_cast<unsigned int>(COMM_TYPE(type, label));
 }
 
-// A JSON pointer as a path, as far as names in schemas go.
+// Converts a JSON pointer into a schema to a path.
 std::string pathOf(std::string const& pointer) {
     std::string path;
     std::istringstream steps(pointer.substr(std::min<size_t>(pointer.size(), 1)));
@@ -54,8 +54,7 @@ std::string pathOf(std::string const& pointer) {
     return path;
 }
 
-// The hint is the description of the refused value in the schema: it is for people what a pattern is for
-// programs.
+// The hint is the description that the schema has of the refused value: it tells people what a pattern tells programs.
 Reply refuseFault(int status, unsigned int type, CompiledSchema::Fault const& fault,
                   char const* schemaFile, char const* where) {
     std::string place = JsonData::parentPath(pathOf(fault.schemaPath));

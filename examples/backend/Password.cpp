@@ -16,7 +16,7 @@ namespace {
 char const METHOD[] = "$y$";
 unsigned long const COST = 4;
 
-// A setting that belongs to no password.
+// A setting that no user has, hashed with where there is no usable hash.
 char const NOBODY[] = "$y$j8T$PvYC9jOZnkVIQKKkxEGrB/$";
 
 std::string hexOf(unsigned char const* bytes, size_t size) {
@@ -28,7 +28,7 @@ std::string hexOf(unsigned char const* bytes, size_t size) {
     return text;
 }
 
-// Empty when that is not a setting, or there is no memory.
+// Returns an empty string if the setting is not valid, or there is no memory.
 std::string hashWith(std::string const& setting, std::string const& password) {
     auto const work = std::make_unique<crypt_data>();  // too large for a small stack
     char const* const hash =
@@ -44,7 +44,7 @@ bool passwordMatches(std::string const& stored, std::string const& password) {
     std::string const actual = isSlow ? hashWith(stored, password) : "";
     if (actual.empty()) {
         bool const cannotHash = hashWith(NOBODY, password).empty();
-        if (cannotHash && errno != ERANGE) {  // which is a password that is too long
+        if (cannotHash && errno != ERANGE) {  // ERANGE: the password is too long
             throw std::bad_alloc();
         }
         return false;
@@ -71,7 +71,7 @@ std::string keyedHash(std::string const& secret, std::string const& token) {
     auto const* const text = reinterpret_cast<unsigned char const*>(token.data());
     if (HMAC(EVP_sha256(), secret.data(), static_cast<int>(secret.size()), text, token.size(),
              digest, &size) == nullptr) {
-        throw std::bad_alloc();  // what stands for no token must not stand for all
+        throw std::bad_alloc();  // an empty name would match every token
     }
     return hexOf(digest, size);
 }

@@ -1,19 +1,18 @@
-// Passwords, hashes and random texts.
+// Password hashes, random tokens and their keyed hashes.
 #pragma once
 
 #include <string>
 
-// Whether `stored`, a hash of crypt(3) by yescrypt or SHA-512, belongs to the password. Takes as long for a text that is not
-// a hash as for one that hashOf made. Throws std::bad_alloc.
+// Returns whether `stored`, a crypt(3) hash by yescrypt or SHA-512, matches the password. A string that is not such a hash
+// takes as long as one that hashOf made. Throws std::bad_alloc.
 bool passwordMatches(std::string const& stored, std::string const& password);
 
-// A hash to be stored, with a salt of its own: yescrypt, 8 MiB. Empty when there are no random numbers,
-// or no memory.
+// Returns a yescrypt hash (8 MiB) with a new salt; empty if there are no random numbers or no memory.
 std::string hashOf(std::string const& password);
 
-// 64 hexadecimal digits from the system's random source; empty when it has none.
+// Returns 64 hexadecimal digits from the system's random source; empty if it fails.
 std::string randomToken();
 
-// What stands for a token in tables and logs: its keyed hash, by which the token cannot be found.
-// Throws std::bad_alloc.
+// Returns the keyed hash by which tables and logs name a token; the token cannot be derived from it. Throws
+// std::bad_alloc.
 std::string keyedHash(std::string const& secret, std::string const& token);

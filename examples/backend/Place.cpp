@@ -16,7 +16,7 @@ namespace {
 
 enum Comparison { STRONG, WEAK };
 
-// Whether a list of tags contains this one. What follows something that is not a tag does not count.
+// Returns whether a list of tags contains this one. The list ends at the first thing that is not a tag.
 bool contains(std::string_view list, std::string_view tag, Comparison comparison) {
     for (;;) {
         list.remove_prefix(std::min(list.find_first_not_of(", \t"), list.size()));

@@ -1,5 +1,5 @@
-// A place in a database, who asks for it, on what conditions, and what of it may be seen and changed. The
-// conditions are those on the version that a request meets (If-Match, If-None-Match); entity tags name versions.
+// A place in a database, with the session that asks for it and the request's conditions (If-Match, If-None-Match) on the
+// version of the database; and the rules about what may be seen and changed there.
 #pragma once
 
 #include <cstdint>
@@ -7,22 +7,22 @@
 
 #include "Reply.h"
 
-// Of what a request names: nothing when there is no such thing, "" when there is one of unknown version.
+// The entity tag of what a request names: nullopt if it does not exist, "" if its version is unknown.
 typedef std::optional<std::string> EntityTag;
 
-// The tag of a version for those who may see everything, or only a part: what they get differs. "" for
-// the version 0, which is none.
+// Returns the entity tag of a version. A user who sees everything and one who sees only a part get different values, and
+// so different tags. "" for version 0, which means that there is none.
 std::string tagOf(std::uint64_t version, bool seesAll);
 
 struct Conditions {
-    std::string ifMatch;  // values of the headers, with commas between several; "" for none
+    std::string ifMatch;  // the headers' values, comma-separated; "" if there is none
     std::string ifNoneMatch;
 
-    // Whether If-Match allows what has this tag. A weak tag in it never does.
+    // Returns whether If-Match allows the tag. Weak tags in it never match.
     bool isWanted(EntityTag const& tag) const;
-    // Whether If-None-Match names what has this tag, also by a weak tag.
+    // Returns whether If-None-Match names the tag; weak tags match, too.
     bool isKnown(EntityTag const& tag) const;
-    // Whether If-Match names versions: who is let through by it knows the version that it meets.
+    // Returns whether If-Match names versions, so that a request that passes knows the current one.
     bool namesVersion() const { return !ifMatch.empty() && ifMatch != "*"; }
 };
 
@@ -33,15 +33,15 @@ struct Place {
     Conditions conditions;
 };
 
-// Whether members of that name are left out of what is sent: the passwords of the gateway's users
-// always, others unless an administrator asks.
+// Returns whether members of that name are left out of answers: password hashes of the gateway's users always, other
+// passwords and keys unless an administrator asks.
 bool isSecret(Place const& place, std::string const& name);
 
-// Removes the secrets in a copy of the value at the place, or in the whole database.
+// Removes the secrets from a copy of the value at the place, or of the whole database.
 void removeSecrets(Place const& place, TreeMapObject& copy);
 
-// Throws the refusal of a place whose path leads through a secret.
+// Throws 403 if the path leads through a secret.
 void requireVisible(Place const& place);
 
-// Throws the refusal of a place that cannot be written to.
+// Throws 403 if the session may not write there.
 void requireWritable(Place const& place);

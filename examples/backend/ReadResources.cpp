@@ -1,4 +1,4 @@
-// Reads what is at a place: as a whole, or the objects in it that have a certain member. And everything.
+// Reads a value, the objects below it that have a certain member, or all databases.
 #include <JsonData.h>
 #include <LocalDbCtrl.h>
 #include <LocalDbSnapshot.h>
@@ -10,8 +10,8 @@ namespace {
 
 typedef std::function<Reply(TreeMapObject& node)> Selection;
 
-// Answers with what is made of a copy of the node at the place, without what the session may not see. Nothing is
-// copied when the client has that version already.
+// Answers with what the selection makes of a copy of the node, without secrets. Nothing is copied if the client has that
+// version already.
 template <typename CopyNode>
 Reply select(Place const& place, std::uint64_t version, CopyNode const& copyNode,
              Selection const& selection) {
@@ -28,9 +28,8 @@ Reply select(Place const& place, std::uint64_t version, CopyNode const& copyNode
     return reply;
 }
 
-// Selects from a database as a session sees it: as it was last saved, without waiting for any writer. In
-// multi-database mode it is what the session's own controller holds, until the session changes the database or
-// learns that another has changed it.
+// Selects from the database as it was last saved, without waiting for writers. In multi-database mode, selects from the
+// session's own controller until the session changes the database or learns that another session has changed it.
 Reply reading(Place const& place, Selection const& selection) {
     char const* const path = place.path.c_str();
     if (place.session.seesOwn(place.type)) {
@@ -85,7 +84,7 @@ Reply readEverything(Request const& request) {
             Reply const read = reading({type, "", session, {}}, [&](TreeMapObject& document) {
                 Node const schema(JsonData::createObjectFromFile(schemaFileOf(type).c_str()));
                 entry->set("value", &document);
-                entry->set("schema", schema.get());  // nothing if there is none
+                entry->set("schema", schema.get());  // none if there is no schema
                 return Reply();
             });
             entry->set("etag", read.etag.c_str());

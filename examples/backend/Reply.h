@@ -1,5 +1,5 @@
-// A request once it is no longer HTTP, and what the back end answers to it. What cannot be carried out ends by
-// throwing its refusal, which Routes catches.
+// A request and its reply, independent of HTTP. A function that cannot carry out a request throws the refusal as a Reply,
+// which Routes catches.
 #pragma once
 
 #include <TreeMapObject.h>
@@ -19,13 +19,13 @@ struct Request {
     std::string path;  // decoded
     std::multimap<std::string, std::string> parameters;
     std::string address;  // of the client
-    std::string token;    // of the session, or empty
+    std::string token;    // of the session; may be empty
     std::string body;
-    std::map<std::string, std::string> headers = {};  // by name in small letters
+    std::map<std::string, std::string> headers = {};  // by lower-case name
     std::string version = {};                         // of HTTP
-    SessionRef session = nullptr;                     // of who asks; set by Routes
+    SessionRef session = nullptr;                     // set by Routes
 
-    // "" when there is none
+    // Returns "" if there is no such header.
     std::string header(char const* name) const {
         auto const found = headers.find(name);
         return found != headers.end() ? found->second : "";
@@ -35,22 +35,22 @@ struct Request {
 struct Reply {
     int status = 200;
     std::string body = {};
-    std::string etag = {};  // of what may be stored and asked for again; "" for what may not
+    std::string etag = {};  // "" if the client must not store the body
     std::string type = "application/json";
-    std::vector<std::pair<std::string, std::string>> headers = {};  // further ones
+    std::vector<std::pair<std::string, std::string>> headers = {};  // besides the usual ones
 };
 
-// Throws std::bad_alloc when there is no memory for the text.
+// Throws std::bad_alloc.
 Reply replyWith(TreeMapObject& value, int status = 200);
 
-// {"error": reason}. The client may come back after so many seconds, if that is not 0.
+// Returns {"error": reason}. `retryAfter` is in seconds; 0 leaves the header out.
 Reply refuse(int status, std::string const& reason, unsigned int retryAfter = 0);
 
 // Throws that refusal unless the condition holds.
 void require(bool condition, int status, char const* reason, unsigned int retryAfter = 0);
 
-// 405: where other methods are allowed, which are separated by commas.
+// Returns a 405. `allowed` lists the methods that are allowed, separated by commas.
 Reply refuseMethod(std::string const& allowed);
 
-// The value that a body is. Throws a refusal that says where and why, when it is not exactly one.
+// Returns the body's value. If the body is not exactly one JSON value, throws a 400 that says where and why.
 Node parseBody(std::string const& body);

@@ -1,13 +1,12 @@
-// The nine databases as resources: a place in them is read, changed, filled and emptied, each as one
-// transaction. What cannot be done, or would make the database invalid, leaves nothing changed, and throws its
-// refusal.
+// Reads and changes the nine databases. Each change is one transaction: if it cannot be made, or would make the database
+// invalid, nothing changes and the function throws the refusal.
 //
-// What was written is in the data file before the answer goes out. Changes go through the default
-// controller, one after another, and are read from the file; ReadResources.cpp says what a session sees.
+// A change is in the data file before the answer is sent. Changes go through the default controller, one after another;
+// ReadResources.cpp explains what a session reads.
 //
-// Answers with a value carry the version of its database as their entity tag, those to a change the
-// version that it made. A request whose conditions do not hold is answered with 412 and changes
-// nothing, or, if it would only read what the client has already, with 304.
+// Every answer with a value carries the version of the database as its entity tag; after a change, that is the new
+// version. A request whose conditions do not hold gets 412 and changes nothing; a read of a version that the client has
+// already gets 304.
 #pragma once
 
 #include <LocalDbTransaction.h>
@@ -17,28 +16,26 @@
 
 #include "Place.h"
 
-// The value. Passwords are left out: those of the gateway's users always, others unless an
-// administrator asks.
+// Answers with the value at the place, without the secrets that isSecret names.
 Reply readResource(Place const& place);
 
-// The objects below the place with a member `key` of that value (a text, or a JSON number or
-// Boolean), as an array.
+// Answers with an array of the objects below the place whose member `key` has that value: a string, or a JSON number or
+// Boolean.
 Reply findResources(Place const& place, std::string const& key, std::string const& value);
 
-// All databases: {TYPE: {"etag": ..., "value": ..., "schema": ...}}, each as readResource gives it, with
-// {"error": ...} in place of one that cannot be read.
+// Answers with all databases, {TYPE: {"etag": ..., "value": ..., "schema": ...}}, each value as from readResource. For a
+// database that cannot be read it is {"error": ...}.
 Reply readEverything(Request const& request);
 
-// Changes the place, and answers with what is there now:
-// - PUT stores the value in the body. Where a message changes the place, the body is that message and changes
-//   the members it names; elsewhere a value is replaced, or a new member made. 200 or 201.
-// - PATCH merges it into what is at the place, or into the whole database (RFC 7396): members replace others,
-//   null removes one. 200 or 201.
-// - POST appends it to an array. An object gets the next "id", where its neighbours have one. 201.
+// Changes the value at the place and answers with the new one:
+// - PUT replaces the value by the body, or adds a member. If the label tables have a message that changes this place, the
+//   body is that message, and only the members that it names change. 200 or 201.
+// - PATCH merges the body into the value, or into the whole database (RFC 7396). 200 or 201.
+// - POST appends the body to an array. An object without an "id" gets the next one if all elements have one. 201.
 // - DELETE removes a member or an element. 204.
 Reply changeResource(Place const& place, std::string const& method, std::string const& body);
 
-// Throws why a transaction or a snapshot has nothing to read.
+// Throws the refusal that belongs to the status of a transaction or snapshot that has no document.
 template <typename Database>
 void requireReadable(Database const& database) {
     auto const status = database.status();
@@ -51,37 +48,37 @@ void requireReadable(Database const& database) {
     require(static_cast<bool>(database), 500, "the database cannot be read");
 }
 
-// Changes the document of a database, and of others that it locks beside it, or throws a refusal.
+// Changes the document of the database, and those of other databases that it locks as well. Throws a refusal.
 typedef std::function<void(LocalDbTransaction& database)> Change;
 
-// Saves what the change makes of the shared document, which the session sees from then on. The new version.
+// Applies the change in the default controller and saves it. From then on, the session reads the database as it is saved.
+// Returns the new version.
 std::uint64_t changeDatabase(
     unsigned int type, Session const& session, Change const& change,
     char const* unsaved = "the change could not be saved; nothing is changed");
 
-// Switches the guest network on or off, {"enabled": true | false}: its Wi-Fi, its addresses and its firewall,
-// all of them or none. 204.
+// Switches the guest network on or off; the body is {"enabled": true | false}. Its Wi-Fi, its addresses and its firewall
+// change together or not at all. 204.
 Reply switchGuestNetwork(Request const& request);
 
-// Requests stand for messages, each of which belongs to a place of the databases. A refusal for a fault in one, or in
-// what it would make of a database, is {"error": message, "hint": ..., "path": ..., "keyword": ..., "in": "body" or
-// "database", "type": ...}. "in" and the API type say what the path leads into; the hint is the schema's description
-// of the value, if it has one.
+// Some places are read or changed by a message of the label tables. If a message, or the database after a change, is not
+// valid, the refusal is {"error": message, "hint": ..., "path": ..., "keyword": ..., "in": "body" or "database",
+// "type": ...}. "path" leads into the body, or into the database of that API type; "hint" is the schema's description of
+// the value, if it has one.
 
-// The message that changes exactly this place, or the one that it is read by, as a name of the label tables;
-// null when it is a plain value.
+// Returns the label of the message that the method uses at exactly this place; null if there is none.
 char const* messageOf(std::string const& method, unsigned int type, std::string const& path);
 
-// The file beside a database that says what its document may be.
+// Returns the path of the database's schema file, which need not exist.
 std::string schemaFileOf(unsigned int type);
 
-// Throws the refusal of a body that is not that message, by its schema file: 400, and 500 when that cannot be
-// used. Any is valid when there is no such file.
+// Throws 400 if the body is not valid by the message's schema file, 500 if that file cannot be used. Without the file,
+// every body is valid.
 void requireRequest(unsigned int type, char const* label, TreeMapObject& body);
 
-// Throws 500 for an answer that is not that message, where BEConfig::VALIDATION_ON_RESPONSE wants to know.
+// Throws 500 if the answer is not valid by the message's schema file, and BEConfig::VALIDATION_ON_RESPONSE is set.
 void requireResponse(unsigned int type, char const* label, TreeMapObject& value);
 
-// Says why a changed database was not saved: 400, and 500 when it was not valid before the change, or its
+// Returns the refusal of a change that would make the database invalid: 400, or 500 if it was not valid before, or its
 // schema file cannot be used.
 Reply refuseDocument(LocalDbTransaction::Fault const& fault);

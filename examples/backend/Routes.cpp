@@ -1,4 +1,4 @@
-// The table of routes, and the way from a request to what answers it.
+// Holds the table of routes, and answers requests by it.
 #include "Routes.h"
 
 #include <BEConfig.h>
@@ -37,7 +37,7 @@ Reply describe(Request const& request) {
     return replyWith(me);
 }
 
-// The last lines of the log, whole ones.
+// Answers with the last complete lines of the log.
 Reply logTail(Request const&) {
     std::ifstream log(BEConfig::LOG_FILE, std::ios::binary | std::ios::ate);
     std::streamoff const size = log ? static_cast<std::streamoff>(log.tellg()) : 0;

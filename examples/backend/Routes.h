@@ -1,4 +1,4 @@
-// From a request to its answer: who asks, for what, and which part of the back end answers.
+// Finds the session of a request, and the function that answers it.
 #pragma once
 
 #include <functional>
@@ -7,22 +7,22 @@
 
 class Routes {
   public:
-    explicit Routes(bool locksOut = true);  // clients that guess at passwords
+    explicit Routes(bool locksOut = true);  // clients that guess passwords
 
-    // The methods that there may be at a path, separated by commas.
+    // Returns the methods that are allowed at a path, separated by commas.
     std::string methodsAt(std::string const& path) const;
 
-    // To a request of such a method.
+    // Answers a request whose method is one of those.
     Reply answer(Request request);
 
     void closeExpiredSessions() { sessions_.closeExpired(); }
 
   private:
-    // Of whom a route answers.
+    // Who may use a route.
     enum Visitor { ANYONE, USER_WITH_ANY_PASSWORD, USER, ADMINISTRATOR };
 
     struct Route {
-        std::string path;  // with a star at its end also what is below
+        std::string path;  // a star at the end matches anything
         char const* methods;
         Visitor visitor;
         std::function<Reply(Request const& request)> answer;
@@ -35,5 +35,5 @@ class Routes {
 
     Sessions sessions_;
     Login login_;
-    std::vector<Route> const routes_;  // the first that fits counts
+    std::vector<Route> const routes_;  // the first match is used
 };

@@ -35,7 +35,8 @@ bool Session::isExpired() const {
     return Clock::now() - lastUse_ > std::chrono::seconds(BEConfig::AUTH_EXPIRATION);
 }
 
-// Takes no memory. Controllers are removed after the lock is given up: that may wait for a save.
+// Does not allocate. The sessions are destroyed after the mutex is released, because removing a controller may wait for a
+// save.
 template <typename Condition>
 void Sessions::endThose(Condition const& condition) {
     decltype(entries_) ended;

@@ -9,9 +9,9 @@
 #include <string>
 #include <utility>
 
-// One logged-in user. In multi-database mode a session has a controller of its own, which lives as
-// long as the session or the last request that uses it. The session reads each database in there until
-// it has to see a newer version: from then on it reads that database as all others do.
+// One logged-in user. In multi-database mode a session has its own controller, which is removed with the last reference
+// to the session. The session reads a database in that controller until it has to see a newer version; from then on it
+// reads that database as it is saved.
 struct Session {
     Session(std::string name, std::string itsRole, std::string key, bool mustChange = false);
     ~Session();
@@ -21,8 +21,8 @@ struct Session {
     bool isAdministrator() const { return role == "administrator"; }
     bool hasDatabase() const { return databaseKey != "default"; }
 
-    // Whether it reads the database of an API type in its own controller, and that it no longer does.
-    // Safe from any thread.
+    // seesOwn() returns whether the session reads the database of an API type in its own controller; seeSaved() ends
+    // that. Safe from any thread.
     bool seesOwn(unsigned int type) const { return hasDatabase() && (renewed_ >> type & 1U) == 0; }
     void seeSaved(unsigned int type) const { renewed_ |= 1U << type; }
 
@@ -30,10 +30,10 @@ struct Session {
     std::string const role;
     std::string const databaseKey;  // of its controller
 
-    // Until the user has a new password, it may do nothing else than set one.
+    // While true, the user may only set a new password.
     std::atomic<bool> mutable mustChangePassword;
 
-    // Both for Sessions, one thread at a time.
+    // For Sessions, which calls them from one thread at a time.
     bool isExpired() const;
     void use() const { lastUse_ = Clock::now(); }
 
@@ -45,25 +45,25 @@ struct Session {
 };
 typedef std::shared_ptr<Session const> SessionRef;
 
-// The header that gives a page the token, or takes it away when that is empty.
+// Returns the header that sets the session's cookie, or removes it if the token is empty.
 std::pair<std::string, std::string> sessionCookie(std::string const& token);
 
-// A session ends by logging out, and BEConfig::AUTH_EXPIRATION seconds after its last request. Safe from any thread.
+// A session ends at logout, or BEConfig::AUTH_EXPIRATION seconds after its last request. Safe from any thread.
 class Sessions {
   public:
-    // The token of a new session; empty when there are too many, or no random numbers. Earlier
-    // sessions of the user end, unless BEConfig::DUPLICATE_LOGIN_ENABLE is "1".
+    // Opens a session and returns its token; empty if there are too many sessions, or no random numbers. Ends the user's
+    // earlier sessions unless BEConfig::DUPLICATE_LOGIN_ENABLE is "1".
     std::string open(std::string const& user, std::string const& role, bool mustChangePassword);
 
-    SessionRef find(std::string const& token);  // null for a token that is unknown or expired
+    SessionRef find(std::string const& token);  // null if unknown or expired
     void close(std::string const& token);
     void closeOthers(Session const& session);  // of its user
-    void closeExpired();                       // frees what they hold
+    void closeExpired();                       // frees their controllers
 
   private:
     template <typename Condition>
     void endThose(Condition const& condition);
 
-    std::map<std::string, SessionRef> entries_;  // by the keyed hash of the token
+    std::map<std::string, SessionRef> entries_;  // by keyedHash of the token
     std::mutex mutex_;
 };

@@ -1,11 +1,10 @@
-// The web back end of a home gateway, small: log in, and read and change the nine databases.
+// A small web back end of a home gateway: users log in, and read and change the nine databases.
 //
 //   backend [--any] [--name NAME]... [CONFIGURATION-FILE]
 //
-// Works in the current directory, on what the configuration file (backend.json) names there. Listens
-// on the loopback interface; with --any on all of them. Answers to requests for an IP address, for
-// localhost and for each NAME. Ends on SIGTERM and SIGINT. When it cannot start, it prints the reason on
-// standard error and exits with status 1.
+// Relative paths in the configuration file (backend.json) start at the current directory. Listens on the loopback interface,
+// with --any on all interfaces. Accepts requests whose Host is an IP address, localhost or a NAME. Ends on SIGTERM and
+// SIGINT. If it cannot start, it prints the reason on standard error and exits with status 1.
 #include <BEConfig.h>
 #include <JsonData.h>
 #include <LocalDbCtrl.h>
@@ -23,7 +22,7 @@
 
 namespace {
 
-// Before there are threads, which inherit it: only sigtimedwait gets these signals.
+// Blocks the signals before any thread is started, so that only sigtimedwait receives them.
 sigset_t holdBackSignals() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -33,8 +32,8 @@ sigset_t holdBackSignals() {
     return signals;
 }
 
-// The configuration, or null, with the reason on standard error. The library would fall back to its defaults: other
-// ports, no TLS, no lock-out.
+// Returns the configuration, or null, with the reason on standard error. The library itself would fall back to its defaults:
+// other ports, no TLS, no lock-out.
 Node readSettings(std::string const& file) {
     Node document(JsonData::createObjectFromFile(file.c_str()));
     if (document == nullptr || document->presence("any") == TreeMapObject::IMPOSSIBLE) {
@@ -45,7 +44,7 @@ Node readSettings(std::string const& file) {
     return document;
 }
 
-// As BEConfig::init reads it: when the record of logins is not running, it may also be that the disk is full.
+// Reads the setting as BEConfig::init does. BELoginRecord::isRunning does not tell: it is false when the disk is full, too.
 bool locksOut(TreeMapObject& settings) {
     char const key[] = "enable_bruteforce_prevent";
     return settings.presence(key) != TreeMapObject::PRESENT || settings.get<int>(key) == 1;
@@ -60,7 +59,7 @@ void warnOfOpenDoors(bool locksOut) {
     }
 }
 
-// Until a signal ends it. False when it could not begin.
+// Serves until a signal arrives. Returns false if it could not start.
 bool serve(bool locksOut, std::vector<std::string> const& names, bool onAllInterfaces,
            sigset_t const& signals) {
     Routes routes(locksOut);
@@ -76,7 +75,7 @@ bool serve(bool locksOut, std::vector<std::string> const& names, bool onAllInter
 }  // namespace
 
 int main(int, char** argv) {
-    // A handler would let Asio's destructors wait for threads that do not end.
+    // Not by catching exceptions: the destructor of a half-started asio::thread_pool waits for ever.
     std::set_terminate([] {
         std::fprintf(stderr, "not enough memory or threads\n");
         std::_Exit(1);
@@ -102,7 +101,8 @@ int main(int, char** argv) {
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     BEConfig::init(file.c_str());
     Logger::init();
-    signal(SIGSEGV, SIG_DFL);  // a process that crashes must end, so that it is started again
+    signal(SIGSEGV,
+           SIG_DFL);  // undoes Logger::init: a crashed process has to end, to be started again
     LocalDbCtrl::init();
     warnOfOpenDoors(locksOut(*settings));
     bool const served = serve(locksOut(*settings), names, onAllInterfaces, signals);

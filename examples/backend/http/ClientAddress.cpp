@@ -1,4 +1,4 @@
-// Reduces addresses to what counts as one client.
+// Converts addresses, and reduces them to the network that counts as one client.
 #include "ClientAddress.h"
 
 #include <arpa/inet.h>

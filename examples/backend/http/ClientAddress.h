@@ -1,18 +1,18 @@
-// Who a client is: its address, and the network that it shares with nobody else.
+// Client addresses, and the networks by which clients are counted.
 #pragma once
 
 #include <netinet/in.h>
 
 #include <string>
 
-// Of IPv4 as ::ffff:a.b.c.d, which is also what a mapped address is; without a scope.
+// Returns the address without its scope; an IPv4 address as ::ffff:a.b.c.d, like a mapped one.
 in6_addr addressOf(sockaddr const& peer);
 
-// Whoever has one address of IPv6 has all 2^64 of its network; of IPv4 it has this one.
+// Returns the /64 network of an IPv6 address, all of which one client may use; an IPv4 address unchanged.
 in6_addr networkOf(in6_addr address);
 
-// 192.0.2.1 or 2001:db8::1
+// Returns 192.0.2.1 or 2001:db8::1.
 std::string textOf(in6_addr const& address);
 
-// The network of an address that textOf gave: 192.0.2.1 or 2001:db8::/64. What is no address stays.
+// Returns the network of an address from textOf: 192.0.2.1 or 2001:db8::/64. Any other string is returned unchanged.
 std::string networkOf(std::string const& address);

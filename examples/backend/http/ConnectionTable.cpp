@@ -1,4 +1,4 @@
-// Knows every connection, its client and its deadline.
+// Counts the connections of each client, and shuts down those whose time is over.
 #include "ConnectionTable.h"
 
 #include <sys/resource.h>
@@ -13,13 +13,13 @@ typedef ConnectionTable::Connection Connection;
 
 bool isOpen(Connection const& connection) { return connection.socket >= 0; }
 
-// The descriptor is still that of the connection: close() comes before it is closed.
+// The descriptor still belongs to the connection, because close() is called before the socket is closed.
 void shutDown(Connection& connection) {
     shutdown(connection.socket, SHUT_RDWR);
     connection.end = ConnectionTable::Clock::time_point::max();
 }
 
-// What the system's limit of descriptors leaves.
+// Returns how many connections the process's limit of descriptors allows.
 long maximumOfConnections() {
     rlimit limit = {};
     getrlimit(RLIMIT_NOFILE, &limit);
@@ -73,7 +73,7 @@ void ConnectionTable::limit(Connection* connection, std::chrono::seconds time) {
     }
 }
 
-// Sleeps while there are no connections.
+// Sleeps as long as there are no connections.
 void ConnectionTable::watch(std::stop_token const& stop) {
     std::unique_lock<std::mutex> lock(mutex_);
     while (!stop.stop_requested()) {

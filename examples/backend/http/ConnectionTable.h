@@ -1,5 +1,5 @@
-// The open connections of all ports: how many a client may have, and how long each may stay. Safe from any
-// thread; nothing throws or allocates.
+// The open connections of all ports: limits their number per client, and the time of each. Safe from any thread; does not
+// throw or allocate.
 #pragma once
 
 #include <netinet/in.h>
@@ -19,21 +19,22 @@ class ConnectionTable {
     struct Connection {
         int socket = -1;  // none
         in6_addr client = {};
-        Clock::time_point end = Clock::time_point::max();  // when it is shut down
+        Clock::time_point end = Clock::time_point::max();  // deadline
     };
 
     ConnectionTable();
 
-    // One client gets half of the room that is left, and at any time its first connection, and a second one while
-    // that is being closed.
+    // A client may have half of the connections that are left, and always two: a second one while the first is being
+    // closed.
     bool hasRoomFor(in6_addr const& client);
 
-    // Begins the time for a handshake. When there are too many, the one whose time is over first is shut down,
-    // and when that is not done yet, this one: null. The socket is the caller's, who closes it after close().
+    // Adds a connection and starts its handshake time. If there are too many, shuts down the one with the earliest
+    // deadline; if no entry is free yet, shuts down this one and returns null. The caller owns the socket, and closes it
+    // after close().
     Connection* open(int socket, in6_addr const& client);
     void close(Connection* connection);
 
-    // From now on; then the connection is shut down, whatever its client sends meanwhile.
+    // Sets the deadline, counted from now, at which the connection is shut down whatever its client sends.
     void limit(Connection* connection, std::chrono::seconds time);
 
   private:

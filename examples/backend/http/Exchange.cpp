@@ -1,4 +1,4 @@
-// Collects a request, has it answered by a worker, and resumes its connection.
+// Collects a request, makes its reply, and resumes its connection.
 #include "Exchange.h"
 
 #include <BEConfig.h>
@@ -20,7 +20,7 @@ Headers const CROSS_DOMAIN = {
     {"Access-Control-Expose-Headers", "ETag, Location, Retry-After"},
 };
 
-// Those without a value are not sent.
+// Headers with an empty value are not sent.
 Headers headersOf(Reply const& reply, bool closes) {
     Headers headers = {
         {"Cache-Control", reply.etag.empty() ? "no-store" : "no-cache, private"},
@@ -40,7 +40,7 @@ Headers headersOf(Reply const& reply, bool closes) {
     return headers;
 }
 
-// Made at the start, as there may be no memory for them later.
+// Made at start-up, because there may be no memory for them later.
 Reply const OUT_OF_MEMORY = refuse(503, "out of memory", 1);
 Reply const INTERNAL_ERROR = refuse(500, "internal error");
 Reply const REFUSED = refuse(503, "the back end is stopping, or out of memory", 5);
@@ -52,7 +52,7 @@ Exchange::Exchange(MHD_Connection* connection, Request request, Routes& routes,
     : connection_(connection), routes_(routes), request_(std::move(request)) {
     try {
         auto const length = readHead(connection, request_);
-        // A short body is read all the same: closing before that could take the reply away from the client.
+        // A short body is read even if it is refused: closing the connection before could lose the reply.
         isLast_ = length > MAX_UNUSED_BODY;
         admit(request_, length != 0, routes.methodsAt(request_.path), names);
         require(length.value_or(0) <= MAX_BODY, 413, "the body is too long");

@@ -1,5 +1,5 @@
-// One request with its reply: read by the thread of the network, answered by a worker, to which the
-// connection is left meanwhile.
+// One request with its reply. The network thread reads the request; a worker makes the reply while the connection is
+// suspended.
 #pragma once
 
 #include <microhttpd.h>
@@ -8,25 +8,25 @@
 
 class Exchange {
   public:
-    // The request has a method, a path and a client's address so far. `names`: see admit().
+    // The request has its method, path and client address; the constructor adds the rest. `names`: see admit().
     Exchange(MHD_Connection* connection, Request request, Routes& routes,
              std::vector<std::string> const& names);
 
-    // A part of the body. False when there is too much of it.
+    // Takes a part of the body. Returns false if the body is too long.
     bool receive(char const* data, std::size_t size);
 
-    // Whether the reply goes out before the body is read; then it is the last of the connection.
+    // Returns whether this is the connection's last exchange, whose reply is sent before the body is read.
     bool isLast() const { return isLast_; }
 
-    // Whether there is a reply to send. Otherwise the connection is suspended until answer() has made it, and
-    // libmicrohttpd asks again.
+    // Returns whether there is a reply to send. If not, the connection is suspended until answer() has made one, and
+    // libmicrohttpd calls again.
     bool isAnswered() const { return reply_ != nullptr; }
 
-    // Makes the reply and resumes the connection. When the back end is stopping, or has no memory for a
-    // worker's task, it is a refusal.
+    // Makes the reply and resumes the connection. `isRefused`: the back end is stopping, or has no memory for the task;
+    // the reply says so.
     void answer(bool isRefused) noexcept;
 
-    // MHD_NO when there is no memory for it. Throws std::bad_alloc.
+    // Queues the reply. Returns MHD_NO, or throws std::bad_alloc, if there is no memory for it.
     MHD_Result send();
 
   private:

@@ -1,4 +1,4 @@
-// Starts and stops the daemons of all ports.
+// Starts and stops a libmicrohttpd daemon for each port and address family, and handles its callbacks.
 #include "HttpServer.h"
 
 #include <BEConfig.h>
@@ -20,7 +20,7 @@ namespace {
 
 typedef ConnectionTable::Connection Connection;
 
-auto const FAREWELL = std::chrono::milliseconds(100);  // in which the last replies leave
+auto const FAREWELL = std::chrono::milliseconds(100);  // time to send the last replies
 
 std::set<int> portsIn(std::string const& list) {
     std::set<int> ports;
@@ -33,7 +33,8 @@ std::set<int> portsIn(std::string const& list) {
     return ports;
 }
 
-// A part of a URL. What cannot be decoded, or would end the text, becomes what no URL may contain.
+// Decodes a part of a URL in place. An invalid escape, or an escaped NUL, turns it into a control character, which is
+// refused later.
 size_t decode(void*, MHD_Connection*, char* text) {
     for (char const* c = std::strchr(text, '%'); c != nullptr; c = std::strchr(c + 1, '%')) {
         if (std::isxdigit(static_cast<unsigned char>(c[1])) == 0 ||
@@ -55,7 +56,7 @@ HttpServer::~HttpServer() {
         std::lock_guard<std::mutex> const guard(mutex_);
         isStopping_ = true;
     }
-    workers_.join();  // hence no connection is suspended, which MHD_stop_daemon requires
+    workers_.join();  // so that no connection is suspended, as MHD_stop_daemon requires
     std::this_thread::sleep_for(FAREWELL);
     for (MHD_Daemon* const daemon : daemons_) {
         MHD_stop_daemon(daemon);
@@ -104,8 +105,8 @@ struct HttpServer::Callbacks {
         return nullptr;
     }
 
-    // When the headers are there, for each part of the body, at its end, and when there is a reply. An
-    // exception must not pass through libmicrohttpd: it ends the connection.
+    // Called when the headers have arrived, for each part of the body, at its end, and when the connection is resumed. An
+    // exception must not pass through libmicrohttpd, so it ends the connection.
     static MHD_Result onRequest(void* self, MHD_Connection* connection, char const* path,
                                 char const* method, char const* version, char const* data,
                                 size_t* size, void** context) {
@@ -152,7 +153,7 @@ struct HttpServer::Callbacks {
     }
 };
 
-// The exchange may be answered and gone before this returns.
+// The exchange may be answered and deleted before this returns.
 void HttpServer::submit(MHD_Connection* connection, Exchange& exchange) {
     std::lock_guard<std::mutex> const guard(mutex_);
     MHD_suspend_connection(connection);
@@ -167,8 +168,8 @@ void HttpServer::submit(MHD_Connection* connection, Exchange& exchange) {
     }
 }
 
-// libmicrohttpd's own limits are off: of time, as it means silence, and of clients, as it counts whole
-// addresses on one port.
+// libmicrohttpd's own limits are not used: its timeout counts only silence, and its limit per client counts whole IPv6
+// addresses, on one port.
 bool HttpServer::serve(int family, int port, bool onAllInterfaces) {
     bool const isSix = family == AF_INET6;
     bool const isPlain = BEConfig::ENABLE_HTTPS == 0;

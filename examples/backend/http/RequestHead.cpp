@@ -1,4 +1,4 @@
-// Reads and checks what comes before the body, and refuses what is not for this server.
+// Reads and checks the headers, and refuses requests that are not for this server.
 #include "RequestHead.h"
 
 #include <BEConfig.h>
@@ -13,10 +13,10 @@
 
 namespace {
 
-// Names and values in libmicrohttpd's memory, which stay as long as the request.
+// Names and values in libmicrohttpd's memory, valid as long as the request.
 typedef std::vector<std::pair<std::string_view, std::string_view>> Fields;
 
-// Those the back end heeds. One that is there twice could be read in two ways.
+// The headers that the back end uses. A repeated one is ambiguous.
 char const* const HEEDED[] = {"authorization", "content-length", "content-type",
                               "cookie",        "host",           "if-match",
                               "if-none-match", "origin",         "transfer-encoding"};
@@ -33,7 +33,7 @@ Fields fieldsOf(MHD_Connection* connection, MHD_ValueKind kind) {
     };
     int const count = MHD_get_connection_values_n(connection, kind, nullptr, nullptr);
     require(count <= MAX_HEADERS, 400, "too many headers or parameters");
-    Fields fields;  // with room for all, as an exception must not pass through libmicrohttpd
+    Fields fields;  // reserved, because an exception must not pass through libmicrohttpd
     fields.reserve(MAX_HEADERS);
     MHD_get_connection_values_n(connection, kind, collect, &fields);
     return fields;
@@ -50,12 +50,12 @@ std::string lowerCase(std::string_view text) {
     return lower;
 }
 
-// Keeps the headers that are heeded. Conditions that are there twice make one list.
+// Keeps the headers that are used. Repeated conditions are joined to one list.
 void readHeaders(Fields const& fields, Request& request) {
     for (auto const& [field, value] : fields) {
         std::string const name = lowerCase(field);
         bool const isHeeded = std::ranges::count(HEEDED, name) > 0;
-        // libmicrohttpd takes the second line of a folded header for a part of its name
+        // libmicrohttpd takes the second line of a folded header as a part of its name
         bool const isFolded = !isHeeded && (name.starts_with("content-length") ||
                                             name.starts_with("transfer-encoding"));
         require(isToken(field) && !isFolded && value.find('\r') == std::string_view::npos, 400,
@@ -84,8 +84,8 @@ std::optional<std::uint64_t> lengthOf(Request const& request) {
     return isChunked ? std::nullopt : std::optional(length);
 }
 
-// Of the session: for programs as "Authorization: Bearer <token>", for pages as a cookie. MHD_COOKIE_KIND is not used,
-// as it does not tell "session" from the "SESSION" of another server on this host.
+// Returns the session's token: programs send "Authorization: Bearer <token>", pages a cookie. MHD_COOKIE_KIND is not used,
+// because it ignores case: another server on this host may have a cookie "SESSION".
 std::string tokenOf(Request const& request) {
     std::string const scheme = "bearer ";
     std::string const value = request.header("authorization");
@@ -99,7 +99,7 @@ std::string tokenOf(Request const& request) {
     return cookies.substr(start, cookies.find(';', start) - start);
 }
 
-// Without the port, and the brackets around an address of IPv6; "" when it is malformed.
+// Returns the host without port and brackets; "" if it is malformed.
 std::string hostIn(std::string const& authority) {
     bool const isBracketed = authority.starts_with('[');
     size_t const end = std::min(authority.find(isBracketed ? ']' : ':'), authority.size());
@@ -110,7 +110,7 @@ std::string hostIn(std::string const& authority) {
     return isMalformed ? "" : authority.substr(isBracketed, end - isBracketed);
 }
 
-// A page elsewhere could read our answers if it came from a name that its maker lets lead to this address.
+// A name could be one that an attacker has made to resolve to this address (DNS rebinding), so only known names pass.
 bool isOurs(std::string const& authority, std::vector<std::string> const& names) {
     std::string const host = lowerCase(hostIn(authority));
     in6_addr address = {};
@@ -129,9 +129,9 @@ bool isForeign(Request const& request) {
 
 std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& request) {
     if (request.method == "HEAD") {
-        request.method = "GET";  // the body is left out later
+        request.method = "GET";  // libmicrohttpd leaves out the body
     } else if (!isToken(request.method) || request.method.size() > MAX_METHOD) {
-        request.method = "?";  // it would go into the log
+        request.method = "?";  // keeps it out of the log
     }
     Fields const headers = fieldsOf(connection, MHD_HEADER_KIND);
     Fields const parameters = fieldsOf(connection, MHD_GET_ARGUMENT_KIND);

@@ -1,4 +1,4 @@
-// What a client sent before the body: read from libmicrohttpd, and not trusted yet.
+// Reads and checks the request line and headers, which are not trusted yet.
 #pragma once
 
 #include <microhttpd.h>
@@ -8,13 +8,13 @@
 
 #include "Reply.h"
 
-// Completes a request, except its body, whose length it returns; nothing when only its end will tell. The headers
-// have arrived. Throws a refusal where it is unclear where the request ends, or what it means: what follows on
-// this connection must not be taken for a request then.
+// Reads the headers and parameters into the request. Returns the length of the body; nullopt for a chunked one. Throws a
+// refusal if the end of the request, or its meaning, is ambiguous: the bytes that follow on this connection must not be
+// taken for another request.
 std::optional<std::uint64_t> readHead(MHD_Connection* connection, Request& request);
 
-// Throws the reply to a request that is not let in, before anything is counted, read or changed: for another host, of a
-// foreign page, by none of the methods that its path has, with a body that is not JSON. And to OPTIONS. The host may
-// be one of the names, or any IP address.
+// Throws the reply to a request that is refused before anything is counted, read or changed: its Host is neither an IP
+// address nor one of the names, it comes from another site's page, its method is not in `methods`, or its body is not said
+// to be JSON. Also throws the reply to OPTIONS.
 void admit(Request const& request, bool hasBody, std::string const& methods,
            std::vector<std::string> const& names);
