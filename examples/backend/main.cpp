@@ -101,8 +101,8 @@ int main(int, char** argv) {
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     BEConfig::init(file.c_str());
     Logger::init();
-    signal(SIGSEGV,
-           SIG_DFL);  // undoes Logger::init: a crashed process has to end, to be started again
+    // undoes what Logger::init does: a process that crashes has to end, so that it is started again
+    signal(SIGSEGV, SIG_DFL);
     LocalDbCtrl::init();
     warnOfOpenDoors(locksOut(*settings));
     bool const served = serve(locksOut(*settings), names, onAllInterfaces, signals);
