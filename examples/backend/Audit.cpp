@@ -31,6 +31,20 @@ std::string now() {
     return text;
 }
 
+// It begins with the line break, so that a line cut short by a full disk does not spoil the next one.
+std::string lineOf(std::string const& user, std::string const& address, std::string const& what,
+                   char const* path) {
+    TreeMapObject entry(false);
+    entry.set("time", now().c_str());
+    entry.set("user", user.c_str());
+    entry.set("address", address.c_str());
+    entry.set("what", what.c_str());
+    entry.set("path", path);
+    std::string text = replyWith(entry).body;
+    std::erase(text, '\n');
+    return "\n" + text;
+}
+
 bool append(std::string const& text) {
     int const file = open(FILE_NAME, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     bool const isWritten = write(file, text.data(), text.size()) == ssize_t(text.size());
@@ -49,28 +63,22 @@ void readInto(TreeMapObject& entries, char const* name) {
 }  // namespace
 
 void audit(std::string const& user, std::string const& address, std::string const& what,
-           char const* path) noexcept try {
-    TreeMapObject entry(false);
-    entry.set("time", now().c_str());
-    entry.set("user", user.c_str());
-    entry.set("address", address.c_str());
-    entry.set("what", what.c_str());
-    entry.set("path", path);
-    std::string text = replyWith(entry).body;
-    std::erase(text, '\n');
-    text.insert(0, "\n");  // so that a line cut short by a full disk does not spoil the next one
-    std::lock_guard<std::mutex> const guard(ofTheFiles);
-    std::error_code none;
-    if (std::filesystem::file_size(FILE_NAME, none) + text.size() > MAX_AUDIT_FILE && !none) {
-        std::rename(FILE_NAME, OLD_FILE_NAME);
+           char const* path) noexcept {
+    try {
+        std::string const line = lineOf(user, address, what, path);
+        std::lock_guard<std::mutex> const guard(ofTheFiles);
+        std::error_code none;
+        if (std::filesystem::file_size(FILE_NAME, none) + line.size() > MAX_AUDIT_FILE && !none) {
+            std::rename(FILE_NAME, OLD_FILE_NAME);
+        }
+        if (!append(line)) {
+            Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "cannot be written to the audit: %s\n",
+                          line.c_str() + 1);
+        }
+    } catch (std::bad_alloc const&) {
+        Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "no memory for the audit of: %s\n",
+                      what.c_str());
     }
-    if (!append(text)) {
-        Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "cannot be written to the audit: %s\n",
-                      text.c_str() + 1);
-    }
-} catch (std::bad_alloc const&) {
-    Logger::print(LOG_TYPE_ERROR, LOG_GROUP_API_AL, "no memory for the audit of: %s\n",
-                  what.c_str());
 }
 
 Reply readAudit(Request const&) {
