@@ -56,6 +56,7 @@ bool FileCache::share(Read& read, FileIdentity const& file, Shared<Made>& made,
         return false;
     }
     Kept& kept = **place;
+    assert(kept.content.isSettled && kept.made);
     kept.usedAt = clock_;
     if (kept.content.isRecent) {
         recent = Shared<Kept>(addOwner(&kept));

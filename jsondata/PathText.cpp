@@ -15,6 +15,7 @@ bool isNameable(char const* name) {
 PathText::~PathText() { free(text_); }
 
 json_object* PathText::newString() const {
+    assert(length_ <= capacity_);
     return json_object_new_string_len(length_ > 0 ? text_ : "", static_cast<int>(length_));
 }
 
@@ -31,7 +32,6 @@ bool PathText::append(char const* piece) {
     }
     memcpy(text_ + length_, piece, length - length_);
     length_ = length;
-    assert(length_ <= capacity_);
     return true;
 }
 

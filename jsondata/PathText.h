@@ -1,6 +1,7 @@
 // The text of a path that grows and shrinks with a walk over a document.
 #pragma once
 
+#include <assert.h>
 #include <json-c/json.h>
 #include <stddef.h>
 
@@ -23,7 +24,10 @@ class PathText {
     bool push(Step step);
 
     size_t length() const { return length_; }
-    void cut(size_t length) { length_ = length; }  // to a length that it had
+    void cut(size_t length) {  // to a length that it had
+        assert(length <= length_);
+        length_ = length;
+    }
 
     // The path as a new json-c string; null when out of memory.
     json_object* newString() const;

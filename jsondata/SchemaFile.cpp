@@ -1,6 +1,7 @@
 // Lends a parsed schema to one validation at a time.
 #include "jsondata/SchemaFile.h"
 
+#include <assert.h>
 #include <errno.h>
 
 #include <atomic>
@@ -55,6 +56,7 @@ SchemaFile::SchemaFile(char const* name, struct stat const& status)
 
 SchemaFile::~SchemaFile() {
     if (kept_) {
+        assert(kept_->isInUse && !own_);
         kept_->isInUse.store(false, std::memory_order_release);
     }
 }

@@ -1,6 +1,8 @@
 // Hands out memory that is freed as a whole.
 #include "jsonschema/Arena.h"
 
+#include <assert.h>
+#include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -30,6 +32,7 @@ void* Arena::allocate(size_t size) {
         left_ = space;
     }
     char* const piece = next_;
+    assert(size <= left_ && reinterpret_cast<uintptr_t>(piece) % ALIGNMENT == 0);
     next_ += size;
     left_ -= size;
     return piece;

@@ -1,6 +1,8 @@
 // Applies a compiled schema to an instance, or finds the first fault of an instance that it refuses.
 #pragma once
 
+#include <assert.h>
+
 #include "jsonschema/Finding.h"
 #include "jsonschema/Pattern.h"
 #include "jsonschema/Schema.h"
@@ -32,7 +34,10 @@ class Evaluation {
             : evaluation_(evaluation), finding_(evaluation.finding_) {
             evaluation.finding_ = nullptr;
         }
-        ~Silence() { evaluation_.finding_ = finding_; }
+        ~Silence() {
+            assert(evaluation_.finding_ == nullptr);
+            evaluation_.finding_ = finding_;
+        }
         Silence(Silence const&) = delete;
         Silence& operator=(Silence const&) = delete;
 

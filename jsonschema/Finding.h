@@ -2,6 +2,8 @@
 // instance.
 #pragma once
 
+#include <assert.h>
+
 #include "jsonschema/Limits.h"
 
 namespace jsonschema {
@@ -31,8 +33,14 @@ class Finding {
     bool isEmpty() const { return cause_ == nullptr; }
     bool isUndecided() const { return undecided_; }
     bool isOfName() const { return ofName_; }
-    Node const& schema() const { return *schema_; }
-    Instruction const& cause() const { return *cause_; }
+    Node const& schema() const {
+        assert(!isEmpty());
+        return *schema_;
+    }
+    Instruction const& cause() const {
+        assert(!isEmpty());
+        return *cause_;
+    }
 
     // The way to the value: the number of each member or element.
     unsigned int const* begin() const { return numbers_; }

@@ -1,6 +1,8 @@
 // A table of member names that is filled once and only searched afterwards.
 #include "jsonschema/NameMap.h"
 
+#include <assert.h>
+
 #include "jsonschema/Hash.h"
 
 namespace jsonschema {
@@ -17,6 +19,7 @@ bool NameMap::reserve(size_t capacity, Arena& arena) {
 }
 
 void NameMap::add(Entry const& entry, Budget& budget) {
+    assert(2 * count_ < mask_);  // every search comes to a free slot
     size_t slot = slotOf(hashOfBytes(entry.name), mask_);
     while (slots_[slot] != 0 && budget.spend(1)) {
         slot = (slot + 1) & mask_;
@@ -28,6 +31,7 @@ void NameMap::add(Entry const& entry, Budget& budget) {
 NameMap::Entry const* NameMap::find(std::string_view name, Budget& budget) const {
     size_t slot = slotOf(hashOfBytes(name), mask_);
     while (slots_[slot] != 0) {
+        assert(slots_[slot] <= count_);
         Entry const& entry = entries_[slots_[slot] - 1];
         if (entry.name == name) {
             return &entry;

@@ -6,6 +6,7 @@
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include "jsonschema/Pattern.h"
 
+#include <assert.h>
 #include <pcre2.h>
 #include <stdlib.h>
 #include <string.h>
@@ -77,6 +78,7 @@ class EcmaSyntax {
     bool begins(std::string_view text) const { return rest_.substr(0, text.size()) == text; }
 
     bool take(size_t count) {
+        assert(count <= rest_.size());
         rest_.remove_prefix(count);
         return true;
     }
@@ -107,6 +109,7 @@ class Meter {
     bool charge(pcre2_callout_block const& at) {
         std::string_view const item = pattern_.substr(at.pattern_position, at.next_item_length);
         size_t const position = at.current_position;
+        assert(position <= at.subject_length);
         size_t const taken = position > lastPosition_ ? position - lastPosition_ : 0;
         size_t const ahead = std::min(at.subject_length - position, readInVain(item));
         size_t const weight = 1 + item.size() / 16;  // a long class costs that for each character

@@ -1,4 +1,6 @@
 // Finds the schemas that the references of a schema name, in the same document.
+#include <assert.h>
+
 #include "jsonschema/Compiler.h"
 #include "jsonschema/Json.h"
 #include "jsonschema/Uri.h"
@@ -46,6 +48,7 @@ void Compiler::identify(Source& source) {
     UriParts const parts(uri);
     bool const isName = !parts.fragment.empty();  // "#name": the base stays as it is
     *identified = {isName ? uri : parts.document, &source, nullptr};
+    assert(lastIdentified_->next == nullptr);
     lastIdentified_->next = identified;
     lastIdentified_ = identified;
     ++identifiers_;
@@ -99,6 +102,7 @@ Node const* Compiler::readTarget(json_object* document, Node const& base, UriPar
     if (made(pointer.data()) == nullptr) {
         return nullptr;
     }
+    assert(last_ != nullptr && last_->next == nullptr);
     Source* const before = last_;
     base_ = uri.document;
     Node const* const node = readSchema(document, {&base, nullptr, pointer.data()}, nullptr);

@@ -1,6 +1,7 @@
 // Writes text into a buffer of fixed size, cut between characters.
 #include "jsonschema/Text.h"
 
+#include <assert.h>
 #include <string.h>
 
 #include <charconv>
@@ -48,6 +49,7 @@ void Text::append(std::string_view character) {
         length_ = whole_;
         character = ELLIPSIS;
     }
+    assert(whole_ <= length_ && length_ + character.size() < size_);
     memcpy(buffer_ + length_, character.data(), character.size());
     length_ += character.size();
     buffer_[length_] = '\0';

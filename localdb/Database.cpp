@@ -53,6 +53,7 @@ bool Database::load(char const* function, int number, uint64_t& version) {
 
 uint64_t Database::remember(std::unique_ptr<FileContent> content) {
     uint64_t const version = content->bytes.version();
+    assert(hasValue() && version != 0);  // 0 is that of no content
     if (origins_ != nullptr) {
         Origin& origin = origins_->of[apiType];
         origin.set(document_->jobj, version);

@@ -54,6 +54,7 @@ bool DatabaseChange::add(Database const& database) {
 }
 
 bool DatabaseChange::findChanged() {
+    assert(changedCount_ == 0);
     for (int i = 0; i < count_; ++i) {
         File& file = files_[i];
         SaveTarget target;
@@ -105,6 +106,9 @@ bool DatabaseChange::saveTogether(FileChange& change) const {
     return isComplete && change.commit();
 }
 
-uint64_t DatabaseChange::version() const { return hashOf(files_[0].text, files_[0].length); }
+uint64_t DatabaseChange::version() const {
+    assert(count_ > 0);
+    return hashOf(files_[0].text, files_[0].length);
+}
 
 }  // namespace vobiutils

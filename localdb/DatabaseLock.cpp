@@ -78,6 +78,7 @@ bool waitFor(Database& database, timespec const* deadline) {
         inTime = self.released.wait(handOver, deadline);  // handOver is free during the wait
         acquired = firstWaiter(database.mutex) == &self && tryAcquire(database);
     }
+    assert(!acquired || firstWaiter(database.mutex) == &self);
     waiters.remove(&self);
     return acquired;
 }
@@ -112,6 +113,7 @@ void release(Database& database) {
 
 void endWriting(Database& database) {
     MutexGuard const guard(handOver);
+    assert(database.state() == DB_STATE_WRITING);
     database.setState(database.idleState());
     wakeFirstWaiter(database.mutex);
 }
@@ -130,6 +132,7 @@ bool isUnlocked(LOCALDB_HANDLER& controller) {
 
 Claim::Claim(Database const& acquired) : database_(acquired) {
     MutexGuard const guard(handOver);
+    assert(pthread_mutex_trylock(&database_.mutex) != 0);  // the caller holds it
     claims.append(this);
 }
 

@@ -1,6 +1,7 @@
 // The table of origins, and when one still holds.
 #include "localdb/DocumentOrigin.h"
 
+#include <assert.h>
 #include <pthread.h>
 #include <stdint.h>
 #include <sys/stat.h>
@@ -43,6 +44,7 @@ void Origin::set(json_object* value, uint64_t contentVersion) {
 void Origin::forget() { set(nullptr, 0); }
 
 bool Origin::isCurrent(char const* name) const {
+    assert(root && file->file);
     struct stat status;
     return file->isSettled && !file->isRecent && name != nullptr && stat(name, &status) == 0 &&
            FileIdentity(status) == file->identity;
@@ -50,6 +52,7 @@ bool Origin::isCurrent(char const* name) const {
 
 void addOrigins(Origins* origins) {
     MutexGuard const guard(tableLock);
+    assert(find(origins->controller) == nullptr);
     chainOf(origins->controller).append(origins);
 }
 

@@ -14,6 +14,8 @@
 //   unlock  2      document there           1            released   0
 //   either  2      no document              0            released   2
 //   either  0, 1   -                        unchanged    released   2
+#include <assert.h>
+
 #include <optional>
 
 #include "LocalDbCtrl.h"
@@ -90,6 +92,7 @@ TreeMapObject* LocalDbCtrl::lockDbObject(unsigned int apiType, char const* path,
     acquire(*database);
     TreeMapObject* const object = documentOrNode(*database, path);
     if (object != nullptr) {
+        assert(database->document() != nullptr && database->state() == DB_STATE_ACCESSIBLE);
         database->forgetOrigin();
         database->setState(DB_STATE_WRITING);
     }
@@ -110,6 +113,7 @@ int LocalDbCtrl::saveDbObject(API_TYPE_T apiType, char const* sessionKey) {
     if (database->document() != nullptr) {
         uint64_t version = 0;
         result = database->save(version);
+        assert(database->document() == nullptr);  // the state will be 0
     } else {
         UTIL_DEBUG("%s: there is something wrong, I am is not initialized already!\n",
                    "saveDbObject");

@@ -19,6 +19,8 @@
 //
 // The registry mutex is never held while a line is logged, a file is read, or a controller is made
 // or destroyed.
+#include <assert.h>
+
 #include "localdb/Chain.h"
 #include "localdb/Condition.h"
 #include "localdb/ControllerTable.h"
@@ -50,6 +52,7 @@ Added add(char const* key, LOCALDB_HANDLER* controller) {
 }
 
 void begin(ControllerUse& use, LOCALDB_HANDLER* controller) {
+    assert(use.controller == nullptr);  // once at most
     use.controller = controller;
     if (controller != nullptr) {
         uses.append(&use);
@@ -125,6 +128,7 @@ bool removeWhenIdle(char const* key, LOCALDB_HANDLER*& controller) {
         if (isIdle(controller)) {
             removeEntry(entry);
             endRemovals(controller);
+            assert(removal.controller == nullptr);
             return true;
         }
         useEnded.wait(registryLock);  // the mutex is free meanwhile, and the entry may go

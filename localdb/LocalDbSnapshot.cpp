@@ -1,6 +1,7 @@
 // Reads in a document that many threads share: only with functions that write nothing to it.
 #include "LocalDbSnapshot.h"
 
+#include <assert.h>
 #include <sys/stat.h>
 
 #include <new>
@@ -66,6 +67,7 @@ LocalDbSnapshot::LocalDbSnapshot(unsigned int apiType)
     Shared<SharedDocument> document;
     status_ = findDocument(apiType, document);
     document_ = document.release();
+    assert((document_ != nullptr) == (status_ == READ));
 }
 
 LocalDbSnapshot::LocalDbSnapshot() : document_(nullptr), status_(BAD_ARGUMENTS) {}

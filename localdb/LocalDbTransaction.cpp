@@ -8,6 +8,8 @@
 // can follow.
 #include "LocalDbTransaction.h"
 
+#include <assert.h>
+
 #include <new>
 #include <optional>
 #include <utility>
@@ -133,6 +135,8 @@ LocalDbTransaction::Status LocalDbTransaction::lock(Database const& wanted, char
         return NO_MEMORY;
     }
     Status const status = added->prepare(path, deadline_, object);
+    assert(status != LOCKED || object != nullptr);
+    assert(status == LOCKED || !added->isHeld());
     if (status == LOCKED) {
         std::unique_ptr<TransactionLock>* end = &locks_;
         while (*end != nullptr) {

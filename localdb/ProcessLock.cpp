@@ -96,6 +96,7 @@ bool ProcessLock::lock() {
     inode_ = status.st_ino;
     process_ = getpid();
     ProcessLock const* const shared = findShared();
+    assert(shared == nullptr || shared->file_);
     return shared != nullptr ? file_.duplicate(shared->file_) : file_.tryLock();
 }
 

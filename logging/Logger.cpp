@@ -2,6 +2,7 @@
 // library itself logs through the macros of Log.h.
 #include "Logger.h"
 
+#include <assert.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <stdarg.h>
@@ -68,6 +69,7 @@ class Line {
         int const nameLength = makeRoom(strlen(name));
         char* const message =
             text_ + snprintf(text_, size_, "%-14.*s|%5s: ", nameLength, name, levelLabel(level));
+        assert(message + MESSAGE_SIZE <= text_ + size_);
         if (format == nullptr || vsnprintf(message, MESSAGE_SIZE, format, arguments) < 0) {
             *message = '\0';
         }

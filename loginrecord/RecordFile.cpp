@@ -1,6 +1,7 @@
 // The record file as a json-c array.
 #include "loginrecord/RecordFile.h"
 
+#include <assert.h>
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -79,7 +80,10 @@ RecordFile::~RecordFile() {
     }
 }
 
-size_t RecordFile::count() const { return json_object_array_length(clients_); }
+size_t RecordFile::count() const {
+    assert(isWellFormed());
+    return json_object_array_length(clients_);
+}
 
 json_object* RecordFile::find(char const* ipAddress, char const* subject) const {
     size_t const end = count();

@@ -1,6 +1,7 @@
 // A record is read loosely, printed again, and believed only if that gives the same bytes.
 #include "jsondata/files/ChangeRecord.h"
 
+#include <assert.h>
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -85,6 +86,7 @@ size_t ChangeRecord::print(char (&text)[SIZE]) const {
     uint64_t const sum = hashOf(text, length);
     length +=
         static_cast<size_t>(snprintf(text + length, SIZE - length, "sum %016" PRIx64 "\n", sum));
+    assert(length < SIZE);  // nothing was cut
     return length;
 }
 
@@ -106,6 +108,7 @@ bool ChangeRecord::parseLine(char const* line) {
 }
 
 bool ChangeRecord::parse(char const* text) {
+    assert(count_ == 0);
     char const* line = text;
     if (!skip(line, HEADING)) {
         return false;

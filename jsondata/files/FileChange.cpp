@@ -1,6 +1,8 @@
 // Prepares a change, and takes back what was prepared.
 #include "jsondata/files/FileChange.h"
 
+#include <assert.h>
+
 #include "jsondata/files/FileBytes.h"
 #include "jsondata/files/FileReplacement.h"
 
@@ -26,6 +28,7 @@ bool FileChange::mark() {
 }
 
 bool FileChange::add(char const* name, char const* bytes, size_t length) {
+    assert(!isRecorded_);
     NameBelow const file(folder_.path(), name);
     uint64_t const gets = hashOf(bytes, length);
     uint64_t had = 0;
@@ -36,6 +39,7 @@ bool FileChange::add(char const* name, char const* bytes, size_t length) {
 }
 
 bool FileChange::commit() {
+    assert(!isRecorded_);
     if (record_.count() == 0) {
         return true;
     }

@@ -1,6 +1,7 @@
 // Reads a file, again if it changes meanwhile.
 #include "jsondata/files/FileContent.h"
 
+#include <assert.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,6 +10,7 @@
 namespace vobiutils {
 
 int FileContent::read(char const* name) {
+    assert(!file);
     if (!file.open(name, O_RDONLY)) {
         return errno;
     }
@@ -29,6 +31,7 @@ int FileContent::readOnce() {
     if (fstat(file.get(), &before) != 0) {
         return errno;
     }
+    assert(bytes.length() == 0);
     int const error = bytes.append(file, before.st_size);
     if (error != 0) {
         return error;
