@@ -34,9 +34,11 @@ else
     dpkg --root="$root" --force-depends --force-not-root --force-script-chrootless \
         --log=/dev/null --install "$packages"/*.deb >"$root/messages" 2>&1
     test -e "$root"/usr/share/man/man3/LocalDbTransaction.3* && test -e "$root"/usr/share/man/man1/vobidb.1*
-    for library in json-c=json-c pcre2=libpcre2-8; do
-        grep -q "\"${library%=*}\", \"versionInfo\": \"$(pkg-config --modversion "${library#*=}")\"" \
-            "$root/usr/share/doc/libvobiutils1/libvobiutils.spdx.json"
+    for package in libvobiutils1 libvobiutils-dev libvobiutils-doc vobidb; do
+        for library in json-c=json-c pcre2=libpcre2-8; do
+            grep -q "\"${library%=*}\", \"versionInfo\": \"$(pkg-config --modversion "${library#*=}")\"" \
+                "$root/usr/share/doc/$package/libvobiutils.spdx.json"
+        done
     done
     write_program >"$root/program.cpp"
     write_database "$root"
