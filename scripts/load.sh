@@ -42,6 +42,7 @@ check() {
 }
 
 trap 'kill $backend_pid 2>/dev/null || true' EXIT
+trap 'exit 1' INT TERM  # without it the shell would end without the line above
 for multidb in 0 1; do
     echo "== $seconds s of load, enable_multidb_mode $multidb"
     begin $multidb

@@ -70,6 +70,7 @@ fail() {
 
 backend_pid=''
 trap 'kill $backend_pid $threads_pid $load_pid 2>/dev/null || true' EXIT
+trap 'exit 1' INT TERM  # without it the shell would end without the line above
 start
 threads_pid='' load_pid='' round=0 kills=0 requests=0 memory=0 descriptors=0 saved=0 commands=0 full=0
 end=$(($(date +%s) + minutes * 60))

@@ -12,6 +12,7 @@ failures=0
 . scripts/backend-functions.sh
 trap '' PIPE
 trap 'kill $backend_pid 2>/dev/null || true; rm -rf "$work"' EXIT
+trap 'exit 1' INT TERM
 
 expect() { # WHAT WANTED GOT
     [ "$2" = "$3" ] && return

@@ -15,6 +15,7 @@ start_backend "$1" "$work/gateway"
 chromedriver --port=$((port + 1)) >"$work/driver.txt" 2>&1 &
 driver_pid=$!
 trap 'kill $backend_pid $driver_pid 2>/dev/null || true; wait; rm -rf "$work"' EXIT
+trap 'exit 1' INT TERM
 
 post() { # PATH [JSON], else from standard input
     curl --silent --fail-with-body --retry 120 --retry-connrefused --retry-delay 1 \

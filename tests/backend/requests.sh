@@ -12,6 +12,7 @@ condition='' # a header of every request
 tag=''       # of the last answer that had one
 . scripts/backend-functions.sh
 trap 'kill $backend_pid 2>/dev/null || true; rm -rf "$work"' EXIT
+trap 'exit 1' INT TERM
 
 begin() { # NAME VALUE... of settings
     prepare_gateway "$work/gateway" $port
