@@ -6,17 +6,23 @@ cd "$(dirname "$0")/.."
 scripts/install-packages.sh doxygen
 
 rm -rf build/docs
-mkdir -p build/docs
+mkdir -p build
+copy=$(mktemp -d)  # Doxygen cannot follow links between pages below a folder with a space
+trap 'rm -rf "$copy"' EXIT
+trap 'exit 1' INT TERM
+cp -r --parents include docs tools/vobidb.1 ./*.md "$copy"
+mkdir -p "$copy/build/docs"
 VOBIUTILS_VERSION=$(sed -n 's/^project(vobiutils VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 export VOBIUTILS_VERSION
-doxygen docs/Doxyfile
+(cd "$copy" && doxygen docs/Doxyfile)
+mv "$copy/build/docs" build/docs
 if grep -nE '^ +[A-Z][A-Z_0-9]*( = [0-9]+)?,$' include/*.h; then  # Doxygen does not warn of these
     echo "enumerators without documentation" >&2
     exit 1
 fi
 
 # Doxygen writes one page for a class and one for its header. Merge them, with the usual headings of
-# manual pages and without the note on the generator.
+# manual pages and without the date and the note on the generator.
 cd build/docs/man/man3
 rm md_*.3  # the pages in Markdown are for HTML
 for page in *.3; do
@@ -28,7 +34,7 @@ for page in *.3; do
         -e 's/^\.SH "Constructor & Destructor Documentation"$/.SH "CONSTRUCTORS AND DESTRUCTOR"/' \
         -e 's/^\.SH "Member Data Documentation"$/.SH VARIABLES/' \
         -e 's/^\.SH "Variable Documentation"$/.SH "OTHER VARIABLES"/' \
-        -e '/^\.SH "Author"$/,$d' "$page"
+        -e '1s/^\(\.TH "[^"]*" 3\) "[^"]*"/\1 ""/' -e '/^\.SH "Author"$/,$d' "$page"
 done
 for header in *.h.3; do
     module=${header%.h.3}
