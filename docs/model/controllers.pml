@@ -47,14 +47,16 @@ inline endUse(d) { /* ControllerUse::~ControllerUse */
 
 /* ControllerUse::find with the session's key */
 inline find(found) {
-    lock(registryLock);
-    found = (entry != NONE -> entry : DEFAULT);
+    lock(registryLock); /* lookUp */
+    found = entry;
 #if FAULT == 6 /* finds and enters in two steps */
     unlock(registryLock);
     lock(registryLock);
 #endif
-    uses[found]++;
-    unlock(registryLock)
+    if
+    :: found != NONE -> uses[found]++; unlock(registryLock)
+    :: found == NONE -> unlock(registryLock); found = DEFAULT; beginUse(DEFAULT) /* useDefault */
+    fi
 }
 
 #include "operations.pml"
@@ -67,7 +69,7 @@ inline destroy(d) {
     :: state[d] == WRITING
     fi;
     unlock(mutex[d]);
-    d_step { alive[d] = false; assert(empty(waiters[d]) && claim[d] == 0) }
+    d_step { alive[d] = false; assert(empty(waiters[d]) && claim[d] == 0 && users[d] == 0) }
 }
 
 inline cloneNewDB() {
@@ -102,6 +104,7 @@ inline cloneNewDB() {
 }
 
 inline isIdle(d) {
+    assert(isAlive(d));
     idle = false;
     if
     :: uses[d] == 0 ->
@@ -226,4 +229,6 @@ init {
         alive[1] = true;
         for (i : 1 .. THREADS) { run thread() }
     }
+    _nr_pr == 1 -> /* at the end, no controller is lost */
+    assert(alive[DEFAULT] && alive[1] == (entry == 1) && alive[2] == (entry == 2))
 }

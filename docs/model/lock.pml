@@ -21,11 +21,8 @@ bool holds[THREADS * DATABASES + DATABASES]; /* Claim::holds_ */
 
 /* One writer, and nobody sees a document that is being destroyed. */
 inline use(d, newDocument) {
-    users[d]++;
-    assert(isAlive(d));
-    assert(users[d] == 1);
-    document[d] = newDocument;
-    users[d]--
+    d_step { users[d]++; assert(isAlive(d)); assert(users[d] == 1) }
+    d_step { document[d] = newDocument; users[d]-- }
 }
 
 /* The caller of the next four holds handOver. */
@@ -62,12 +59,17 @@ inline waitFor(d, hasDeadline) {
        :: wakeUp(handOver)
        :: hasDeadline -> passDeadline(handOver); inTime = false
        fi;
+#if FAULT == 12 /* tries although others have waited longer */
+       tryAcquire(d)
+#else
        if
        :: isFirst(d) -> tryAcquire(d)
        :: !isFirst(d)
        fi
+#endif
     :: acquired || !inTime -> break
     od;
+    assert(!acquired || isFirst(d)); /* in the order in which they came */
     waiters[d]??eval(_pid)
 }
 
@@ -93,7 +95,7 @@ inline acquire(d, hasDeadline) {
 #endif
     fi;
     if
-    :: acquired -> assert(empty(waiters[d])) /* in the order in which they came */
+    :: acquired -> assert(empty(waiters[d]))
     :: !acquired -> waitFor(d, hasDeadline)
     fi;
     unlock(handOver)

@@ -67,12 +67,9 @@ inline lockForTransaction(d) {
     if
     :: acquired ->
        beginClaim(d);
-       isLocked[d] = (state[d] == ACCESSIBLE);
        state[d] = WRITING;
-       if
-       :: isLocked[d] -> use(d, true) /* checkDocument */
-       :: !isLocked[d] -> load(d); isLocked[d] = document[d] /* readDocument */
-       fi;
+       load(d); /* readDocument; or checkDocument, which keeps, drops or reads it again */
+       isLocked[d] = document[d];
        if
        :: isLocked[d]
        :: isLocked[d] = false; /* no such node, no memory */
