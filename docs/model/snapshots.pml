@@ -8,6 +8,7 @@
 byte version, changedAt, now = 1; /* the file */
 
 byte clock, forgottenAt;
+byte dropped; /* the clock at the last forget, as the caller knows it */
 byte place = NONE; /* FileCache::kept_, for one key */
 
 typedef Kept { byte owners, begunAt, identity, made; bool isRecent };
@@ -49,7 +50,7 @@ inline share() {
         begunAt = clock;
         if
         :: place != NONE ->
-           assert(kept[place].owners > 0 && kept[place].begunAt > forgottenAt);
+           assert(kept[place].owners > 0 && kept[place].begunAt > dropped);
            if
 #if FAULT != 9 /* trusts the identity of a file that was changed just before */
            :: kept[place].isRecent -> recent = place; addKeptOwner(recent)
@@ -133,7 +134,7 @@ inline get() {
 }
 
 inline forget() {
-    d_step { forgottenAt = clock; new = place; place = NONE }
+    d_step { dropped = clock; forgottenAt = clock; new = place; place = NONE }
     removeKeptOwner(new)
 }
 
