@@ -11,8 +11,12 @@ namespace jsonschema {
 
 class Arena {
   public:
+    static constexpr size_t ALIGNMENT = 8;
+
     Arena() = default;
-    Arena(char* buffer, size_t size) : next_(buffer), left_(size) {}  // uses the buffer first
+
+    // Uses the buffer first, which has this alignment.
+    Arena(char* buffer, size_t size) : next_(buffer), left_(size) {}
     ~Arena();
     Arena(Arena const&) = delete;
     Arena& operator=(Arena const&) = delete;
@@ -35,8 +39,6 @@ class Arena {
   private:
     static constexpr size_t MOST = size_t{1} << 30;
     static constexpr size_t BLOCK = 1000;  // bytes of a block, unless more is asked for
-    static constexpr size_t ALIGNMENT = 8;
-
     struct alignas(ALIGNMENT) Block {
         Block* previous;
     };

@@ -87,7 +87,7 @@ class Compiler {
     int draft_ = 7;
     bool hasReferences_ = false;
     Malformation malformation_;
-    char buffer_[1000];
+    alignas(Arena::ALIGNMENT) char buffer_[1000];
     Arena scratch_{buffer_, sizeof buffer_};  // for what is needed only while compiling
     Source* first_ = nullptr;
     Source* last_ = nullptr;
