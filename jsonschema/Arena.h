@@ -39,6 +39,7 @@ class Arena {
   private:
     static constexpr size_t MOST = size_t{1} << 30;
     static constexpr size_t BLOCK = 1000;  // bytes of a block, unless more is asked for
+
     struct alignas(ALIGNMENT) Block {
         Block* previous;
     };
