@@ -5,7 +5,7 @@
 // wakes the first waiter for that database, and only the first waiter tries again.
 //
 // Waiting in pthread_mutex_lock instead would not do, for three reasons:
-// - The mutex is free while a save is still under way (see the header). Whoever locked it then
+// - The mutex is free while a save is still under way (see the header). A thread that locked it then
 //   would have to unlock it and try again, in a loop.
 // - A mutex promises no order: a thread that locks it again and again can keep others waiting
 //   without end.

@@ -21,8 +21,8 @@ unsigned int const SLEEP_MS = 2;  // between two attempts: flock knows no deadli
 pthread_mutex_t chainLock = PTHREAD_MUTEX_INITIALIZER;
 constinit Chain<ProcessLock> held;
 
-// Whoever may use the data file may take the lock: the same owner, where that is permitted, or
-// group, and mode.
+// Gives the side file the data file's mode and owner, or only its group where the owner cannot be set,
+// so that the users of the data file can take the lock.
 void takeAccessOf(struct stat const& data, FileDescriptor const& file) {
     if (fchown(file.get(), data.st_uid, data.st_gid) != 0 &&
         fchown(file.get(), static_cast<uid_t>(-1), data.st_gid) != 0) {

@@ -117,7 +117,7 @@ while [ "$(date +%s)" -lt "$end" ]; do
         descriptors=$((now > descriptors ? now : descriptors))
         stop_backend || fail "the back end did not end well"
     fi
-    rm "$copy/BE.log"  # what nobody rotates fills the disk for good
+    rm "$copy/BE.log"  # it is not rotated, and would fill the 16 MB within an hour
     start              # the load does not log out, and sessions are limited
     rm -rf $build/before
     cp -r examples/gateway/data $build/before
